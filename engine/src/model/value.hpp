@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+
+namespace engine {
+
+/// A 64-bit integer or a double. Integer arithmetic that would overflow yields a double
+/// (arithmetic in evaluate/).
+class Value {
+public:
+    constexpr Value() = default;
+    static constexpr Value ofInt(std::int64_t i) {
+        Value v;
+        v.int_ = i;
+        return v;
+    }
+    static constexpr Value ofDouble(double d) {
+        Value v;
+        v.double_ = d;
+        v.isInt_ = false;
+        return v;
+    }
+
+    [[nodiscard]] constexpr bool isInt() const { return isInt_; }
+    /// Only when isInt().
+    [[nodiscard]] constexpr std::int64_t asInt() const { return int_; }
+    /// Rounded to the nearest double when the integer has more than 53 bits.
+    [[nodiscard]] constexpr double asDouble() const {
+        return isInt_ ? static_cast<double>(int_) : double_;
+    }
+    /// Nonzero is true; NaN is not.
+    [[nodiscard]] constexpr bool isTrue() const {
+        return isInt_ ? int_ != 0 : (double_ < 0.0 || double_ > 0.0);
+    }
+
+private:
+    union {
+        std::int64_t int_ = 0;
+        double double_;
+    };
+    bool isInt_ = true;
+};
+
+/// The tolerance within which relations between doubles hold: absolute, and relative to the larger
+/// side in absolute value.
+constexpr double relationTolerance = 1e-6;
+
+}  // namespace engine

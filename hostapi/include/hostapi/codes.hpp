@@ -1,0 +1,98 @@
+#pragma once
+
+#include <cstdint>
+
+/// Numbers that the host and the link exchange. The values are the host's.
+
+namespace hostapi {
+
+namespace variable_type {
+constexpr std::int32_t continuous = 0;
+constexpr std::int32_t binary = 1;
+constexpr std::int32_t integer = 2;
+constexpr std::int32_t specialOrdered1 = 3;
+constexpr std::int32_t specialOrdered2 = 4;
+constexpr std::int32_t semiContinuous = 5;
+constexpr std::int32_t semiInteger = 6;
+}  // namespace variable_type
+
+namespace equation_type {
+constexpr std::int32_t equality = 0;
+constexpr std::int32_t greater = 1;
+constexpr std::int32_t less = 2;
+constexpr std::int32_t free = 3;
+constexpr std::int32_t external = 4;
+constexpr std::int32_t cone = 5;
+constexpr std::int32_t logic = 6;  ///< a Boolean equality
+}  // namespace equation_type
+
+namespace function_order {
+constexpr std::int32_t linear = 1;
+constexpr std::int32_t quadratic = 2;
+constexpr std::int32_t nonlinear = 3;  ///< the function has an instruction list
+}  // namespace function_order
+
+namespace objective_sense {
+constexpr std::int32_t minimise = 0;
+constexpr std::int32_t maximise = 1;
+}  // namespace objective_sense
+
+namespace objective_style {
+/// The objective is a function of the variables; no objective variable stands in the rows.
+constexpr std::int32_t function = 2;
+}  // namespace objective_style
+
+namespace model_type {
+/// Square system without objective: no objective line, "solved" in place of "optimal".
+constexpr std::int32_t squareSystem = 8;
+}  // namespace model_type
+
+namespace model_status {
+constexpr std::int32_t optimal = 1;
+constexpr std::int32_t locallyOptimal = 2;
+constexpr std::int32_t infeasible = 4;
+constexpr std::int32_t locallyInfeasible = 5;
+constexpr std::int32_t intermediateInfeasible = 6;
+constexpr std::int32_t feasible = 7;
+constexpr std::int32_t integerSolution = 8;
+constexpr std::int32_t integerInfeasible = 10;
+constexpr std::int32_t errorNoSolution = 13;
+constexpr std::int32_t noSolutionReturned = 14;
+constexpr std::int32_t solvedUnique = 16;
+}  // namespace model_status
+
+namespace solve_status {
+constexpr std::int32_t normal = 1;
+constexpr std::int32_t iterationLimit = 2;
+constexpr std::int32_t timeLimit = 3;
+constexpr std::int32_t capabilityProblem = 6;
+constexpr std::int32_t userInterrupt = 8;
+constexpr std::int32_t setupFailure = 10;
+}  // namespace solve_status
+
+/// Indices of the statistics record (`nmoSetHeadnTail`, `nmoGetHeadnTail`).
+namespace head_and_tail {
+constexpr std::int32_t iterations = 3;
+constexpr std::int32_t seconds = 4;
+constexpr std::int32_t objective = 5;  ///< computed by the host, read only
+constexpr std::int32_t marginals = 9;  ///< 0: the solution has none
+}  // namespace head_and_tail
+
+/// Map type of pairs (variable, equation that defines it).
+constexpr std::int32_t variableEquationMap = 1;
+
+/// Value of "IterLim" that stands for no limit.
+constexpr std::int32_t noIterationLimit = 2000000000;
+
+/// Longest text result, without its terminator.
+constexpr std::int32_t longestText = 255;
+
+/// Interface versions, checked when a library is bound.
+namespace interface_version {
+constexpr std::int32_t nmo = 16;
+constexpr std::int32_t nev = 6;
+constexpr std::int32_t opt = 4;
+constexpr std::int32_t hux = 1;
+}  // namespace interface_version
+
+}  // namespace hostapi
