@@ -15,6 +15,8 @@ struct ProveLimits {
     int seed;
     /// Asked at least ten times a second; true ends proving early. Thread: the caller's.
     std::function<bool()> shouldStop;
+    /// False leaves the exact back end out: measures the search alone.
+    bool useExactBackEnd = true;
 };
 
 /// Outcome of proving.
