@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "hostapi/handles.hpp"
+#include "norv/export.hpp"
+
+namespace norv {
+
+/// A message of the option library. Types up to 7 and type 9 are meant for the user's eyes.
+struct OptionMessage {
+    std::int32_t type = 0;
+    std::string text;
+};
+
+/// A variable and the equation that defines it, by name, in the order of the option file.
+struct DefinedVariablePair {
+    std::string variable;
+    std::string equation;
+};
+
+/// The option object: definitions, values, messages.
+class NORV_API Options {
+public:
+    /// Empty: no option is known until `readDefinition`.
+    Options();
+    ~Options();
+    Options(Options&&) noexcept;
+    Options& operator=(Options&&) noexcept;
+
+    /// Reads an option definition file. Values that were set before stay set when the new
+    /// definitions allow them. On failure the definitions stay as they were.
+    /// @return whether the file was read without error; otherwise there are messages.
+    [[nodiscard]] bool readDefinition(const std::string& path);
+
+    /// Reads an option file. Lines with errors give messages and are skipped.
+    /// @return whether the file was read without error.
+    bool readFile(const std::string& path);
+
+    /// Takes one setting, "name=value" or "name value", as a line of an option file.
+    /// @param source  stands in front of the message when the setting is refused.
+    /// @return whether the setting was taken; otherwise there is a message.
+    bool set(std::string_view setting, std::string_view source);
+
+    [[nodiscard]] const std::vector<OptionMessage>& messages() const noexcept;
+    void clearMessages() noexcept;
+
+    /// Never null; valid as long as this object or the one it was moved to.
+    [[nodiscard]] hostapi::OptionHandle handle() const noexcept;
+
+private:
+    std::unique_ptr<hostapi::OptionRecord> record;
+};
+
+/// The defining pairs of an option object of this library.
+/// @param options  not null.
+[[nodiscard]] NORV_API const std::vector<DefinedVariablePair>& definedVariablePairs(
+    hostapi::OptionHandle options) noexcept;
+
+}  // namespace norv
