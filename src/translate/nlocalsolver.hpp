@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "defvars/defined_variables.hpp"
-#include "hostapi/handles.hpp"
+#include "host/codes.hpp"
 #include "localsolver.hpp"
 #include "translate/constant_registry.hpp"
 #include "translate/row_buffers.hpp"
@@ -64,7 +64,10 @@ public:
 
     /// The expression of variable `j`, 0-based, made on first use and the same ever after.
     /// A decision with the variable's bounds, or the definition of a defined variable.
-    LSExpression getVariable(std::int32_t j);
+    LSExpression getVariable(std::int32_t j) {
+        const LSExpression known = variables[static_cast<std::size_t>(j)];
+        return known.isBuilt() ? known : makeVariable(j);
+    }
 
     /// The function of `row` (0-based, -1: the objective) without its right-hand side: a new sum of
     /// linear terms, then quadratic terms, in the host's order.
@@ -96,9 +99,9 @@ public:
     LSExpression makeFlatExpression(LSOperator op, LSExpression x, bool xExtendable, LSExpression y,
                                     bool yExtendable);
 
-    hostapi::ModelHandle nmo = nullptr;        ///< the host's
-    hostapi::EnvironmentHandle nev = nullptr;  ///< the host's
-    hostapi::OptionHandle opt = nullptr;       ///< the link's when `ownsOptions`
+    ModelHandle nmo = nullptr;        ///< the host's
+    EnvironmentHandle nev = nullptr;  ///< the host's
+    OptionHandle opt = nullptr;       ///< the link's when `ownsOptions`
     bool ownsOptions = false;
     std::unique_ptr<localsolver::LocalSolver> solver;
     std::vector<LSExpression> variables;    ///< [nmoN] not built until used
@@ -116,6 +119,35 @@ public:
     SolveTrace* trace = nullptr;            ///< the open solve trace, or null
     ConstantRegistry<std::int64_t> intConstants;  ///< empty outside `setupModel`
     ConstantRegistry<double> doubleConstants;     ///< empty outside `setupModel`
+
+private:
+    struct RowStatistics;
+
+    void addObjective(RowBuffers& buffers);
+    void addRow(std::int32_t i, RowBuffers& buffers);
+    void warnOfClampedBounds() const;
+
+    LSExpression makeVariable(std::int32_t j);
+    void decideVariable(std::int32_t j);
+    void defineVariable(std::int32_t j, std::int32_t equation);
+
+    [[nodiscard]] RowStatistics rowStatistics(std::int32_t row) const;
+    void fetchSparsePart(std::int32_t row, RowBuffers& buffers, RowStatistics& statistics) const;
+    bool addLinearTerms(LSExpression sum, const RowBuffers& buffers, std::int32_t nbEntries,
+                        std::int32_t definedVar, double* coefOut);
+    void addQuadraticTerms(LSExpression sum, std::int32_t row, const RowBuffers& buffers,
+                           std::int32_t nbPairs);
+    [[nodiscard]] std::int32_t orderOf(std::int32_t row) const;
+
+    /// May an operand be appended to `e`? Not when `e` stands for a variable, whatever the flag.
+    [[nodiscard]] bool mayGrow(LSExpression e, bool extendable) const;
+    LSExpression scaleConstant(LSExpression x, double k);
+    LSExpression addUp(LSExpression x, bool xExtendable, LSExpression y, bool yExtendable,
+                       double c);
+
+    /// Indices of expressions in `variables` that are no decisions. Decisions have no operands of
+    /// which there could be more, so only definitions need to be known.
+    std::unordered_set<std::int32_t> definitions;
 };
 
 }  // namespace vex
