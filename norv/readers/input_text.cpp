@@ -1,0 +1,58 @@
+#include "readers/input_text.hpp"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+#include "readers/gzip.hpp"
+#include "readers/read_error.hpp"
+
+namespace norv {
+namespace {
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }  // NOLINT(*-owning-memory)
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+/// Reads until the end instead of asking for the size, so that pipes work too.
+std::vector<char> readWhole(const std::string& path) {
+    const File file(std::fopen(path.c_str(), "rb"));
+    if (!file) throw ReadError(path + ": cannot be opened: " + std::strerror(errno));
+    std::vector<char> bytes(std::size_t{1} << 16U);
+    std::size_t filled = 0;
+    while (true) {
+        const std::size_t got =
+            std::fread(bytes.data() + filled, 1, bytes.size() - filled, file.get());
+        filled += got;
+        if (got == 0) break;
+        if (filled == bytes.size()) bytes.resize(2 * filled);
+    }
+    if (std::ferror(file.get()) != 0) {
+        throw ReadError(path + ": cannot be read: " + std::strerror(errno));
+    }
+    bytes.resize(filled);
+    return bytes;
+}
+
+}  // namespace
+
+InputText::InputText(std::string path, std::vector<char> bytes)
+    : path_(std::move(path)), bytes_(std::move(bytes)) {}
+
+InputText InputText::fromFile(const std::string& path) {
+    std::vector<char> bytes = readWhole(path);
+    const std::string_view content(bytes.data(), bytes.size());
+    return {path, looksGzipped(content) ? gunzip(path, content) : std::move(bytes)};
+}
+
+InputText InputText::fromMemory(std::string path, std::string_view content) {
+    std::vector<char> bytes = looksGzipped(content)
+                                  ? gunzip(path, content)
+                                  : std::vector<char>(content.begin(), content.end());
+    return {std::move(path), std::move(bytes)};
+}
+
+}  // namespace norv
