@@ -273,7 +273,7 @@ Value computeValue(const ClosedModel& model, ExpressionIndex e, std::span<const 
         case LS_OP_FLOAT:
         case LS_OP_CONST:
         case LS_OP_INT:
-            assert(!"leaves have their values already");
+            assert(false && "leaves have their values already");
             return Value();
         default:
             return Value::ofDouble(unary(op, x[0].asDouble()));
