@@ -130,7 +130,7 @@ std::int32_t c__vexreadyapi(void* handle, vex::ModelHandle model, vex::OptionHan
 }
 
 std::int32_t vexCallSolver(void* handle) {
-    return guarded([&] { return vex::solve(linkOf(handle)); },
+    return guarded([&] { return vex::runSolveDriver(linkOf(handle)); },
                    [](const char* what) {
                        std::fprintf(stderr, "Exception from CallSolver: %s\n", what);
                        return 1;
