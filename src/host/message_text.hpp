@@ -11,10 +11,13 @@ namespace vex {
 /// the buffer always ends in a terminator. Without room (null, or length below 1) it does nothing.
 class MessageText {
 public:
-    /// Borrows `buffer` [length] and leaves its text as it is until `clear`.
+    /// Borrows `buffer` [length], ends it at its last character, and leaves the text before that as
+    /// it is until `clear` or the first piece.
     MessageText(char* buffer, std::int32_t length)
         : buffer_(length > 0 ? buffer : nullptr),
-          room_(buffer_ != nullptr ? static_cast<std::size_t>(length) - 1 : 0) {}
+          room_(buffer_ != nullptr ? static_cast<std::size_t>(length) - 1 : 0) {
+        if (buffer_ != nullptr) buffer_[room_] = '\0';
+    }
 
     void clear() {
         size_ = 0;
