@@ -1,0 +1,84 @@
+#include "model/model.hpp"
+
+#include "model/close_model.hpp"
+#include "model/refusal.hpp"
+
+namespace engine {
+
+namespace {
+
+constexpr auto largestCount = static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max());
+
+void checkScalar(ls_operator op, ExpressionIndex e) {
+    if (op == LS_OP_ARRAY) {
+        throw Refusal(LS_ERROR_ARGUMENT,
+                      formatText("expression %d is an array and can be neither constraint nor "
+                                 "objective",
+                                 e));
+    }
+}
+
+}  // namespace
+
+Model::Model(StoreLimits limits) : store_(std::make_unique<ExpressionStore>(limits)) {}
+
+void Model::addConstraint(ExpressionIndex e) {
+    checkScalar(operatorOf(e), e);
+    if (constraints_.size() >= largestCount) {
+        throw Refusal(LS_ERROR_LIMIT, formatText("the model has %zu constraints, the most it holds",
+                                                 constraints_.size()));
+    }
+    constraints_.push_back(e);
+}
+
+void Model::addObjective(Objective objective) {
+    checkScalar(operatorOf(objective.expression), objective.expression);
+    if (objectives_.size() >= largestCount) {
+        throw Refusal(LS_ERROR_LIMIT, formatText("the model has %zu objectives, the most it holds",
+                                                 objectives_.size()));
+    }
+    objectives_.push_back(objective);
+}
+
+void Model::close() {
+    closed_ = std::make_unique<const ClosedModel>(closeModel(*store_, constraints_, objectives_));
+    store_.reset();
+    constraints_ = {};
+    objectives_ = {};
+}
+
+std::int32_t Model::nbExpressions() const {
+    return closed_ ? closed_->nbExpressions() : store_->nbExpressions();
+}
+
+std::int64_t Model::nbOperands() const {
+    return closed_ ? static_cast<std::int64_t>(closed_->operand.size()) : store_->nbOperands();
+}
+
+ls_operator Model::operatorOf(ExpressionIndex e) const {
+    return closed_ ? closed_->operatorOf(e) : store_->operatorOf(e);
+}
+
+std::int32_t Model::nbOperandsOf(ExpressionIndex e) const {
+    return closed_ ? static_cast<std::int32_t>(closed_->operandsOf(e).size())
+                   : store_->nbOperandsOf(e);
+}
+
+ExpressionIndex Model::operandOf(ExpressionIndex e, std::int32_t position) const {
+    return closed_ ? closed_->operandsOf(e)[static_cast<std::size_t>(position)]
+                   : store_->operandOf(e, position);
+}
+
+Value Model::constantOf(ExpressionIndex e) const {
+    return closed_ ? closed_->constantValue[static_cast<std::size_t>(e)] : store_->constantOf(e);
+}
+
+const std::vector<ExpressionIndex>& Model::constraints() const {
+    return closed_ ? closed_->constraint : constraints_;
+}
+
+const std::vector<Objective>& Model::objectives() const {
+    return closed_ ? closed_->objective : objectives_;
+}
+
+}  // namespace engine
