@@ -84,7 +84,7 @@ public:
     [[nodiscard]] Model finish(const Environment& environment);
 
 private:
-    struct Draft;
+    struct NORV_LOCAL Draft;
     std::unique_ptr<Draft> draft;
 };
 

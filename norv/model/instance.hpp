@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "hostapi/codes.hpp"
+#include "model/instructions.hpp"
+#include "model/name_table.hpp"
+#include "model/sparse.hpp"
+#include "norv/model.hpp"
+
+namespace norv {
+
+struct Variables {
+    std::vector<std::int32_t> types;
+    std::vector<double> lower;
+    std::vector<double> upper;
+};
+
+struct Rows {
+    std::vector<std::int32_t> types;
+    std::vector<double> rightHandSides;
+};
+
+/// A model instance, read-only once it is built. Indices count from 0; the objective is row
+/// `nbRows` of the lists that say so.
+struct Instance {
+    Variables variables;
+    Rows rows;
+    NameTable variableNames{'x'};
+    NameTable rowNames{'e'};
+    bool hasNames = true;  ///< whether the link is told that there are names
+
+    SparseRows entries;       ///< with the objective
+    SparseColumns columns;    ///< without the objective
+    QuadraticRows quadratic;  ///< with the objective
+
+    std::vector<InstructionList> lists;
+    std::vector<std::int32_t> listOfRow;  ///< [nbRows + 1] position in `lists` or -1; or empty
+    std::vector<double> pool;
+
+    std::int32_t sense = hostapi::objective_sense::minimise;
+    double objectiveConstant = 0.0;
+    std::int32_t modelType = 0;
+
+    [[nodiscard]] std::int32_t nbRows() const noexcept {
+        return static_cast<std::int32_t>(rows.types.size());
+    }
+    [[nodiscard]] std::int32_t nbVariables() const noexcept {
+        return static_cast<std::int32_t>(variables.types.size());
+    }
+    [[nodiscard]] std::int32_t nbDiscrete() const noexcept;
+    [[nodiscard]] std::int32_t objective() const noexcept { return nbRows(); }
+
+    /// Null when the row has none. @param row  0 to nbRows, the last one for the objective.
+    [[nodiscard]] const InstructionList* listOf(std::int32_t row) const noexcept;
+    /// hostapi::function_order. @param row  as for `listOf`.
+    [[nodiscard]] std::int32_t orderOf(std::int32_t row) const noexcept;
+
+    /// The function of a row, or the objective without its constant, at `point` [nbVariables].
+    [[nodiscard]] Evaluation evaluate(std::int32_t row, std::span<const double> point) const;
+};
+
+/// The nearest value in the variable's domain, apart from integrality; 0 for not-a-number first.
+[[nodiscard]] double project(double level, std::int32_t type, double lower, double upper) noexcept;
+
+}  // namespace norv

@@ -1,0 +1,133 @@
+#include "norv/model.hpp"
+
+#include <limits>
+#include <stdexcept>
+#include <utility>
+
+#include "model/model_record.hpp"
+
+namespace norv {
+
+namespace {
+
+std::int32_t checked(const char* what, std::int32_t index, std::int32_t count) {
+    if (index >= 0 && index < count) return index;
+    throw std::out_of_range(std::string(what) + " " + std::to_string(index) +
+                            " is out of range, the instance has " + std::to_string(count));
+}
+
+std::int32_t checkedVariable(const Instance& instance, std::int32_t variable) {
+    return checked("variable", variable, instance.nbVariables());
+}
+
+std::int32_t checkedRow(const Instance& instance, std::int32_t row) {
+    return checked("row", row, instance.nbRows());
+}
+
+void checkLength(const Instance& instance, std::span<const double> point) {
+    if (point.size() != static_cast<std::size_t>(instance.nbVariables()))
+        throw std::invalid_argument("a point has one value per variable");
+}
+
+}  // namespace
+
+Model::Model(std::unique_ptr<hostapi::ModelRecord> instance) noexcept
+    : record(std::move(instance)) {}
+Model::~Model() = default;
+Model::Model(Model&&) noexcept = default;
+Model& Model::operator=(Model&&) noexcept = default;
+
+hostapi::ModelHandle Model::handle() const noexcept {
+    return record.get();
+}
+
+std::int32_t Model::nbRows() const noexcept {
+    return record->instance.nbRows();
+}
+std::int32_t Model::nbVariables() const noexcept {
+    return record->instance.nbVariables();
+}
+std::int32_t Model::nbDiscrete() const noexcept {
+    return record->instance.nbDiscrete();
+}
+std::int64_t Model::nbCoefficients() const noexcept {
+    return record->instance.entries.starts[record->instance.objective()];
+}
+bool Model::isQuadratic() const noexcept {
+    return !record->instance.quadratic.values.empty();
+}
+bool Model::isNonlinear() const noexcept {
+    return !record->instance.lists.empty();
+}
+std::int32_t Model::sense() const noexcept {
+    return record->instance.sense;
+}
+std::int32_t Model::modelType() const noexcept {
+    return record->instance.modelType;
+}
+
+std::int32_t Model::variableType(std::int32_t variable) const {
+    return record->instance.variables.types[checkedVariable(record->instance, variable)];
+}
+double Model::lower(std::int32_t variable) const {
+    return record->instance.variables.lower[checkedVariable(record->instance, variable)];
+}
+double Model::upper(std::int32_t variable) const {
+    return record->instance.variables.upper[checkedVariable(record->instance, variable)];
+}
+std::int32_t Model::rowType(std::int32_t row) const {
+    return record->instance.rows.types[checkedRow(record->instance, row)];
+}
+double Model::rightHandSide(std::int32_t row) const {
+    return record->instance.rows.rightHandSides[checkedRow(record->instance, row)];
+}
+std::string Model::variableName(std::int32_t variable) const {
+    return record->instance.variableNames.nameOf(checkedVariable(record->instance, variable));
+}
+std::string Model::rowName(std::int32_t row) const {
+    return record->instance.rowNames.nameOf(checkedRow(record->instance, row));
+}
+
+std::span<const double> Model::levels() const noexcept {
+    return record->solution.levels;
+}
+void Model::setLevel(std::int32_t variable, double level) {
+    record->solution.levels[checkedVariable(record->instance, variable)] = level;
+}
+
+std::int32_t Model::modelStatus() const noexcept {
+    return record->solution.modelStatus;
+}
+std::int32_t Model::solveStatus() const noexcept {
+    return record->solution.solveStatus;
+}
+void Model::setModelStatus(std::int32_t status) noexcept {
+    record->solution.modelStatus = status;
+}
+void Model::setSolveStatus(std::int32_t status) noexcept {
+    record->solution.solveStatus = status;
+}
+double Model::headAndTail(std::int32_t index) const {
+    return record->solution.headAndTail[checked("statistic", index, SolutionRecord::nbStatistics)];
+}
+
+Evaluation Model::evaluateRow(std::int32_t row, std::span<const double> point) const {
+    checkLength(record->instance, point);
+    return record->instance.evaluate(checkedRow(record->instance, row), point);
+}
+
+Evaluation Model::evaluateObjective(std::span<const double> point) const {
+    checkLength(record->instance, point);
+    Evaluation result = record->instance.evaluate(record->instance.objective(), point);
+    result.value += record->instance.objectiveConstant;
+    return result;
+}
+
+void Model::setOptionFile(std::string path, std::int32_t number) {
+    if (path.size() > static_cast<std::size_t>(hostapi::longestText))
+        throw std::length_error("the option file's path has more than 255 characters: " + path);
+    record->optionFileNumber = path.empty() ? 0 : number;
+    record->optionFile = std::move(path);
+}
+
+}  // namespace norv

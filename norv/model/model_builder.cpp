@@ -1,0 +1,301 @@
+#include "norv/model_builder.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "model/model_record.hpp"
+
+namespace norv {
+
+namespace {
+
+[[noreturn]] void refuse(const std::string& reason) {
+    throw std::invalid_argument(reason);
+}
+
+void checkNumber(double value, const char* what) {
+    if (!std::isfinite(value)) refuse(std::string(what) + " is no finite number");
+}
+
+void checkBounds(double lower, double upper) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    if (std::isnan(lower) || lower == infinity) refuse("a lower bound is a number or -infinity");
+    if (std::isnan(upper) || upper == -infinity) refuse("an upper bound is a number or infinity");
+}
+
+void checkName(std::string_view name) {
+    if (name.size() > static_cast<std::size_t>(hostapi::longestText))
+        refuse("a name has more than 255 characters: " + std::string(name));
+}
+
+void checkType(std::int32_t type, std::int32_t last, const char* what) {
+    if (type < 0 || type > last)
+        refuse("there is no " + std::string(what) + " " + std::to_string(type));
+}
+
+}  // namespace
+
+struct ModelBuilder::Draft {
+    Instance instance;
+    std::vector<double> levels;
+    EntryList entries;                              ///< rows from `objectiveRow` on
+    std::vector<QuadraticEntry> quadratic;          ///< likewise
+    std::map<std::int32_t, InstructionList> lists;  ///< by row, likewise
+    std::map<std::int32_t, double> rangeUppers;     ///< row to the bound that its twin gets
+
+    std::int32_t checkedVariable(std::int32_t variable) const {
+        if (variable >= 0 && variable < instance.nbVariables()) return variable;
+        refuse("variable " + std::to_string(variable) + " is out of range, there are " +
+               std::to_string(instance.nbVariables()));
+    }
+    /// @param first  0, or `objectiveRow` where the objective is allowed.
+    std::int32_t checkedRow(std::int32_t row, std::int32_t first) const {
+        if (row >= first && row < instance.nbRows()) return row;
+        refuse("row " + std::to_string(row) + " is out of range, there are " +
+               std::to_string(instance.nbRows()));
+    }
+
+    std::int32_t appendRow(std::int32_t type, double rightHandSide, std::string_view name) {
+        instance.rows.types.push_back(type);
+        instance.rows.rightHandSides.push_back(rightHandSide);
+        instance.rowNames.add(name);
+        return instance.nbRows() - 1;
+    }
+
+    void appendTwins();
+    void copyIntoTwins(const std::vector<std::int32_t>& twinOf);
+    void compressEntries();
+    void installLists();
+};
+
+/// Gives every range row its second row.
+void ModelBuilder::Draft::appendTwins() {
+    if (rangeUppers.empty()) return;
+    const std::int32_t nbBefore = instance.nbRows();
+    std::set<std::string> names;
+    for (std::int32_t i = 0; i < nbBefore; ++i) names.insert(instance.rowNames.nameOf(i));
+    std::vector<std::int32_t> twinOf(static_cast<std::size_t>(nbBefore), -1);
+    for (const auto& [row, upper] : rangeUppers) {
+        std::string ending = "_up";
+        const auto twinName = [&, i = row] {
+            const std::size_t room = static_cast<std::size_t>(hostapi::longestText) - ending.size();
+            return instance.rowNames.nameOf(i).substr(0, room) + ending;
+        };
+        while (!names.insert(twinName()).second) ending.insert(0, "_");
+        twinOf[row] = appendRow(hostapi::equation_type::less, upper, twinName());
+    }
+    copyIntoTwins(twinOf);
+}
+
+void ModelBuilder::Draft::copyIntoTwins(const std::vector<std::int32_t>& twinOf) {
+    const auto twinAt = [&twinOf](std::int32_t row) { return row < 0 ? -1 : twinOf[row]; };
+    const std::size_t nbEntries = entries.rows.size();
+    for (std::size_t k = 0; k < nbEntries; ++k) {
+        const std::int32_t twin = twinAt(entries.rows[k]);
+        if (twin >= 0) entries.addLinear(twin, entries.variables[k], entries.values[k]);
+    }
+    const std::size_t nbQuadratic = quadratic.size();
+    for (std::size_t k = 0; k < nbQuadratic; ++k) {
+        QuadraticEntry copy = quadratic[k];
+        copy.row = twinAt(copy.row);
+        if (copy.row >= 0) quadratic.push_back(copy);
+    }
+    std::map<std::int32_t, InstructionList> copies;
+    for (const auto& [row, list] : lists) {
+        if (twinAt(row) >= 0) copies.emplace(twinAt(row), list);
+    }
+    lists.merge(copies);
+}
+
+/// Rows, quadratic rows and columns; the objective becomes the last row.
+void ModelBuilder::Draft::compressEntries() {
+    const std::int32_t objective = instance.objective();
+    std::replace(entries.rows.begin(), entries.rows.end(), objectiveRow, objective);
+    for (QuadraticEntry& each : quadratic) each.row = each.row < 0 ? objective : each.row;
+    instance.quadratic = compress(std::move(quadratic), objective + 1);
+    for (std::int32_t i = 0; i <= objective; ++i) {
+        for (auto k = instance.quadratic.starts[i]; k < instance.quadratic.starts[i + 1]; ++k) {
+            entries.addOccurrence(i, instance.quadratic.first[k], inQuadraticPart);
+            entries.addOccurrence(i, instance.quadratic.second[k], inQuadraticPart);
+        }
+    }
+    for (const auto& [row, list] : lists) {
+        const std::int32_t i = row < 0 ? objective : row;
+        for (std::size_t k = 0; k < list.opcodes.size(); ++k) {
+            if (takesVariable(list.opcodes[k]))
+                entries.addOccurrence(i, list.fields[k] - 1, inInstructions);
+        }
+    }
+    instance.entries = compress(entries, objective + 1, instance.nbVariables());
+    instance.columns = transpose(instance.entries, instance.nbRows(), instance.nbVariables());
+}
+
+/// Numbers the lists by row and moves the linear terms of their variables into them.
+void ModelBuilder::Draft::installLists() {
+    if (lists.empty()) return;
+    const SparseRows& rows = instance.entries;
+    instance.listOfRow.assign(static_cast<std::size_t>(instance.nbRows()) + 1, -1);
+    for (auto& [row, list] : lists) {
+        const std::int32_t i = row < 0 ? instance.objective() : row;
+        for (std::int64_t k = rows.starts[i]; k < rows.starts[i + 1]; ++k) {
+            if ((rows.occurrences[k] & inInstructions) == 0 || rows.values[k] == 0.0) continue;
+            appendLinearTerm(list, rows.variables[k], rows.values[k], instance.pool);
+        }
+        instance.listOfRow[i] = static_cast<std::int32_t>(instance.lists.size());
+        instance.lists.push_back(std::move(list));
+    }
+}
+
+ModelBuilder::ModelBuilder() : draft(std::make_unique<Draft>()) {}
+ModelBuilder::~ModelBuilder() = default;
+ModelBuilder::ModelBuilder(ModelBuilder&&) noexcept = default;
+ModelBuilder& ModelBuilder::operator=(ModelBuilder&&) noexcept = default;
+
+std::int32_t ModelBuilder::addVariable(std::int32_t type, double lower, double upper, double level,
+                                       std::string_view name) {
+    checkType(type, hostapi::variable_type::semiInteger, "variable type");
+    checkBounds(lower, upper);
+    checkName(name);
+    Instance& instance = draft->instance;
+    instance.variables.types.push_back(type);
+    instance.variables.lower.push_back(lower);
+    instance.variables.upper.push_back(upper);
+    instance.variableNames.add(name);
+    draft->levels.push_back(level);
+    return instance.nbVariables() - 1;
+}
+
+void ModelBuilder::setVariableType(std::int32_t variable, std::int32_t type) {
+    checkType(type, hostapi::variable_type::semiInteger, "variable type");
+    draft->instance.variables.types[draft->checkedVariable(variable)] = type;
+}
+
+void ModelBuilder::setBounds(std::int32_t variable, double lower, double upper) {
+    draft->checkedVariable(variable);
+    checkBounds(lower, upper);
+    draft->instance.variables.lower[variable] = lower;
+    draft->instance.variables.upper[variable] = upper;
+}
+
+void ModelBuilder::setLevel(std::int32_t variable, double level) {
+    draft->levels[draft->checkedVariable(variable)] = level;
+}
+
+std::int32_t ModelBuilder::addRow(std::int32_t type, double rightHandSide, std::string_view name) {
+    checkType(type, hostapi::equation_type::logic, "equation type");
+    checkNumber(rightHandSide, "a right-hand side");
+    checkName(name);
+    return draft->appendRow(type, rightHandSide, name);
+}
+
+void ModelBuilder::setRange(std::int32_t row, double lower, double upper) {
+    draft->checkedRow(row, 0);
+    checkBounds(lower, upper);
+    const bool hasLower = std::isfinite(lower);
+    const bool hasUpper = std::isfinite(upper);
+    const bool isEquality = lower == upper;
+    draft->instance.rows.types[row] = isEquality ? hostapi::equation_type::equality
+                                      : hasLower ? hostapi::equation_type::greater
+                                      : hasUpper ? hostapi::equation_type::less
+                                                 : hostapi::equation_type::free;
+    draft->instance.rows.rightHandSides[row] = hasLower ? lower : hasUpper ? upper : 0.0;
+    draft->rangeUppers.erase(row);
+    if (hasLower && hasUpper && !isEquality) draft->rangeUppers[row] = upper;
+}
+
+std::int32_t ModelBuilder::addRangeRow(double lower, double upper, std::string_view name) {
+    checkBounds(lower, upper);
+    const std::int32_t row = addRow(hostapi::equation_type::free, 0.0, name);
+    setRange(row, lower, upper);
+    return row;
+}
+
+void ModelBuilder::addCoefficient(std::int32_t row, std::int32_t variable, double value) {
+    draft->checkedRow(row, objectiveRow);
+    draft->checkedVariable(variable);
+    checkNumber(value, "a coefficient");
+    draft->entries.addLinear(row, variable, value);
+}
+
+void ModelBuilder::addQuadratic(std::int32_t row, std::int32_t first, std::int32_t second,
+                                double value) {
+    draft->checkedRow(row, objectiveRow);
+    draft->checkedVariable(first);
+    draft->checkedVariable(second);
+    // Doubled, because that is how the link will see a diagonal entry.
+    checkNumber(2.0 * value, "twice a quadratic coefficient");
+    draft->quadratic.push_back({row, first, second, value});
+}
+
+void ModelBuilder::setInstructions(std::int32_t row, std::span<const std::int32_t> opcodes,
+                                   std::span<const std::int32_t> fields) {
+    draft->checkedRow(row, objectiveRow);
+    if (opcodes.empty() || opcodes.size() != fields.size())
+        refuse("an instruction list has at least one opcode and one field per opcode");
+    for (std::size_t k = 0; k < opcodes.size(); ++k) {
+        const bool isOutside = fields[k] < 1 || fields[k] > draft->instance.nbVariables();
+        if (takesVariable(opcodes[k]) && isOutside)
+            refuse("instruction " + std::to_string(k) + " names variable " +
+                   std::to_string(fields[k]) + ", counted from 1, out of range");
+    }
+    InstructionList& list = draft->lists[row];
+    list.opcodes.assign(opcodes.begin(), opcodes.end());
+    list.fields.assign(fields.begin(), fields.end());
+}
+
+std::int32_t ModelBuilder::addPoolConstant(double value) {
+    draft->instance.pool.push_back(value);
+    return static_cast<std::int32_t>(draft->instance.pool.size());
+}
+
+void ModelBuilder::setSense(std::int32_t sense) {
+    draft->instance.sense = sense;
+}
+
+void ModelBuilder::setObjectiveConstant(double constant) {
+    checkNumber(constant, "an objective constant");
+    draft->instance.objectiveConstant = constant;
+}
+
+void ModelBuilder::setModelType(std::int32_t type) {
+    draft->instance.modelType = type;
+}
+
+void ModelBuilder::setWithNames(bool withNames) {
+    draft->instance.hasNames = withNames;
+}
+
+std::int32_t ModelBuilder::nbRows() const noexcept {
+    return draft->instance.nbRows();
+}
+
+std::int32_t ModelBuilder::nbVariables() const noexcept {
+    return draft->instance.nbVariables();
+}
+
+Model ModelBuilder::finish(const Environment& environment) {
+    const std::unique_ptr<Draft> done = std::exchange(draft, std::make_unique<Draft>());
+    done->appendTwins();
+    done->compressEntries();
+    done->installLists();
+    Instance& instance = done->instance;
+    for (std::int32_t j = 0; j < instance.nbVariables(); ++j) {
+        const Variables& variables = instance.variables;
+        done->levels[j] =
+            project(done->levels[j], variables.types[j], variables.lower[j], variables.upper[j]);
+    }
+    auto record = std::make_unique<hostapi::ModelRecord>();
+    record->instance = std::move(instance);
+    record->solution.levels = std::move(done->levels);
+    record->environment = environment.handle();
+    return Model(std::move(record));
+}
+
+}  // namespace norv

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace norv {
+
+/// Names of rows or variables in one piece of text; an empty one is generated on demand.
+class NameTable {
+public:
+    /// @param prefix  of generated names: the prefix, then the position counted from 1.
+    explicit NameTable(char prefixOfGenerated) : prefix(prefixOfGenerated) {}
+
+    void add(std::string_view name);
+    [[nodiscard]] std::size_t size() const noexcept { return ends.size(); }
+
+    /// As it was given, maybe empty; valid until the next `add`.
+    [[nodiscard]] std::string_view given(std::int32_t k) const;
+    [[nodiscard]] std::string nameOf(std::int32_t k) const;
+
+private:
+    char prefix;
+    std::string text;
+    std::vector<std::size_t> ends;  ///< of each name in `text`
+};
+
+}  // namespace norv

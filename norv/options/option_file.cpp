@@ -1,0 +1,139 @@
+// Option files.
+//
+// A setting is a name and its value, with blanks or "=" between them; "defvar" takes a variable and
+// an equation. Settings end with the line; unless the end-of-line mode is on, ';' outside quotes
+// ends one too, so that several fit on a line.
+
+#include <algorithm>
+#include <cstddef>
+#include <map>
+#include <utility>
+
+#include "interface/names.hpp"
+#include "options/option_record.hpp"
+
+namespace hostapi {
+
+using norv::OptionError;
+
+namespace {
+
+/// The text up to the first ';' outside quotes and comments, which is taken off `rest`.
+std::string_view takeSettingText(std::string_view& rest) noexcept {
+    char quote = '\0';
+    std::size_t end = 0;
+    for (; end < rest.size(); ++end) {
+        const char c = rest[end];
+        const bool startsWord = end == 0 || rest[end - 1] == ' ' || rest[end - 1] == '\t';
+        if (quote != '\0') {
+            if (c == quote) quote = '\0';
+        } else if (c == '"' || c == '\'') {
+            quote = c;
+        } else if (c == '#' && startsWord) {
+            end = rest.size();
+            break;
+        } else if (c == ';') {
+            break;
+        }
+    }
+    const std::string_view setting = rest.substr(0, end);
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+    return setting;
+}
+
+/// Takes the option's name and an optional "=" off the front of `text`.
+std::string_view takeName(std::string_view& text) noexcept {
+    constexpr std::string_view blanks = " \t";
+    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+    const std::string_view name = text.substr(0, text.find_first_of(" \t="));
+    text.remove_prefix(name.size());
+    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+    if (text.starts_with('=')) text.remove_prefix(1);
+    return name;
+}
+
+/// The lines of one option file.
+class FileReader {
+public:
+    FileReader(OptionRecord& target, std::string filePath)
+        : options(target), path(std::move(filePath)) {}
+
+    /// @return no line was refused.
+    bool read(std::string_view contents) {
+        for (line = 1; !contents.empty(); ++line) {
+            const std::string_view text = norv::takeLine(contents);
+            if (options.echoes) options.addMessage(norv::message_type::echo, norv::printable(text));
+            if (!norv::hasNoContent(text)) readLine(text);
+        }
+        options.addMessage(norv::message_type::summary, path + ": " + std::to_string(nbTaken) +
+                                                            " settings taken, " +
+                                                            std::to_string(nbRefused) + " refused");
+        return nbRefused == 0;
+    }
+
+private:
+    void readLine(std::string_view text) {
+        if (options.endsAtLineOnly) {
+            readSetting(text);
+            return;
+        }
+        while (!text.empty()) {
+            const std::string_view setting = takeSettingText(text);
+            if (!norv::hasNoContent(setting)) readSetting(setting);
+        }
+    }
+
+    void readSetting(std::string_view text) {
+        const std::string place = path + ":" + std::to_string(line);
+        if (!options.takeSetting(text, place)) {
+            ++nbRefused;
+            return;
+        }
+        ++nbTaken;
+        warnOfRepetition(takeName(text), place);
+    }
+
+    void warnOfRepetition(std::string_view name, const std::string& place) {
+        const norv::OptionDefinition* option = findOption(options.definitions, name);
+        if (option == nullptr || option->type == norv::OptionType::pairs) return;
+        const auto [earlier, isFirst] = lineOf.emplace(option->name, line);
+        if (isFirst) return;
+        options.addMessage(norv::message_type::warning, place + ": option " + option->name +
+                                                            " replaces the value of line " +
+                                                            std::to_string(earlier->second));
+        earlier->second = line;
+    }
+
+    OptionRecord& options;
+    std::string path;
+    std::size_t line = 0;  ///< from 1
+    std::size_t nbTaken = 0;
+    std::size_t nbRefused = 0;
+    std::map<std::string, std::size_t> lineOf;  ///< where each option was set last
+};
+
+}  // namespace
+
+bool OptionRecord::readFile(const std::string& path) {
+    try {
+        return FileReader(*this, path).read(norv::readWholeFile(path));
+    } catch (const OptionError& error) {
+        addMessage(error.type, path + ": " + error.what());
+        return false;
+    }
+}
+
+bool OptionRecord::takeSetting(std::string_view text, const std::string& place) {
+    const std::string_view name = takeName(text);
+    try {
+        setFromWords(name, norv::splitWords(text));
+        return true;
+    } catch (const OptionError& error) {
+        const norv::OptionDefinition* option = findOption(definitions, name);
+        if (option != nullptr && option->type == norv::OptionType::pairs) ++nbRefusedPairs;
+        addMessage(error.type, place + ": " + error.what());
+        return false;
+    }
+}
+
+}  // namespace hostapi

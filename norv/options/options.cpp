@@ -1,0 +1,41 @@
+#include "norv/options.hpp"
+
+#include "options/option_record.hpp"
+
+namespace norv {
+
+Options::Options() : record(std::make_unique<hostapi::OptionRecord>()) {}
+Options::~Options() = default;
+Options::Options(Options&&) noexcept = default;
+Options& Options::operator=(Options&&) noexcept = default;
+
+bool Options::readDefinition(const std::string& path) {
+    return record->readDefinition(path);
+}
+
+bool Options::readFile(const std::string& path) {
+    return record->readFile(path);
+}
+
+bool Options::set(std::string_view setting, std::string_view source) {
+    return record->takeSetting(setting, std::string(source));
+}
+
+const std::vector<OptionMessage>& Options::messages() const noexcept {
+    return record->messages;
+}
+
+void Options::clearMessages() noexcept {
+    record->messages.clear();
+}
+
+hostapi::OptionHandle Options::handle() const noexcept {
+    return record.get();
+}
+
+const std::vector<DefinedVariablePair>& definedVariablePairs(
+    hostapi::OptionHandle options) noexcept {
+    return options->pairs;
+}
+
+}  // namespace norv
