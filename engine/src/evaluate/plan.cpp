@@ -85,30 +85,28 @@ void Plan::findLogic() {
     }
 }
 
-double Plan::sizeOfCoefficients(ExpressionIndex relation) const {
-    double size = 0.0;
-    for (const ExpressionIndex side : model_.operandsOf(relation)) {
-        if (model_.operatorOf(side) != LS_OP_SUM) {
-            if (!isFixed(side)) size = std::max(size, 1.0);
-            continue;
-        }
-        double squares = 0.0;
-        std::size_t nbTerms = 0;
-        for (std::size_t k = 0; k < model_.operandsOf(side).size(); ++k) {
-            const Term term = termOf(side, k);
-            if (isFixed(term.expression)) continue;
-            squares += term.factor.asDouble() * term.factor.asDouble();
-            ++nbTerms;
-        }
-        if (nbTerms > 0) size = std::max(size, std::sqrt(squares / static_cast<double>(nbTerms)));
+double Plan::sizeOfCoefficients(ExpressionIndex e) const {
+    if (model_.operatorOf(e) != LS_OP_SUM) return isFixed(e) ? 0.0 : 1.0;
+    double squares = 0.0;
+    std::size_t nbTerms = 0;
+    for (std::size_t k = 0; k < model_.operandsOf(e).size(); ++k) {
+        const Term term = termOf(e, k);
+        if (isFixed(term.expression)) continue;
+        squares += term.factor.asDouble() * term.factor.asDouble();
+        ++nbTerms;
     }
-    return size;
+    return nbTerms == 0 ? 0.0 : std::sqrt(squares / static_cast<double>(nbTerms));
 }
 
 void Plan::findScales() {
     scale_.reserve(logic_.size());
     for (const ExpressionIndex e : logic_) {
-        const double size = isRelation(model_.operatorOf(e)) ? sizeOfCoefficients(e) : 1.0;
+        double size = 0.0;
+        if (isRelation(model_.operatorOf(e))) {
+            for (const ExpressionIndex side : model_.operandsOf(e)) {
+                size = std::max(size, sizeOfCoefficients(side));
+            }
+        }
         scale_.push_back(size > 0.0 && std::isfinite(size) ? size : 1.0);
     }
 }

@@ -49,6 +49,9 @@ public:
     [[nodiscard]] double scaleOf(std::int32_t logicIndex) const {
         return scale_[static_cast<std::size_t>(logicIndex)];
     }
+    /// Root mean square of the coefficients of a sum's terms, 1 for other expressions that a
+    /// decision can change, 0 for those that none can.
+    [[nodiscard]] double sizeOfCoefficients(ExpressionIndex e) const;
     /// Ledger entry of a constraint, or -1.
     [[nodiscard]] std::int32_t entryOf(ExpressionIndex e) const { return entry_[index(e)]; }
     /// Constraints without repetition, by ledger entry.
@@ -69,7 +72,6 @@ private:
     void findScales();
     void findLinks();
     void addLinksOf(ExpressionIndex user, std::vector<std::size_t>& next);
-    [[nodiscard]] double sizeOfCoefficients(ExpressionIndex relation) const;
 
     const ClosedModel& model_;
     std::vector<std::size_t> firstLink_;

@@ -8,6 +8,7 @@ namespace engine {
 void ViolationLedger::setViolation(std::size_t i, double violation) {
     assert(violation >= 0.0 && std::isfinite(violation));
     weighted_ += weight_[i] * (violation - violation_[i]);
+    total_ += violation - violation_[i];
     violation_[i] = violation;
     const bool isMember = position_[i] >= 0;
     if (violation > 0.0 && !isMember) {
@@ -19,7 +20,7 @@ void ViolationLedger::setViolation(std::size_t i, double violation) {
         position_[last] = position_[i];
         position_[i] = -1;
         violated_.pop_back();
-        if (violated_.empty()) weighted_ = 0.0;
+        if (violated_.empty()) weighted_ = total_ = 0.0;
     }
 }
 
@@ -29,8 +30,11 @@ void ViolationLedger::setWeight(std::size_t i, double weight) {
 }
 
 void ViolationLedger::refresh() {
-    weighted_ = 0.0;
-    for (const std::size_t i : violated_) weighted_ += weight_[i] * violation_[i];
+    weighted_ = total_ = 0.0;
+    for (const std::size_t i : violated_) {
+        weighted_ += weight_[i] * violation_[i];
+        total_ += violation_[i];
+    }
 }
 
 }  // namespace engine

@@ -26,6 +26,8 @@ public:
     [[nodiscard]] const std::vector<std::size_t>& violated() const { return violated_; }
     /// Sum of weight times violation; exactly 0 when nothing is violated.
     [[nodiscard]] double weighted() const { return violated_.empty() ? 0.0 : weighted_; }
+    /// Sum of the violations without weights.
+    [[nodiscard]] double total() const { return violated_.empty() ? 0.0 : total_; }
     [[nodiscard]] std::size_t nbEntries() const { return violation_.size(); }
 
 private:
@@ -34,6 +36,7 @@ private:
     std::vector<std::int32_t> position_;  ///< in violated_, or -1
     std::vector<std::size_t> violated_;
     double weighted_ = 0.0;
+    double total_ = 0.0;
 };
 
 }  // namespace engine

@@ -1,0 +1,64 @@
+#include <algorithm>
+#include <cmath>
+
+#include "search/local_search.hpp"
+
+namespace engine {
+
+void LocalSearch::raiseWeights() {
+    constexpr std::size_t most = 100;
+    constexpr std::int64_t longInfeasible = 100;
+    ViolationLedger& ledger = evaluator_.ledger();
+    const auto& violated = ledger.violated();
+    if (violated.empty()) {
+        cut_.setWeight(cut_.weight() + 1.0);
+        return;
+    }
+    for (std::size_t n = 0; n < violated.size() && n < most; ++n) {
+        const std::size_t i =
+            violated.size() <= most ? violated[n] : violated[random_.below(violated.size())];
+        ledger.setWeight(i, ledger.weightOf(i) + 1.0);
+    }
+    if (sinceFeasible_ > longInfeasible) {
+        constexpr double decay = 0.98;
+        cut_.setWeight(cut_.weight() * decay);
+    }
+}
+
+void LocalSearch::resetWeights() {
+    ViolationLedger& ledger = evaluator_.ledger();
+    for (std::size_t i = 0; i < ledger.nbEntries(); ++i) ledger.setWeight(i, 1.0);
+    ledger.refresh();
+    cut_.setWeight(1.0);
+}
+
+void LocalSearch::restart() {
+    best_.confirm();
+    moveTo(best_.incumbent().point);
+    for (DecisionIndex d = 0; d < model_.nbDecisions(); ++d) best_.noteMoved(d);
+    resetWeights();
+    cut_.activateNextLevel();
+    cut_.setAmbition(std::pow(10.0, -1.0 - 5.0 * random_.unit()));
+    shake();
+    sinceProgress_ = 0;
+    sinceFeasible_ = 0;
+}
+
+void LocalSearch::shake() {
+    const std::size_t most = std::clamp<std::size_t>(movable_.size() / 10, 2, 50);
+    for (std::size_t n = 1 + random_.below(most); n > 0; --n) apply(randomMove(anyDecision()));
+    moved_.clear();
+    evaluator_.commit();
+}
+
+DecisionMove LocalSearch::randomMove(DecisionIndex d) {
+    const Interval& domain = domain_[static_cast<std::size_t>(d)];
+    const double current = evaluator_.decisionValue(d).asDouble();
+    // Steps of every order of magnitude up to the domain's width.
+    const double width = std::fmin(domain.upper - domain.lower, 10.0 * (1.0 + std::fabs(current)));
+    const double step = width * std::pow(10.0, -3.0 * random_.unit());
+    const bool up = random_.chance(0.5);
+    return {d, walk_.valueInDomain(d, up ? current + step : current - step, 0)};
+}
+
+}  // namespace engine

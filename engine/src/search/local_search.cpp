@@ -1,0 +1,156 @@
+#include "search/local_search.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace engine {
+namespace {
+
+double initialStep(const Interval& domain) {
+    return std::fmin(1.0, 0.1 * (domain.upper - domain.lower));
+}
+
+}  // namespace
+
+LocalSearch::LocalSearch(const ClosedModel& model, std::vector<Interval> domain,
+                         SearchSettings settings)
+    : model_(model),
+      domain_(std::move(domain)),
+      settings_(settings),
+      random_(settings.seed),
+      evaluator_(model),
+      walk_(evaluator_, domain_, random_),
+      cut_(evaluator_),
+      best_(model),
+      tabuUntil_(domain_.size(), 0) {
+    stepSize_.reserve(domain_.size());
+    for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
+        const Interval& interval = domain_[static_cast<std::size_t>(d)];
+        if (interval.lower < interval.upper) movable_.push_back(d);
+        stepSize_.push_back(initialStep(interval));
+    }
+}
+
+void LocalSearch::startFrom(const Point& point) {
+    moveTo(point);
+    Point inside(point.size());
+    for (DecisionIndex d = 0; d < model_.nbDecisions(); ++d) {
+        inside[static_cast<std::size_t>(d)] = evaluator_.decisionValue(d);
+    }
+    best_.offer(inside, evaluator_);
+    if (best_.incumbent().verdict.feasible) cut_.setBest(best_.incumbent().verdict.objectives);
+    resetWeights();
+}
+
+void LocalSearch::moveTo(const Point& point) {
+    Point inside = point;
+    for (std::size_t d = 0; d < inside.size(); ++d) {
+        const Interval& domain = domain_[d];
+        const double v = point[d].asDouble();
+        // NaN goes to the value nearest to 0.
+        const double nearest = std::clamp(std::isnan(v) ? 0.0 : v, domain.lower, domain.upper);
+        if (nearest == v) continue;
+        inside[d] = model_.isDiscrete(static_cast<DecisionIndex>(d))
+                        ? Value::ofInt(static_cast<std::int64_t>(nearest))
+                        : Value::ofDouble(nearest);
+    }
+    evaluator_.reset(inside);
+}
+
+void LocalSearch::adopt(const Incumbent& incumbent) {
+    const bool wasFeasible = best_.incumbent().verdict.feasible;
+    best_.adopt(incumbent);
+    if (!best_.incumbent().verdict.feasible) return;
+    cut_.setBest(best_.incumbent().verdict.objectives);
+    // Who has no feasible point yet goes on from the one that was found; others keep their place,
+    // for the sake of diversity.
+    if (!wasFeasible) restart();
+}
+
+void LocalSearch::run(std::int64_t nbIterations, const std::atomic<bool>& stop) {
+    for (std::int64_t n = 0; n < nbIterations && !stop.load(std::memory_order_relaxed); ++n) {
+        ++statistics_.iterations;
+        work_ = 0;
+        if (!movable_.empty()) iterate();
+    }
+    if (!best_.confirm()) moveTo(best_.incumbent().point);
+}
+
+void LocalSearch::iterate() {
+    constexpr std::int64_t iterationsPerDecision = 20;
+    const std::int64_t patience =
+        2000 + iterationsPerDecision * static_cast<std::int64_t>(movable_.size());
+    if (++sinceProgress_ > patience) restart();
+    sinceFeasible_ = evaluator_.ledger().violated().empty() ? 0 : sinceFeasible_ + 1;
+
+    const std::optional<Wish> wish = makeWish();
+    if (!wish) return;
+    const double before = score();
+    const std::optional<Candidate> best = drawCandidates(*wish);
+    if (best && accepts(before, best->score)) {
+        apply(best->move);
+        accept();
+        return;
+    }
+    if (best && tryChain(best->move, before)) {
+        accept();
+        return;
+    }
+    raiseWeights();
+}
+
+std::optional<LocalSearch::Wish> LocalSearch::makeWish() {
+    const auto& violated = evaluator_.ledger().violated();
+    constexpr double objectiveShare = 0.1;
+    const bool wantsObjective =
+        cut_.isActive() && (violated.empty() || random_.chance(objectiveShare));
+    if (wantsObjective) {
+        // The objective's promising steps differ by orders of magnitude and change as it goes.
+        const double relative = std::pow(10.0, 1.0 - 6.0 * random_.unit());
+        return Wish{cut_.expression(), cut_.improvement(relative)};
+    }
+    if (violated.empty()) return std::nullopt;
+    const std::size_t entry = violated[random_.below(violated.size())];
+    return Wish{evaluator_.plan().constraints()[entry], Goal::ofTruth(true)};
+}
+
+void LocalSearch::apply(const DecisionMove& move) {
+    evaluator_.set(move.decision, move.value);
+    evaluator_.propagate();
+    moved_.push_back(move.decision);
+}
+
+bool LocalSearch::accepts(double before, double after) {
+    const double loss = after - before;
+    const double leastGain = 1e-12 * (1.0 + std::fabs(before));
+    if (loss < -leastGain) return true;
+    if (settings_.annealingLevel == 0) return false;
+    typicalLoss_ += 0.01 * (std::fmax(loss, 0.0) - typicalLoss_);
+    // Metropolis' rule; at level 1 a typical loss is accepted about once in e^20 times, so that
+    // in effect only plateaus and shallow valleys are crossed; at level 9 once in e^2.
+    const double temperature = 0.05 * settings_.annealingLevel * typicalLoss_;
+    constexpr double plateauShare = 0.3;
+    if (loss <= leastGain) return random_.chance(plateauShare);
+    return temperature > 0.0 && random_.chance(std::exp(-loss / temperature));
+}
+
+void LocalSearch::accept() {
+    constexpr std::size_t shortestTenure = 3;
+    constexpr std::size_t tenureSpread = 10;
+    ++statistics_.accepted;
+    for (const DecisionIndex d : moved_) {
+        best_.noteMoved(d);
+        tabuUntil_[static_cast<std::size_t>(d)] =
+            statistics_.iterations +
+            static_cast<std::int64_t>(shortestTenure + random_.below(tenureSpread));
+    }
+    moved_.clear();
+    evaluator_.commit();
+    if (!best_.claim(evaluator_)) return;
+    ++statistics_.improving;
+    sinceProgress_ = 0;
+    if (best_.claimed().verdict.feasible) cut_.setBest(best_.claimed().verdict.objectives);
+}
+
+}  // namespace engine

@@ -1,0 +1,201 @@
+#include "search/searcher.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <functional>
+#include <numeric>
+#include <vector>
+
+#include "engine/model_builder.hpp"
+#include "search/random.hpp"
+
+namespace engine {
+namespace {
+
+using testing::ModelBuilder;
+using Row = std::vector<ExpressionIndex>;
+
+const std::atomic<bool> never{false};
+
+Incumbent search(const ClosedModel& model, const Point& start, std::int64_t nbIterations,
+                 std::uint64_t seed = 1) {
+    Searcher searcher(model, model.domain, {seed, 1});
+    searcher.startFrom(start);
+    for (std::int64_t n = 0; n < nbIterations; n += 200) searcher.run(200, never);
+    return searcher.best();
+}
+
+Point lowerBounds(const ClosedModel& model) {
+    Point point;
+    for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
+        const double lower = model.domain[static_cast<std::size_t>(d)].lower;
+        point.push_back(model.isDiscrete(d) ? Value::ofInt(std::llround(lower))
+                                            : Value::ofDouble(lower));
+    }
+    return point;
+}
+
+struct Instance {
+    const char* what;
+    std::function<void(ModelBuilder&)> build;
+    double optimum;
+    double tolerance;
+    std::int64_t nbIterations;
+};
+
+void knapsack(ModelBuilder& b) {
+    const double weights[] = {12, 7, 11, 8, 9, 6, 5, 14, 3, 10};
+    const double profits[] = {24, 13, 23, 15, 16, 11, 9, 28, 5, 19};
+    Row x;
+    for (int k = 0; k < 10; ++k) x.push_back(b.boolean());
+    b.require(b.apply(LS_OP_LEQ, {b.linear<double>(x, weights), b.constant(40.0)}));
+    b.maximise(b.linear<double>(x, profits));
+}
+
+void assignment(ModelBuilder& b) {
+    // Cost (i - j)^2 plus a rotation that makes i -> i + 1 the cheapest.
+    constexpr int n = 6;
+    Row x;
+    std::vector<double> costs;
+    std::vector<Row> rows(n);
+    std::vector<Row> columns(n);
+    for (int i = 0; i < n; ++i) {
+        for (int j = 0; j < n; ++j) {
+            const ExpressionIndex e = b.boolean();
+            x.push_back(e);
+            rows[static_cast<std::size_t>(i)].push_back(e);
+            columns[static_cast<std::size_t>(j)].push_back(e);
+            costs.push_back(j == (i + 1) % n ? 1.0 : 5.0 + (i * 7 + j * 3) % 10);
+        }
+    }
+    for (const auto& lines : {rows, columns}) {
+        for (const Row& line : lines) {
+            b.require(b.apply(LS_OP_EQ, {b.apply(LS_OP_SUM, line), b.constant(1.0)}));
+        }
+    }
+    b.minimise(b.linear<double>(x, costs));
+}
+
+void transport(ModelBuilder& b) {
+    // Two sources of 30 and 50, three sinks of 20, 25 and 35; all equations.
+    const double costs[] = {4, 6, 9, 5, 3, 8};
+    Row x;
+    for (int k = 0; k < 6; ++k) x.push_back(b.real(0.0, 1e10));
+    const struct {
+        Row members;
+        double amount;
+    } lines[] = {{{x[0], x[1], x[2]}, 30},
+                 {{x[3], x[4], x[5]}, 50},
+                 {{x[0], x[3]}, 20},
+                 {{x[1], x[4]}, 25},
+                 {{x[2], x[5]}, 35}};
+    for (const auto& line : lines) {
+        b.require(b.apply(LS_OP_EQ, {b.apply(LS_OP_SUM, line.members), b.constant(line.amount)}));
+    }
+    b.minimise(b.linear<double>(x, costs));
+}
+
+void projection(ModelBuilder& b) {
+    // The point of x + y = 1 nearest to (2, 3): (0, 1), at squared distance 8.
+    const ExpressionIndex x = b.real(-1e10, 1e10);
+    const ExpressionIndex y = b.real(-1e10, 1e10);
+    const auto squared = [&](ExpressionIndex e, double center) {
+        const ExpressionIndex shifted = b.apply(LS_OP_SUB, {e, b.constant(center)});
+        return b.apply(LS_OP_PROD, {shifted, shifted});
+    };
+    b.require(b.apply(LS_OP_EQ, {b.apply(LS_OP_SUM, {x, y}), b.constant(1.0)}));
+    b.minimise(b.apply(LS_OP_SUM, {squared(x, 2.0), squared(y, 3.0)}));
+}
+
+void mixedNonlinear(ModelBuilder& b) {
+    // min exp(x) + |n - 3.4| with x * n >= 4: n = 5, x = 0.8 is beaten by n = 4, x = 1 only in the
+    // second term; compared by hand over all n.
+    const ExpressionIndex x = b.real(0.0, 10.0);
+    const ExpressionIndex n = b.integer(0.0, 100.0);
+    b.require(b.apply(LS_OP_GEQ, {b.apply(LS_OP_PROD, {x, n}), b.constant(4.0)}));
+    b.minimise(
+        b.apply(LS_OP_SUM, {b.apply(LS_OP_EXP, {x}), b.apply(LS_OP_DIST, {n, b.constant(3.4)})}));
+}
+
+double mixedNonlinearOptimum() {
+    double best = 1e9;
+    for (int n = 1; n <= 100; ++n) {
+        if (4.0 / n <= 10.0) best = std::min(best, std::exp(4.0 / n) + std::fabs(n - 3.4));
+    }
+    return best;
+}
+
+void semicontinuous(ModelBuilder& b) {
+    // x is 0 or at least 4, y is 0 or at least 3, x + y >= 5, x <= 4.5: 4 of x and 3 of y.
+    const ExpressionIndex x = b.real(0.0, 4.5);
+    const ExpressionIndex y = b.real(0.0, 10.0);
+    const auto zeroOrAtLeast = [&](ExpressionIndex e, double least) {
+        b.require(b.apply(LS_OP_OR, {b.apply(LS_OP_EQ, {e, b.constant(0.0)}),
+                                     b.apply(LS_OP_GEQ, {e, b.constant(least)})}));
+    };
+    zeroOrAtLeast(x, 4.0);
+    zeroOrAtLeast(y, 3.0);
+    b.require(b.apply(LS_OP_GEQ, {b.apply(LS_OP_SUM, {x, y}), b.constant(5.0)}));
+    const double costs[] = {1.0, 2.0};
+    b.minimise(b.linear<double>(Row{x, y}, costs));
+}
+
+void permutationByArray(ModelBuilder& b) {
+    // Three different positions in an array; the sum of the elements is to be the largest.
+    const ExpressionIndex array = b.apply(
+        LS_OP_ARRAY,
+        {b.constant(5), b.constant(9), b.constant(1), b.constant(8), b.constant(7), b.constant(2)});
+    Row index;
+    Row element;
+    for (int k = 0; k < 3; ++k) {
+        index.push_back(b.integer(0.0, 5.0));
+        element.push_back(b.apply(LS_OP_AT, {array, index.back()}));
+        for (int l = 0; l < k; ++l) {
+            b.require(b.apply(LS_OP_NEQ, {index[static_cast<std::size_t>(l)], index.back()}));
+        }
+    }
+    b.maximise(b.apply(LS_OP_SUM, element));
+}
+
+void rosenbrock(ModelBuilder& b) {
+    const ExpressionIndex x = b.real(-5.0, 5.0);
+    const ExpressionIndex y = b.real(-5.0, 5.0);
+    const ExpressionIndex two = b.constant(2);
+    const ExpressionIndex valley = b.apply(LS_OP_SUB, {y, b.apply(LS_OP_POW, {x, two})});
+    b.minimise(
+        b.apply(LS_OP_SUM, {b.apply(LS_OP_POW, {b.apply(LS_OP_SUB, {b.constant(1), x}), two}),
+                            b.apply(LS_OP_PROD, {b.constant(100), valley, valley})}));
+}
+
+TEST(Searcher, ReachesKnownOptimaFromTheLowerBounds) {
+    const Instance instances[] = {
+        {"a knapsack", knapsack, 80.0, 0.0, 4000},
+        {"an assignment", assignment, 6.0, 0.0, 4000},
+        {"a transport problem, all equations", transport, 445.0, 1e-3, 4000},
+        {"a projection on a line", projection, 8.0, 1e-3, 4000},
+        {"a mixed nonlinear problem", mixedNonlinear, mixedNonlinearOptimum(), 1e-4, 4000},
+        {"semicontinuous variables", semicontinuous, 10.0, 1e-4, 4000},
+        {"positions in an array", permutationByArray, 24.0, 0.0, 4000},
+        {"a curved valley", rosenbrock, 0.0, 1e-2, 4000},
+    };
+    for (const Instance& instance : instances) {
+        ModelBuilder builder;
+        instance.build(builder);
+        const ClosedModel model = builder.close();
+        for (const std::uint64_t seed : {1, 2, 3}) {
+            const Incumbent best = search(model, lowerBounds(model), instance.nbIterations, seed);
+            ASSERT_TRUE(best.verdict.feasible) << instance.what << ", seed " << seed;
+            EXPECT_NEAR(best.verdict.objectives[0].asDouble(), instance.optimum,
+                        instance.tolerance + 1e-5 * std::fabs(instance.optimum))
+                << instance.what << ", seed " << seed;
+            std::vector<Value> values;
+            EXPECT_TRUE(judge(model, best.point, values).feasible) << instance.what;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace engine
