@@ -47,18 +47,19 @@ void MpsParser::parseBound(const MpsFields& fields) {
                             "LO, UP, FX, FR, MI, PL, BV, LI, UI, SC or SI");
     }
     const bool needsValue = type->value == ValueUse::needed;
-    if (fields.count < (needsValue ? 3U : 2U) || fields.count > 4) {
+    if (fields.count() < (needsValue ? 3U : 2U) || fields.count() > 4) {
         failCount(fields, needsValue ? "3 or 4: type, set (or none), column and value of a bound"
                                      : "2 to 4: type, set (or none), column and value (or none)");
     }
     // Three fields are set and column, or column and value; the names tell when both are possible.
-    const bool hasSet = fields.count == 4 || (fields.count == 3 && !needsValue &&
-                                              (columnNames_.find(fields[2]) != NameTable::absent ||
-                                               columnNames_.find(fields[1]) == NameTable::absent));
+    const bool hasSet =
+        fields.count() == 4 || (fields.count() == 3 && !needsValue &&
+                                (columnNames_.find(fields[2]) != NameIndex::absent ||
+                                 columnNames_.find(fields[1]) == NameIndex::absent));
     const std::size_t columnField = hasSet ? 2 : 1;
     const std::int32_t column = columnOf(fields[columnField]);
     std::string_view value;
-    if (columnField + 1 < fields.count) value = fields[columnField + 1];
+    if (columnField + 1 < fields.count()) value = fields[columnField + 1];
     if (!takesSet(bounds_, hasSet ? fields[1] : std::string_view())) return;
     applyBound(type->keyword, column, value);
 }

@@ -93,7 +93,7 @@ MpsLayoutFinding recogniseMpsLayout(std::string_view text) {
     MpsLines lines(text);
     while (section != MpsSection::end && lines.next()) {
         if (lines.isHeader()) {
-            section = sectionNamed(cutLine(lines.line(), MpsLayout::free)[0]);
+            section = sectionNamed(firstWord(lines.line()));
             continue;
         }
         const bool isMarker = section == MpsSection::columns &&

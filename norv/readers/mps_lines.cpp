@@ -31,41 +31,10 @@ bool isBlank(char character) {
     return character == ' ' || character == '\t';
 }
 
-void append(MpsFields& fields, std::string_view text) {
-    if (fields.count < MpsFields::most) fields.field[fields.count] = text;
-    ++fields.count;
-}
-
 std::string_view withoutBlanks(std::string_view text) {
     while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
     while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
     return text;
-}
-
-MpsFields cutAtBlanks(std::string_view line) {
-    MpsFields fields;
-    const char* at = line.data();
-    const char* const end = at + line.size();
-    while (true) {
-        while (at != end && isBlank(*at)) ++at;
-        if (at == end) return fields;
-        const char* const begin = at;
-        while (at != end && !isBlank(*at)) ++at;
-        append(fields, {begin, static_cast<std::size_t>(at - begin)});
-    }
-}
-
-MpsFields cutAtColumns(std::string_view line) {
-    // Begin and length; a name with blanks stays whole.
-    constexpr std::pair<std::size_t, std::size_t> cards[] = {{1, 2},   {4, 8},  {14, 8},
-                                                             {24, 12}, {39, 8}, {49, 12}};
-    MpsFields fields;
-    for (const auto& [begin, length] : cards) {
-        if (begin >= line.size()) break;
-        const std::string_view text = withoutBlanks(line.substr(begin, length));
-        if (!text.empty()) append(fields, text);
-    }
-    return fields;
 }
 
 }  // namespace
@@ -98,8 +67,46 @@ bool MpsLines::next() {
     return false;
 }
 
-MpsFields cutLine(std::string_view line, MpsLayout layout) {
-    return layout == MpsLayout::free ? cutAtBlanks(line) : cutAtColumns(line);
+void MpsFields::cut(std::string_view line, MpsLayout layout) {
+    count_ = 0;
+    if (layout == MpsLayout::free) {
+        cutAtBlanks(line);
+    } else {
+        cutAtColumns(line);
+    }
+}
+
+void MpsFields::append(std::string_view text) {
+    if (count_ < most) fields_[count_] = text;
+    ++count_;
+}
+
+void MpsFields::cutAtBlanks(std::string_view line) {
+    const char* at = line.data();
+    const char* const end = at + line.size();
+    while (true) {
+        while (at != end && isBlank(*at)) ++at;
+        if (at == end) return;
+        const char* const begin = at;
+        while (at != end && !isBlank(*at)) ++at;
+        append({begin, static_cast<std::size_t>(at - begin)});
+    }
+}
+
+void MpsFields::cutAtColumns(std::string_view line) {
+    // Begin and length; a name with blanks stays whole.
+    constexpr std::pair<std::size_t, std::size_t> cards[] = {{1, 2},   {4, 8},  {14, 8},
+                                                             {24, 12}, {39, 8}, {49, 12}};
+    for (const auto& [begin, length] : cards) {
+        if (begin >= line.size()) break;
+        const std::string_view text = withoutBlanks(line.substr(begin, length));
+        if (!text.empty()) append(text);
+    }
+}
+
+std::string_view firstWord(std::string_view line) {
+    const std::string_view text = withoutBlanks(line);
+    return text.substr(0, text.find_first_of(" \t"));
 }
 
 }  // namespace norv

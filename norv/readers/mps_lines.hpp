@@ -52,21 +52,33 @@ private:
     std::size_t number_ = 0;
 };
 
-/// Fields of a data line, left to right, each a view into it.
-struct MpsFields {
-    static constexpr std::size_t most = 8;
-    std::array<std::string_view, most> field;
-    std::size_t count = 0;  ///< may exceed `most`: further fields are counted, not kept
-
-    std::string_view operator[](std::size_t k) const { return field[k]; }
-};
-
 /// How data lines are cut into fields.
 enum class MpsLayout {
     free,   ///< at blanks and tabs
     cards,  ///< at the fixed columns 2-3, 5-12, 15-22, 25-36, 40-47, 50-61
 };
 
-MpsFields cutLine(std::string_view line, MpsLayout layout);
+/// Fields of a line, left to right, each a view into it. Made once and filled line by line.
+class MpsFields {
+public:
+    static constexpr std::size_t most = 8;
+
+    void cut(std::string_view line, MpsLayout layout);
+
+    /// May exceed `most`: further fields are counted, not kept.
+    [[nodiscard]] std::size_t count() const { return count_; }
+    std::string_view operator[](std::size_t k) const { return fields_[k]; }
+
+private:
+    void cutAtBlanks(std::string_view line);
+    void cutAtColumns(std::string_view line);
+    void append(std::string_view text);
+
+    std::array<std::string_view, most> fields_;  ///< those from count_ on are of earlier lines
+    std::size_t count_ = 0;
+};
+
+/// The first field of a line that is not blank.
+std::string_view firstWord(std::string_view line);
 
 }  // namespace norv

@@ -65,7 +65,7 @@ MpsInstance MpsParser::parse() {
 
 void MpsParser::parseHeader() {
     const std::string_view line = lines_.line();
-    const std::string_view keyword = cutLine(line, MpsLayout::free)[0];
+    const std::string_view keyword = firstWord(line);
     const MpsSection section = sectionNamed(keyword);
     if (section == MpsSection::none) {
         fail(keyword, "found " + quoted(keyword) +
@@ -123,7 +123,9 @@ void MpsParser::enterSection(MpsSection section, std::string_view keyword, std::
             break;
         case MpsSection::columns:
             hasColumns_ = true;
-            lastColumnOfRow_.assign(instance_.rows.size(), NameTable::absent);
+            // Room for entries of usual length. Memory never touched costs nothing, growing does.
+            instance_.entries.reserve(text_.text().size() / 24);
+            lastColumnOfRow_.assign(instance_.rows.size(), NameIndex::absent);
             hasRightHandSide_.assign(instance_.rows.size(), false);
             break;
         default:
@@ -140,21 +142,15 @@ void MpsParser::parseDataLine() {
         nextLineMayNameSense_ = false;
         return parseSense(trimmed(lines_.line()));
     }
-    if (section_ == MpsSection::columns) {
-        // Markers need not keep to the fixed columns; everything else takes the short way.
-        MpsFields fields = cutLine(lines_.line(), layout_.layout);
-        if (fields.count >= 2 && fields[1].find('\'') != std::string_view::npos) {
-            const MpsFields marker = cutLine(lines_.line(), MpsLayout::free);
-            if (marker[1] == "'MARKER'") return parseMarker(marker);
-        }
-        return parseColumn(fields);
-    }
-    const MpsFields fields = cutLine(lines_.line(), layout_.layout);
+    fields_.cut(lines_.line(), layout_.layout);
+    const MpsFields& fields = fields_;
     switch (section_) {
         case MpsSection::objectiveName:
             return parseObjectiveName(trimmed(lines_.line()));
         case MpsSection::rows:
             return parseRow(fields);
+        case MpsSection::columns:
+            return parseColumn(fields);
         case MpsSection::rightHandSides:
             return parseRightHandSide(fields);
         case MpsSection::ranges:
@@ -225,7 +221,7 @@ double MpsParser::numberOf(std::string_view field) const {
 
 std::int32_t MpsParser::rowOf(std::string_view field) const {
     const std::int32_t row = rowNames_.find(field);
-    if (row == NameTable::absent) {
+    if (row == NameIndex::absent) {
         fail(field, "found " + quoted(field) + ", expected the name of a row");
     }
     return row;
@@ -233,7 +229,7 @@ std::int32_t MpsParser::rowOf(std::string_view field) const {
 
 std::int32_t MpsParser::columnOf(std::string_view field) const {
     const std::int32_t column = columnNames_.find(field);
-    if (column == NameTable::absent) {
+    if (column == NameIndex::absent) {
         fail(field, "found " + quoted(field) + ", expected the name of a column");
     }
     return column;
@@ -254,14 +250,14 @@ void MpsParser::fail(std::string_view field, const std::string& message) const {
 }
 
 void MpsParser::failCount(const MpsFields& fields, const std::string& expected) const {
-    std::string message = "found " + std::to_string(fields.count) +
-                          (fields.count == 1 ? " field" : " fields") + ", expected " + expected;
+    std::string message = "found " + std::to_string(fields.count()) +
+                          (fields.count() == 1 ? " field" : " fields") + ", expected " + expected;
     if (layout_.layout == MpsLayout::free && layout_.firstFreeLine != 0 &&
         layout_.firstFreeLine != lines_.number()) {
         message += " (names with blanks need the fixed columns, which line " +
                    std::to_string(layout_.firstFreeLine) + " leaves)";
     }
-    fail(fields.count == 0 ? lines_.line() : fields[0], message);
+    fail(fields.count() == 0 ? lines_.line() : fields[0], message);
 }
 
 void MpsParser::warn(std::string_view field, const std::string& message) {

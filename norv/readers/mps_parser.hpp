@@ -10,7 +10,7 @@
 #include "readers/mps_instance.hpp"
 #include "readers/mps_layout.hpp"
 #include "readers/mps_lines.hpp"
-#include "readers/name_table.hpp"
+#include "readers/name_index.hpp"
 #include "readers/read_error.hpp"
 
 namespace norv {
@@ -111,6 +111,7 @@ private:
     const InputText& text_;
     MpsLayoutFinding layout_;
     MpsLines lines_;
+    MpsFields fields_;  ///< of the current data line
     MpsInstance instance_;
     MpsSection section_ = MpsSection::none;
     bool hasRows_ = false;
@@ -120,8 +121,8 @@ private:
     std::string_view objectiveName_;
     Place objectiveNamePlace_ = {0, 0};
 
-    NameTable rowNames_;
-    NameTable columnNames_;
+    NameIndex rowNames_;
+    NameIndex columnNames_;
     std::vector<std::int32_t> lastColumnOfRow_;  ///< [rows] the column that named the row last
     std::vector<ColumnState> columnStates_;
     std::string_view currentColumn_;

@@ -43,11 +43,11 @@ void MpsParser::enterQuadratic(MpsSection section, std::string_view keyword,
 }
 
 void MpsParser::parseQuadratic(const MpsFields& fields) {
-    if (fields.count != 3 && fields.count != 5) {
+    if (fields.count() != 3 && fields.count() != 5) {
         failCount(fields, "3 or 5: column and one or two pairs of column and value");
     }
     addQuadratic(fields[0], fields[1], fields[2]);
-    if (fields.count == 5) addQuadratic(fields[0], fields[3], fields[4]);
+    if (fields.count() == 5) addQuadratic(fields[0], fields[3], fields[4]);
 }
 
 void MpsParser::addQuadratic(std::string_view first, std::string_view second,

@@ -36,12 +36,12 @@ bool MpsParser::takesSet(SetChoice& choice, std::string_view name) {
 
 template <class Take>
 void MpsParser::parseRowValues(const MpsFields& fields, SetChoice& choice, Take take) {
-    if (fields.count < 2 || fields.count > 5) {
+    if (fields.count() < 2 || fields.count() > 5) {
         failCount(fields, "2 to 5: set (or none) and one or two pairs of row and value");
     }
-    const std::size_t first = fields.count % 2;
+    const std::size_t first = fields.count() % 2;
     const bool taken = takesSet(choice, first == 1 ? fields[0] : std::string_view());
-    for (std::size_t k = first; k < fields.count; k += 2) {
+    for (std::size_t k = first; k < fields.count(); k += 2) {
         const RowValue pair = {rowOf(fields[k]), numberOf(fields[k + 1]), fields[k]};
         if (taken) take(pair);
     }

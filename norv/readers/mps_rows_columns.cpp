@@ -3,7 +3,7 @@
 namespace norv {
 
 void MpsParser::parseRow(const MpsFields& fields) {
-    if (fields.count != 2) failCount(fields, "2: type and name of a row");
+    if (fields.count() != 2) failCount(fields, "2: type and name of a row");
     const std::string_view type = fields[0];
     if (type.size() != 1 || std::string_view("NELG").find(type[0]) == std::string_view::npos) {
         fail(type, "found " + quoted(type) + ", expected the type of a row: N, E, L or G");
@@ -22,7 +22,7 @@ void MpsParser::settleObjective() {
     if (!objectiveName_.empty()) {
         instance_.objective = rowNames_.find(objectiveName_);
         const bool isFree =
-            instance_.objective != NameTable::absent &&
+            instance_.objective != NameIndex::absent &&
             instance_.rows[static_cast<std::size_t>(instance_.objective)].type == MpsRowType::free;
         if (isFree) return;
         throw ReadError(complaint(text_.path(), objectiveNamePlace_,
@@ -38,16 +38,22 @@ void MpsParser::settleObjective() {
 }
 
 void MpsParser::parseColumn(const MpsFields& fields) {
-    if (fields.count != 3 && fields.count != 5) {
+    if (fields.count() >= 2 && fields[1][0] == '\'' &&
+        lines_.line().find("'MARKER'") != std::string_view::npos) {
+        fields_.cut(lines_.line(), MpsLayout::free);  // markers need not keep to the columns
+        if (fields[1] == "'MARKER'") return parseMarker(fields);
+        fields_.cut(lines_.line(), layout_.layout);
+    }
+    if (fields.count() != 3 && fields.count() != 5) {
         failCount(fields, "3 or 5: column and one or two pairs of row and value");
     }
     if (fields[0] != currentColumn_) startColumn(fields[0]);
     addEntry(fields[1], fields[2]);
-    if (fields.count == 5) addEntry(fields[3], fields[4]);
+    if (fields.count() == 5) addEntry(fields[3], fields[4]);
 }
 
 void MpsParser::parseMarker(const MpsFields& fields) {
-    if (fields.count != 3) failCount(fields, "3: name, 'MARKER' and kind of a marker");
+    if (fields.count() != 3) failCount(fields, "3: name, 'MARKER' and kind of a marker");
     const std::string_view kind = fields[2];
     if (kind != "'INTORG'" && kind != "'INTEND'") {
         fail(kind, "found " + quoted(kind) + ", expected 'INTORG' or 'INTEND'");
@@ -57,7 +63,7 @@ void MpsParser::parseMarker(const MpsFields& fields) {
 
 void MpsParser::startColumn(std::string_view name) {
     checkName(name);
-    const NameTable::Insertion insertion = columnNames_.insert(name);
+    const NameIndex::Insertion insertion = columnNames_.insert(name);
     if (!insertion.isNew) {
         const ColumnState& state = columnStates_[static_cast<std::size_t>(insertion.index)];
         fail(name, "found column " + quoted(name) + " again after other columns, expected its " +

@@ -7,9 +7,9 @@
 namespace norv {
 
 /// Names and their indices, in order of insertion. The characters stay where they are: the table
-/// keeps views, so the text outlives it. Open addressing with linear probing, at most half full;
-/// a slot holds a part of the hash, so that a comparison of characters is almost always a hit.
-class NameTable {
+/// keeps views, so the text outlives it. Open addressing with linear probing, at most half full.
+/// A slot holds a name of up to 8 bytes whole, so that looking one up touches nothing but its slot.
+class NameIndex {
 public:
     static constexpr std::int32_t absent = -1;
 
@@ -30,12 +30,23 @@ public:
     }
 
 private:
-    struct Slot {
-        std::uint32_t mark;  ///< upper half of the hash
-        std::int32_t index;  ///< absent: the slot is free
+    /// What is compared in a slot: the bytes of a short name, the hash of a long one.
+    struct Key {
+        std::uint64_t word;
+        std::uint32_t length;
+        bool operator==(const Key&) const = default;
     };
 
-    [[nodiscard]] std::size_t findSlot(std::string_view name, std::uint64_t hash) const;
+    struct Slot {
+        std::uint64_t word;
+        std::uint32_t length;
+        std::int32_t index;  ///< absent: the slot is free
+
+        [[nodiscard]] Key key() const { return {word, length}; }
+    };
+
+    static Key keyOf(std::string_view name);
+    [[nodiscard]] std::size_t findSlot(std::string_view name, Key key) const;
     void grow();
 
     std::vector<std::string_view> names_;
