@@ -1,0 +1,61 @@
+#include "solve/command_line.hpp"
+
+#include <CLI/CLI.hpp>
+#include <limits>
+
+#include "solve/exit_code.hpp"
+
+namespace norv {
+namespace {
+
+void describeSolve(CLI::App& app, CommandLine& line) {
+    constexpr std::int32_t mostIterations = std::numeric_limits<std::int32_t>::max();
+    app.add_option("FILE", line.model, "Model to solve: .mps, plain or gzipped")->required();
+    app.add_option("SETTINGS", line.settings,
+                   "Options of the link, as name=value; they override "
+                   "the option file")
+        ->check([](const std::string& setting) {
+            const bool named = setting.find('=') != std::string::npos && setting[0] != '=';
+            return named ? std::string() : "found \"" + setting + "\", expected name=value";
+        });
+    app.add_option("-o,--option-file", line.optionFile, "Option file of the link");
+    app.add_option("-t,--time-limit", line.timeLimit, "Time limit in seconds (default: none)")
+        ->check(CLI::Range(0.0, std::numeric_limits<double>::max()));
+    app.add_option("-i,--iteration-limit", line.iterationLimit,
+                   "Iteration limit (default: none; so does 2000000000)")
+        ->check(CLI::Range(std::int32_t{0}, mostIterations));
+    app.add_option("--threads", line.threads, "Number of threads")
+        ->check(CLI::Range(std::int32_t{1}, std::int32_t{1024}))
+        ->capture_default_str();
+}
+
+void describeOutput(CLI::App& app, CommandLine& line) {
+    app.add_option("--status-file", line.statusFile, "Write the status file here");
+    app.add_flag("--print-solution", line.printsSolution, "Print the non-zero variables");
+    app.add_option("--solution", line.solutionFile, "Write the non-zero variables here");
+    app.add_option("--json", line.jsonFile,
+                   "Write the result as JSON here; - is the standard output, and the log then goes "
+                   "to standard error");
+    app.add_option("--link", line.link, "The link, by name or path")->capture_default_str();
+    app.add_option("--system-directory", line.systemDirectory,
+                   "Directory of optlocalsolver.def (default: the program's)");
+    app.set_version_flag("--version", std::string("norvsolve ") + NORV_VERSION);
+}
+
+}  // namespace
+
+ParsedArguments parseArguments(int argc, const char* const* argv) {
+    CommandLine line;
+    CLI::App app("Solves a model file through the link that Norv would load.", "norvsolve");
+    describeSolve(app, line);
+    describeOutput(app, line);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        const bool isFault = app.exit(error) != 0;
+        return {std::nullopt, isFault ? static_cast<int>(ExitCode::badCommandLine) : 0};
+    }
+    return {line, 0};
+}
+
+}  // namespace norv

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include "solve/exit_code.hpp"
+
+namespace norv {
+
+/// Ends the program: the text goes to the standard error stream, the code to the caller.
+class Failure : public std::runtime_error {
+public:
+    Failure(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}
+    [[nodiscard]] ExitCode code() const { return code_; }
+
+private:
+    ExitCode code_;
+};
+
+}  // namespace norv

@@ -1,0 +1,105 @@
+#include "solve/link_library.hpp"
+
+#include <stdexcept>
+
+#include "hostapi/codes.hpp"
+#include "hostapi/type_codes.hpp"
+#include "solve/failure.hpp"
+
+namespace norv {
+namespace {
+
+constexpr std::int32_t linkApiVersion = 1;
+constexpr std::int32_t messageLength = hostapi::longestText + 1;
+
+// The host's view of the two entry points; the link object itself is not counted.
+using ReadyApi = hostapi::Signature<std::int32_t(hostapi::AuditHandle, hostapi::ModelHandle,
+                                                 hostapi::OptionHandle)>;
+using CallSolver = hostapi::Signature<std::int32_t(hostapi::AuditHandle)>;
+
+SharedLibrary load(const std::string& name) {
+    try {
+        return SharedLibrary(name);
+    } catch (const std::runtime_error& error) {
+        throw Failure(ExitCode::noLink, std::string("cannot load the link: ") + error.what());
+    }
+}
+
+template <class Function>
+Function* resolve(const SharedLibrary& library, const char* symbol) {
+    try {
+        return library.function<Function>(symbol);
+    } catch (const std::runtime_error& error) {
+        throw Failure(ExitCode::noLink, std::string("cannot use the link: ") + error.what());
+    }
+}
+
+/// Runs the function it is given at the end of a scope, on every way out.
+template <class Function>
+class AtExit {
+public:
+    explicit AtExit(Function function) : function_(function) {}
+    ~AtExit() { function_(); }
+    AtExit(const AtExit&) = delete;
+    AtExit& operator=(const AtExit&) = delete;
+
+private:
+    Function function_;
+};
+
+}  // namespace
+
+LinkLibrary::LinkLibrary(const std::string& name)
+    : library_(load(name)),
+      initialize_(resolve<void()>(library_, "vexInitialize")),
+      finalize_(resolve<void()>(library_, "vexFinalize")),
+      create_(resolve<std::int32_t(void**, char*, std::int32_t)>(library_, "vexcreate")),
+      free_(resolve<std::int32_t(void**)>(library_, "vexfree")),
+      readyApi_(resolve<std::int32_t(void*, hostapi::ModelHandle, hostapi::OptionHandle)>(
+          library_, "vexReadyAPI")),
+      callSolver_(resolve<std::int32_t(void*)>(library_, "vexCallSolver")) {
+    askVersion();
+    askSignature("vexReadyAPI", ReadyApi::nbArguments, ReadyApi::codes.data());
+    askSignature("vexCallSolver", CallSolver::nbArguments, CallSolver::codes.data());
+}
+
+void LinkLibrary::askVersion() const {
+    char message[messageLength] = "";
+    std::int32_t compatibility = 0;
+    auto* const ask = resolve<VersionQuestion>(library_, "c__xapiversion");
+    if (ask(linkApiVersion, message, &compatibility) != 0) return;
+    throw Failure(ExitCode::noLink, std::string("the link refuses this host: ") + message);
+}
+
+void LinkLibrary::askSignature(const char* name, std::int32_t nbArguments,
+                               const std::int32_t* signature) const {
+    char message[messageLength] = "";
+    auto* const ask = resolve<SignatureQuestion>(library_, "c__xcheck");
+    if (ask(name, nbArguments, signature, message) != 0) return;
+    throw Failure(ExitCode::noLink, std::string("the link does not fit this host: ") + message);
+}
+
+void LinkLibrary::solve(Model& model, hostapi::OptionHandle options) const {
+    model.setModelStatus(hostapi::model_status::errorNoSolution);
+    model.setSolveStatus(hostapi::solve_status::setupFailure);
+    initialize_();
+    const AtExit finalizeAtExit([this] { finalize_(); });
+    void* handle = nullptr;
+    char message[messageLength] = "";
+    if (create_(&handle, message, messageLength) == 0 || handle == nullptr) {
+        throw Failure(ExitCode::linkFailed, std::string("vexcreate failed: ") + message);
+    }
+    const AtExit freeAtExit([&] { free_(&handle); });
+    if (readyApi_(handle, model.handle(), options) != 0) {
+        throw Failure(ExitCode::linkFailed,
+                      "vexReadyAPI failed: the link could not prepare the "
+                      "model; the log tells why");
+    }
+    if (callSolver_(handle) != 0) {
+        throw Failure(
+            ExitCode::linkFailed,
+            "vexCallSolver failed: the link could not solve the model; the log tells why");
+    }
+}
+
+}  // namespace norv

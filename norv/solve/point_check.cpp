@@ -1,0 +1,104 @@
+#include "solve/point_check.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "hostapi/codes.hpp"
+
+namespace norv {
+namespace {
+
+namespace variable_type = hostapi::variable_type;
+namespace equation_type = hostapi::equation_type;
+
+double sized(double violation, double left, double right) {
+    return violation / std::max({1.0, std::fabs(left), std::fabs(right)});
+}
+
+/// How far `value` is below `bound`, scaled; 0 when it is not.
+double below(double value, double bound) {
+    return value < bound ? sized(bound - value, value, bound) : 0.0;
+}
+
+double outside(double value, double lower, double upper) {
+    return std::max(below(value, lower), below(-value, -upper));
+}
+
+double rowViolation(std::int32_t type, double value, double side) {
+    switch (type) {
+        case equation_type::greater:
+            return below(value, side);
+        case equation_type::less:
+            return below(-value, -side);
+        case equation_type::free:
+            return 0.0;
+        default:
+            return outside(value, side, side);
+    }
+}
+
+double variableViolation(const Model& model, std::int32_t variable, double level) {
+    const std::int32_t type = model.variableType(variable);
+    double violation = outside(level, model.lower(variable), model.upper(variable));
+    if (type == variable_type::semiContinuous || type == variable_type::semiInteger) {
+        violation = std::min(violation, std::fabs(level));
+    }
+    if (type == variable_type::binary || type == variable_type::integer ||
+        type == variable_type::semiInteger) {
+        violation = std::max(violation, std::fabs(level - std::round(level)));
+    }
+    return violation;
+}
+
+class Findings {
+public:
+    void add(double violation, const char* kind, const std::string& name) {
+        if (std::isnan(violation)) violation = std::numeric_limits<double>::infinity();
+        if (violation > checkTolerance) ++check_.nbViolated;
+        if (violation <= check_.largestViolation) return;
+        check_.largestViolation = violation;
+        check_.worst = kind + name;
+    }
+
+    [[nodiscard]] PointCheck result() {
+        check_.passed = check_.nbViolated == 0;
+        return check_;
+    }
+
+private:
+    PointCheck check_;
+};
+
+}  // namespace
+
+PointCheck checkPoint(const Model& model) {
+    Findings findings;
+    const auto levels = model.levels();
+    for (std::int32_t j = 0; j < model.nbVariables(); ++j) {
+        const double violation = variableViolation(model, j, levels[static_cast<std::size_t>(j)]);
+        if (!(violation <= 0.0)) findings.add(violation, "variable ", model.variableName(j));
+    }
+    for (std::int32_t i = 0; i < model.nbRows(); ++i) {
+        const Evaluation row = model.evaluateRow(i, levels);
+        const double violation =
+            row.nbErrors != 0 ? std::numeric_limits<double>::infinity()
+                              : rowViolation(model.rowType(i), row.value, model.rightHandSide(i));
+        if (!(violation <= 0.0)) findings.add(violation, "row ", model.rowName(i));
+    }
+    const Evaluation objective = model.evaluateObjective(levels);
+    const double reported = model.headAndTail(hostapi::head_and_tail::objective);
+    findings.add(objective.nbErrors != 0 ? std::numeric_limits<double>::infinity()
+                                         : outside(reported, objective.value, objective.value),
+                 "the reported objective", {});
+    return findings.result();
+}
+
+bool claimsFeasiblePoint(std::int32_t modelStatus) {
+    namespace status = hostapi::model_status;
+    return modelStatus == status::optimal || modelStatus == status::locallyOptimal ||
+           modelStatus == status::feasible || modelStatus == status::integerSolution ||
+           modelStatus == status::solvedUnique;
+}
+
+}  // namespace norv

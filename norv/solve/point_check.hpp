@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "norv/model.hpp"
+
+namespace norv {
+
+/// Largest violation that passes: absolute, and relative to the larger of the two sides compared.
+/// Integrality is absolute.
+constexpr double checkTolerance = 1e-6;
+
+/// What the host's own evaluator says about the levels in a model.
+struct PointCheck {
+    bool passed = true;
+    double largestViolation = 0.0;  ///< scaled: divided by max(1, magnitude of both sides)
+    std::string worst;              ///< what is violated most, empty when nothing is
+    std::int64_t nbViolated = 0;    ///< rows, bounds and variables beyond the tolerance
+};
+
+/// Checks the levels against all rows, bounds, integrality and semi-continuity, and the objective
+/// in the statistics record against the evaluator's.
+PointCheck checkPoint(const Model& model);
+
+/// Does the model status claim a feasible point?
+bool claimsFeasiblePoint(std::int32_t modelStatus);
+
+}  // namespace norv

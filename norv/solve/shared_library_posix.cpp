@@ -1,0 +1,38 @@
+#include <dlfcn.h>
+
+#include <filesystem>
+#include <stdexcept>
+
+#include "solve/shared_library.hpp"
+
+namespace norv {
+namespace {
+
+std::string loaderReason() {
+    const char* reason = dlerror();
+    return reason != nullptr ? reason : "the loader gives no reason";
+}
+
+}  // namespace
+
+// A name without a slash is looked up along the program's run path, which starts with $ORIGIN.
+SharedLibrary::SharedLibrary(const std::string& name)
+    : library_(dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL)), name_(name) {
+    if (!library_) throw std::runtime_error(loaderReason());
+}
+
+void SharedLibrary::Unload::operator()(void* library) const {
+    dlclose(library);
+}
+
+void* SharedLibrary::find(const char* symbol) const {
+    void* address = dlsym(library_.get(), symbol);
+    if (address == nullptr) throw std::runtime_error(name_ + " has no function " + symbol);
+    return address;
+}
+
+std::string programDirectory() {
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path().string() + '/';
+}
+
+}  // namespace norv
