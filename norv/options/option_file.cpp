@@ -18,26 +18,27 @@ using norv::OptionError;
 
 namespace {
 
-/// The text up to the first ';' outside quotes and comments, which is taken off `rest`.
+/// Takes the text up to the first ';' outside quotes and comments off the front of `rest`.
+/// Quotes and comments begin where a word begins; so does the value after the first "=".
 std::string_view takeSettingText(std::string_view& rest) noexcept {
     char quote = '\0';
+    bool startsWord = true;
+    bool seenEquals = false;
     std::size_t end = 0;
     for (; end < rest.size(); ++end) {
         const char c = rest[end];
-        const bool startsWord = end == 0 || rest[end - 1] == ' ' || rest[end - 1] == '\t';
         if (quote != '\0') {
             if (c == quote) quote = '\0';
-        } else if (c == '"' || c == '\'') {
-            quote = c;
-        } else if (c == '#' && startsWord) {
-            end = rest.size();
-            break;
-        } else if (c == ';') {
-            break;
+            continue;
         }
+        if (c == ';' || (startsWord && c == '#')) break;
+        if (startsWord && (c == '"' || c == '\'')) quote = c;
+        startsWord = c == ' ' || c == '\t' || (c == '=' && !seenEquals);
+        seenEquals = seenEquals || c == '=';
     }
     const std::string_view setting = rest.substr(0, end);
-    rest.remove_prefix(std::min(end + 1, rest.size()));
+    const bool isComment = end < rest.size() && rest[end] == '#';
+    rest.remove_prefix(isComment ? rest.size() : std::min(end + 1, rest.size()));
     return setting;
 }
 

@@ -64,6 +64,7 @@ void OptionRecord::adoptDefinitions(std::vector<OptionDefinition> fresh) {
         if (same != nullptr && stillAllows(*same, settings[k].value)) {
             values[same - fresh.data()] = settings[k];
         } else {
+            if (definitions[k].type == OptionType::pairs) pairs.clear();
             addMessage(norv::message_type::warning,
                        "option " + definitions[k].name +
                            ": the new definitions do not allow the value, which is dropped");

@@ -24,9 +24,7 @@ bool isControl(char c) noexcept {
 void checkCharacters(std::string_view line) {
     const auto found = std::find_if(line.begin(), line.end(), isControl);
     if (found == line.end()) return;
-    throw OptionError(message_type::syntax, "character " +
-                                                std::to_string(found - line.begin() + 1) +
-                                                " of the line is a control character, code " +
+    throw OptionError(message_type::syntax, "the line has a control character, code " +
                                                 std::to_string(static_cast<int>(*found)));
 }
 
