@@ -73,6 +73,11 @@ Value Model::constantOf(ExpressionIndex e) const {
     return closed_ ? closed_->constantValue[static_cast<std::size_t>(e)] : store_->constantOf(e);
 }
 
+bool Model::isDouble(ExpressionIndex e) const {
+    if (closed_) return closed_->isDouble[static_cast<std::size_t>(e)] != 0;
+    return operatorOf(e) == LS_OP_CONST ? !constantOf(e).isInt() : operatorOf(e) == LS_OP_FLOAT;
+}
+
 const std::vector<ExpressionIndex>& Model::constraints() const {
     return closed_ ? closed_->constraint : constraints_;
 }

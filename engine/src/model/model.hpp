@@ -37,6 +37,8 @@ public:
     [[nodiscard]] std::int32_t nbOperandsOf(ExpressionIndex e) const;
     [[nodiscard]] ExpressionIndex operandOf(ExpressionIndex e, std::int32_t position) const;
     [[nodiscard]] Value constantOf(ExpressionIndex e) const;
+    /// Static type; while open, only of constants and decisions.
+    [[nodiscard]] bool isDouble(ExpressionIndex e) const;
     [[nodiscard]] const std::vector<ExpressionIndex>& constraints() const;
     [[nodiscard]] const std::vector<Objective>& objectives() const;
 

@@ -1,0 +1,88 @@
+#include "control/solution.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "model/domain.hpp"
+
+namespace engine {
+
+Solution::Solution(const ClosedModel& model) : model_(model) {
+    hasEmptyDomain_ = std::any_of(model.domain.begin(), model.domain.end(),
+                                  [](const Interval& domain) { return domain.isEmpty(); });
+    isInconsistent_ = hasEmptyDomain_;
+    current_.violation = std::numeric_limits<double>::infinity();
+    current_.point.reserve(model.domain.size());
+    for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
+        const Interval& domain = model.domain[static_cast<std::size_t>(d)];
+        current_.point.push_back(nearestValue(Value::ofInt(0), domain, model.isDiscrete(d)));
+    }
+}
+
+void Solution::setDecision(DecisionIndex d, Value wanted) {
+    const auto k = static_cast<std::size_t>(d);
+    current_.point[k] = nearestValue(wanted, model_.domain[k], model_.isDiscrete(d));
+    current_.violation = std::numeric_limits<double>::infinity();
+    isOptimal_ = false;
+    isJudged_ = false;
+}
+
+void Solution::replace(Incumbent incumbent) {
+    current_ = std::move(incumbent);
+    isOptimal_ = false;
+    isJudged_ = false;
+}
+
+bool Solution::isImprovedBy(const Incumbent& other) const {
+    if (current_.verdict.feasible || other.verdict.feasible) {
+        return isBetter(model_, other.verdict, current_.verdict);
+    }
+    return other.violation < current_.violation;
+}
+
+void Solution::judgeIfNeeded() const {
+    if (isJudged_) return;
+    verdict_ = judge(model_, current_.point, values_);
+    if (hasEmptyDomain_) verdict_.feasible = false;
+    for (const ExpressionIndex e : model_.constraint) {
+        Value& value = values_[static_cast<std::size_t>(e)];
+        if (!hasEmptyDomain_ && !std::isnan(value.asDouble())) continue;
+        const bool isDouble = model_.isDouble[static_cast<std::size_t>(e)] != 0;
+        value = isDouble ? Value::ofDouble(0.0) : Value::ofInt(0);
+    }
+    isJudged_ = true;
+}
+
+const Verdict& Solution::verdict() const {
+    judgeIfNeeded();
+    return verdict_;
+}
+
+Value Solution::valueOf(ExpressionIndex e) const {
+    const auto k = static_cast<std::size_t>(e);
+    const DecisionIndex d = model_.decisionOf[k];
+    if (!hasEmptyDomain_ && d >= 0) return current_.point[static_cast<std::size_t>(d)];
+    judgeIfNeeded();
+    return values_[k];
+}
+
+bool Solution::proveInconsistent() {
+    if (verdict().feasible) return false;
+    isInconsistent_ = true;
+    return true;
+}
+
+bool Solution::proveOptimal() {
+    if (!verdict().feasible) return false;
+    isOptimal_ = true;
+    return true;
+}
+
+ls_solution_status Solution::status() const {
+    if (isInconsistent_) return LS_STATUS_INCONSISTENT;
+    if (!verdict().feasible) return LS_STATUS_INFEASIBLE;
+    return isOptimal_ ? LS_STATUS_OPTIMAL : LS_STATUS_FEASIBLE;
+}
+
+}  // namespace engine

@@ -1,0 +1,242 @@
+#include "control/solve_run.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <thread>
+
+namespace engine {
+
+namespace {
+
+/// How long a tick waits for the workers to pause. They share nothing with the callbacks, so a
+/// worker that is deep in a step of a back end may run on behind one.
+constexpr auto pausePatience = std::chrono::milliseconds(100);
+
+/// Operand visits of the first turn of proving: a fraction of a second.
+constexpr std::int64_t firstEffort = 20'000'000;
+/// Operand visits that a move of the search is reckoned at.
+constexpr std::int64_t visitsPerMove = 20;
+
+int nbThreadsOf(const Parameters& parameters) {
+    if (parameters.nbThreads > 0) return parameters.nbThreads;
+    return static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+}
+
+/// Does `a` beat `b` by more than the tolerance of relations explains?
+bool isClearlyBetter(const ClosedModel& model, const Verdict& a, const Verdict& b) {
+    if (!a.feasible) return false;
+    for (std::size_t k = 0; k < model.objective.size(); ++k) {
+        const double x = a.objectives[k].asDouble();
+        const double y = b.objectives[k].asDouble();
+        const double gain = model.objective[k].maximise ? x - y : y - x;
+        const double tolerance = relationTolerance * std::max({1.0, std::abs(x), std::abs(y)});
+        if (gain > tolerance) return true;
+        if (gain < -tolerance) return false;
+    }
+    return false;
+}
+
+}  // namespace
+
+SolveRun::SolveRun(RunContext context)
+    : context_(std::move(context)),
+      start_(Clock::now()),
+      deadline_(start_),
+      nextTimeTick_(start_),
+      effort_(firstEffort),
+      domain_(context_.model.domain),
+      team_(nbThreadsOf(context_.parameters)) {}
+
+SolveRun::~SolveRun() {
+    context_.stopSignal.halt();
+}
+
+void SolveRun::run() {
+    context_.solution.confirm();
+    // A tick may wait for the workers: it is due a little early so that it is never late.
+    nextTimeTick_ =
+        start_ + std::chrono::seconds(context_.parameters.secondsBetweenTicks) - pausePatience;
+    for (const Phase& phase : context_.phases) {
+        runPhase(phase);
+        if (context_.stopSignal.isStopped() || isFinished()) break;
+    }
+    context_.statistics.elapsed = Clock::now() - start_;
+}
+
+void SolveRun::runPhase(const Phase& phase) {
+    const auto phaseStart = Clock::now();
+    deadline_ = phaseStart + std::chrono::seconds(phase.timeLimit);
+    phaseStartIterations_ = context_.statistics.iterations;
+    emit(LS_CALLBACK_PHASE_STARTED);
+    while (!context_.stopSignal.isStopped() && !isFinished() && !isLimitReached(phase)) {
+        context_.stopSignal.letWork();
+        if (searchLeft_ == 0 && !isProvingExhausted_) {
+            prove(iterationsLeft(phase));
+        } else {
+            search(iterationsLeft(phase));
+        }
+        emitTimeTickIfDue();
+        emitIterationTickIfDue();
+    }
+    emit(LS_CALLBACK_PHASE_ENDED);
+}
+
+bool SolveRun::isFinished() {
+    Solution& solution = context_.solution;
+    const bool isFeasible = solution.claimed().verdict.feasible && solution.verdict().feasible;
+    if (isFeasible && context_.model.objective.empty()) solution.proveOptimal();
+    return solution.isProved() || isThresholdReached();
+}
+
+bool SolveRun::isThresholdReached() {
+    const auto& thresholds = context_.parameters.thresholds;
+    const auto isReached = [&](const Verdict& verdict) {
+        if (!verdict.feasible) return false;
+        bool isAnySet = false;
+        for (std::size_t k = 0; k < thresholds.size(); ++k) {
+            if (!thresholds[k]) continue;
+            isAnySet = true;
+            const double value = verdict.objectives[k].asDouble();
+            const bool isGood = context_.model.objective[k].maximise ? value >= *thresholds[k]
+                                                                     : value <= *thresholds[k];
+            if (!isGood) return false;
+        }
+        return isAnySet;
+    };
+    return isReached(context_.solution.claimed().verdict) && isReached(context_.solution.verdict());
+}
+
+std::int64_t SolveRun::iterationsLeft(const Phase& phase) const {
+    return phase.iterationLimit - (context_.statistics.iterations - phaseStartIterations_);
+}
+
+bool SolveRun::isLimitReached(const Phase& phase) const {
+    return Clock::now() >= deadline_ || iterationsLeft(phase) <= 0;
+}
+
+void SolveRun::prove(std::int64_t iterationsLeft) {
+    const auto nbOperands = static_cast<std::int64_t>(context_.model.operand.size());
+    const std::int64_t wanted = std::max<std::int64_t>(100, effort_ / (nbOperands + 50));
+    const std::int64_t budget = std::min(wanted, iterationsLeft);
+    const std::atomic<bool>& halt = context_.stopSignal.workersHalt();
+    const auto shouldStop = [this, &halt] {
+        team_.parkIfPaused();
+        return halt.load();
+    };
+    Preparation preparation;
+    team_.start(1, [&](int) {
+        preparation = prepare(context_.model, context_.solution.point(),
+                              {budget, context_.parameters.seed, shouldStop});
+    });
+    awaitJob();
+    context_.statistics.iterations += preparation.iterations;
+    accept(preparation);
+    // Ended by itself before the budget did: it has tried all that it knows.
+    isProvingExhausted_ = preparation.iterations < budget && !halt;
+    searchLeft_ = effort_ / visitsPerMove;
+    effort_ *= 2;
+}
+
+void SolveRun::accept(Preparation& preparation) {
+    Solution& solution = context_.solution;
+    if (preparation.outcome == Preparation::Outcome::Inconsistent) {
+        solution.proveInconsistent();
+        return;
+    }
+    if (!searchers_ && !preparation.domain.empty()) domain_ = std::move(preparation.domain);
+    if (!preparation.hasPoint) return;
+    std::vector<Value> values;
+    Incumbent claimed{std::move(preparation.point), {}, 0.0};
+    claimed.verdict = judge(context_.model, claimed.point, values);
+    if (preparation.outcome == Preparation::Outcome::Optimal) {
+        acceptOptimum(std::move(claimed));
+    } else if (solution.isImprovedBy(claimed)) {
+        solution.replace(std::move(claimed));
+        if (searchers_) searchers_->spread();
+    }
+}
+
+void SolveRun::acceptOptimum(Incumbent claimed) {
+    Solution& solution = context_.solution;
+    // A point that beats the "optimum" refutes the proof, unless by no more than tolerances allow.
+    if (!claimed.verdict.feasible ||
+        isClearlyBetter(context_.model, solution.verdict(), claimed.verdict)) {
+        return;
+    }
+    solution.replace(std::move(claimed));
+    solution.proveOptimal();
+}
+
+void SolveRun::makeSearchers() {
+    const int nbWorkers = team_.nbWorkers();
+    searchers_.emplace(context_.model, context_.parameters, domain_, nbWorkers);
+    team_.start(nbWorkers, [this](int k) { searchers_->create(k, context_.solution.point()); });
+    awaitJob();
+    searchers_->share(context_.solution);
+}
+
+void SolveRun::search(std::int64_t iterationsLeft) {
+    if (!searchers_) {
+        makeSearchers();
+        return;
+    }
+    const std::int64_t nbWorkers = team_.nbWorkers();
+    const std::int64_t sinceTick = context_.statistics.iterations - lastTickIterations_;
+    // A round ends exactly where a limit, a tick or the turn of proving comes.
+    std::int64_t nbMoves = std::min({nbWorkers * searchers_->movesPerRound(), iterationsLeft,
+                                     context_.parameters.iterationsBetweenTicks - sinceTick});
+    if (!isProvingExhausted_) nbMoves = std::min(nbMoves, searchLeft_);
+    const std::int64_t share = nbMoves / nbWorkers;
+    const std::int64_t rest = nbMoves % nbWorkers;
+    team_.start(static_cast<int>(share > 0 ? nbWorkers : rest), [&, share, rest](int k) {
+        searchers_->run(k, share + (k < rest ? 1 : 0), context_.stopSignal.workersHalt(),
+                        context_.solution.claimed());
+    });
+    awaitJob();
+    searchers_->addTo(context_.statistics);
+    searchers_->share(context_.solution);
+    if (!isProvingExhausted_) searchLeft_ -= nbMoves;
+}
+
+void SolveRun::awaitJob() {
+    bool isHalted = false;
+    while (true) {
+        const auto wakeTime = isHalted ? nextTimeTick_ : std::min(nextTimeTick_, deadline_);
+        if (team_.waitUntil(wakeTime)) break;
+        if (Clock::now() >= deadline_ && !isHalted) {
+            context_.stopSignal.halt();
+            isHalted = true;
+        }
+        if (Clock::now() >= nextTimeTick_) {
+            team_.pause(pausePatience);
+            emitTimeTickIfDue();
+            team_.resume();
+        }
+    }
+    team_.finish();
+}
+
+void SolveRun::emit(ls_callback_type type) {
+    context_.statistics.elapsed = Clock::now() - start_;
+    context_.emit(type);
+}
+
+void SolveRun::emitTimeTickIfDue() {
+    if (Clock::now() < nextTimeTick_) return;
+    emit(LS_CALLBACK_DISPLAY);
+    emit(LS_CALLBACK_TIME_TICKED);
+    const auto period =
+        std::chrono::seconds(context_.parameters.secondsBetweenTicks) - pausePatience;
+    nextTimeTick_ = Clock::now() + period;
+}
+
+void SolveRun::emitIterationTickIfDue() {
+    const std::int64_t sinceTick = context_.statistics.iterations - lastTickIterations_;
+    if (sinceTick < context_.parameters.iterationsBetweenTicks) return;
+    // A turn of proving may pass several ticks at once; they come as one.
+    lastTickIterations_ =
+        context_.statistics.iterations - sinceTick % context_.parameters.iterationsBetweenTicks;
+    emit(LS_CALLBACK_ITERATION_TICKED);
+}
+
+}  // namespace engine

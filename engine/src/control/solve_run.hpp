@@ -1,0 +1,82 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "control/parameters.hpp"
+#include "control/search_team.hpp"
+#include "control/solution.hpp"
+#include "control/statistics.hpp"
+#include "control/stop_signal.hpp"
+#include "control/worker_team.hpp"
+#include "prove/prepare.hpp"
+
+namespace engine {
+
+/// What a solve works on; owned by the solver, which outlives the run.
+struct RunContext {
+    const ClosedModel& model;
+    const Parameters& parameters;
+    const std::vector<Phase>& phases;
+    Solution& solution;
+    Statistics& statistics;
+    StopSignal& stopSignal;
+    /// Runs the callbacks of a type on this thread; throws nothing.
+    std::function<void(ls_callback_type)> emit;
+};
+
+/// One call of ls_solve: proves and searches by turns, through the phases in order.
+///
+/// Both turns are measured in iterations and grow together, so that a model that can be proved is
+/// proved in the end, a model that cannot be is searched, and the clock decides nothing but the
+/// end. The solve thread itself only waits, ticks and keeps the best point; the work is done by the
+/// workers. An exception of a worker leaves run() after all workers have come to rest.
+class SolveRun {
+public:
+    explicit SolveRun(RunContext context);
+    /// Halts the workers.
+    ~SolveRun();
+    SolveRun(const SolveRun&) = delete;
+    SolveRun& operator=(const SolveRun&) = delete;
+
+    void run();
+
+private:
+    using Clock = WorkerTeam::Clock;
+
+    void runPhase(const Phase& phase);
+    [[nodiscard]] bool isFinished();
+    [[nodiscard]] bool isThresholdReached();
+    [[nodiscard]] bool isLimitReached(const Phase& phase) const;
+    [[nodiscard]] std::int64_t iterationsLeft(const Phase& phase) const;
+
+    void prove(std::int64_t iterationsLeft);
+    void accept(Preparation& preparation);
+    void acceptOptimum(Incumbent claimed);
+    void search(std::int64_t iterationsLeft);
+    void makeSearchers();
+
+    /// Waits for the job under way, ticks meanwhile, and halts it at the deadline.
+    void awaitJob();
+    void emit(ls_callback_type type);
+    void emitTimeTickIfDue();
+    void emitIterationTickIfDue();
+
+    RunContext context_;
+    Clock::time_point start_;
+    Clock::time_point deadline_;  ///< of the phase under way
+    Clock::time_point nextTimeTick_;
+    std::int64_t phaseStartIterations_ = 0;
+    std::int64_t lastTickIterations_ = 0;
+
+    std::int64_t effort_;              ///< of the next turn of proving, in operand visits
+    bool isProvingExhausted_ = false;  ///< more effort would prove no more
+    std::int64_t searchLeft_ = 0;      ///< moves before the next turn of proving
+    std::vector<Interval> domain_;     ///< [nbDecisions] as tightened by proving
+
+    std::optional<SearchTeam> searchers_;
+    WorkerTeam team_;  ///< last: its threads end before what they work on
+};
+
+}  // namespace engine

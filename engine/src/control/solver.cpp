@@ -1,0 +1,71 @@
+#include "control/solver.hpp"
+
+#include <cstdio>
+#include <new>
+
+#include "control/description.hpp"
+#include "control/solve_run.hpp"
+#include "prove/prepare.hpp"
+
+namespace engine {
+
+namespace {
+
+bool isQuicklyRefuted(const ClosedModel& model) {
+    try {
+        std::vector<Interval> domain = model.domain;
+        return !propagateDomains(model, domain);
+    } catch (const std::bad_alloc&) {
+        return false;  // the proof is a bonus, the model is closed without it
+    }
+}
+
+}  // namespace
+
+void Solver::close() {
+    model.close();
+    state_ = LS_STATE_CLOSED;
+    if (isQuicklyRefuted(model.closed())) solution().proveInconsistent();
+}
+
+Solution& Solver::solution() {
+    if (!solution_) solution_.emplace(model.closed());
+    return *solution_;
+}
+
+SolveEnding Solver::solve(ls_solver* handle) {
+    struct SolvedAtEnd {
+        std::atomic<ls_state>& state;
+        ~SolvedAtEnd() { state = LS_STATE_SOLVED; }
+    };
+    SolveEnding ending;
+    stopSignal.reset();
+    statistics = {};
+    state_ = LS_STATE_RUNNING;
+    const SolvedAtEnd solvedAtEnd{state_};
+    SolveRun run({model.closed(), parameters, phases, solution(), statistics, stopSignal,
+                  [&](ls_callback_type type) { emit(type, handle, ending); }});
+    run.run();
+    ending.interruptText = stopSignal.interruptText();
+    return ending;
+}
+
+void Solver::emit(ls_callback_type type, ls_solver* handle, SolveEnding& ending) {
+    if (ending.callbackException) return;
+    state_ = LS_STATE_PAUSED;
+    try {
+        if (type == LS_CALLBACK_DISPLAY && parameters.verbosity > 0) {
+            std::puts(solverInfo(*this).c_str());
+        }
+        for (const CallbackEntry& entry : callbacks) {
+            if (entry.type == type) entry.function(handle, type, entry.userData);
+        }
+    } catch (...) {
+        // Passed on when the workers rest and the state is consistent again.
+        ending.callbackException = std::current_exception();
+        stopSignal.stop();
+    }
+    state_ = LS_STATE_RUNNING;
+}
+
+}  // namespace engine
