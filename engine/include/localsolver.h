@@ -146,7 +146,9 @@ LS_API int ls_create_expression(ls_solver* solver, int op);
 LS_API int ls_create_int_constant(ls_solver* solver, int64_t value);
 /** NaN is refused. */
 LS_API int ls_create_double_constant(ls_solver* solver, double value);
-/** Appends `operand` to `expr`. Too many operands are refused here, too few by ls_close. */
+/** Appends `operand` to `expr`. One too many, and one of a kind that the operator does not take (a
+ * bound that is no constant, an array outside at and scalarprod), is refused here, too few by
+ * ls_close. */
 LS_API void ls_expr_add_operand(ls_solver* solver, int expr, int operand);
 /** A label; need not be unique. Any state but running. The text is copied. */
 LS_API void ls_expr_set_name(ls_solver* solver, int expr, const char* name);
@@ -158,12 +160,17 @@ LS_API int ls_expr_nb_operands(ls_solver* solver, int expr);
 /** Operand `position`, from 0, in the order of addition. */
 LS_API int ls_expr_get_operand(ls_solver* solver, int expr, int position);
 LS_API int ls_expr_is_decision(ls_solver* solver, int expr);
-/** Nonzero when the value is a double: a double constant, a float decision, or computed so. */
+/** Nonzero when the value is a double: a double constant, a float decision, or computed so: div,
+ * sqrt, log, exp, pow, cos, sin and tan always, relations, logic, ceil, floor and round never, the
+ * rest when a (value) operand is. Of an operator expression only once the model is closed. */
 LS_API int ls_expr_is_double(ls_solver* solver, int expr);
 LS_API int ls_nb_expressions(ls_solver* solver);
 
-/* Values. Constants in any state; other expressions in the states closed (of the starting point),
- * paused and solved. A double value may be asked of an integer expression, not the reverse. */
+/* Values. Constants in any state; other expressions but arrays in the states closed (of the
+ * starting point), paused and solved. A double value may be asked of an integer expression, not the
+ * reverse. An integer expression whose arithmetic left the 64-bit range reads as the nearest
+ * integer, one that is not defined at the point as 0. While a decision has an empty domain every
+ * constraint reads 0. */
 
 LS_API int64_t ls_expr_get_int_value(ls_solver* solver, int expr);
 LS_API double ls_expr_get_double_value(ls_solver* solver, int expr);
@@ -184,7 +191,8 @@ LS_API int ls_get_constraint(ls_solver* solver, int position);
 LS_API int ls_nb_objectives(ls_solver* solver);
 LS_API int ls_get_objective(ls_solver* solver, int position);
 LS_API int ls_get_objective_direction(ls_solver* solver, int position);
-/** Checks the model (operand counts, cycles) and freezes it. A model without objective is allowed:
+/** Checks the model (too few operands, cycles, arrays of a scalar product of different lengths) and
+ * freezes it; an ill-formed model stays open. A model without objective is allowed:
  * it is solved when a feasible point is known. */
 LS_API void ls_close(ls_solver* solver);
 
@@ -217,11 +225,13 @@ LS_API void ls_save_environment(ls_solver* solver, const char* file_name);
 
 /* Solving. */
 
-/** `callback` runs at every event of `type`; several are called in the order of addition. */
+/** `callback` runs at every event of `type`; several are called in the order of addition. What it
+ * throws ends the solve and leaves through ls_solve. Any state but running and paused. */
 LS_API void ls_add_callback(ls_solver* solver, int type, ls_callback callback, void* user_data);
 /** Runs the phases in order; states closed and solved, at least one phase. */
 LS_API void ls_solve(ls_solver* solver);
-/** Ends the search soon; states running and paused, from any thread. May be called repeatedly. */
+/** Ends the search soon; from any thread, any state: outside a solve it does nothing. May be called
+ * repeatedly. */
 LS_API void ls_stop(ls_solver* solver);
 /** Ends the search; ls_solve then reports `text` as an error. States running and paused. */
 LS_API void ls_interrupt(ls_solver* solver, const char* text);
