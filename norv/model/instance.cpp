@@ -32,8 +32,11 @@ Evaluation Instance::evaluate(std::int32_t row, std::span<const double> point) c
         result.value +=
             quadratic.values[k] * point[quadratic.first[k]] * point[quadratic.second[k]];
     }
-    if (const InstructionList* list = listOf(row))
-        result.value += evaluateInstructions(*list, pool, point, result.nbErrors);
+    if (const InstructionList* list = listOf(row)) {
+        const Quantity part = evaluator.evaluate(*list, pool, point);
+        result.value += part.value;
+        result.nbErrors += part.nbErrors;
+    }
     if (std::isnan(result.value) && result.nbErrors == 0) result.nbErrors = 1;
     return result;
 }

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "hostapi/codes.hpp"
-#include "model/instructions.hpp"
 #include "model/name_table.hpp"
 #include "model/sparse.hpp"
+#include "nonlinear/evaluator.hpp"
 #include "norv/model.hpp"
 
 namespace norv {
@@ -61,7 +61,10 @@ struct Instance {
     [[nodiscard]] std::int32_t orderOf(std::int32_t row) const noexcept;
 
     /// The function of a row, or the objective without its constant, at `point` [nbVariables].
+    /// One thread at a time.
     [[nodiscard]] Evaluation evaluate(std::int32_t row, std::span<const double> point) const;
+
+    mutable Evaluator evaluator;  ///< scratch of `evaluate`
 };
 
 /// The nearest value in the variable's domain, apart from integrality; 0 for not-a-number first.

@@ -146,7 +146,9 @@ void ModelBuilder::Draft::installLists() {
         const std::int32_t i = row < 0 ? instance.objective() : row;
         for (std::int64_t k = rows.starts[i]; k < rows.starts[i + 1]; ++k) {
             if ((rows.occurrences[k] & inInstructions) == 0 || rows.values[k] == 0.0) continue;
-            appendLinearTerm(list, rows.variables[k], rows.values[k], instance.pool);
+            instance.pool.push_back(rows.values[k]);
+            appendLinearTerm(list, rows.variables[k], rows.values[k],
+                             static_cast<std::int32_t>(instance.pool.size()));
         }
         instance.listOfRow[i] = static_cast<std::int32_t>(instance.lists.size());
         instance.lists.push_back(std::move(list));
@@ -239,15 +241,17 @@ void ModelBuilder::setInstructions(std::int32_t row, std::span<const std::int32_
     draft->checkedRow(row, objectiveRow);
     if (opcodes.empty() || opcodes.size() != fields.size())
         refuse("an instruction list has at least one opcode and one field per opcode");
-    for (std::size_t k = 0; k < opcodes.size(); ++k) {
-        const bool isOutside = fields[k] < 1 || fields[k] > draft->instance.nbVariables();
-        if (takesVariable(opcodes[k]) && isOutside)
-            refuse("instruction " + std::to_string(k) + " names variable " +
-                   std::to_string(fields[k]) + ", counted from 1, out of range");
+    const Instance& instance = draft->instance;
+    const ListCheck check = checkInstructions(opcodes, fields, instance.nbVariables(),
+                                              static_cast<std::int32_t>(instance.pool.size()));
+    if (!check.fault.empty()) {
+        const std::string name = row < 0 ? "the objective" : instance.rowNames.nameOf(row);
+        refuse(name + ": " + check.fault);
     }
     InstructionList& list = draft->lists[row];
     list.opcodes.assign(opcodes.begin(), opcodes.end());
     list.fields.assign(fields.begin(), fields.end());
+    list.depth = check.depth;
 }
 
 std::int32_t ModelBuilder::addPoolConstant(double value) {

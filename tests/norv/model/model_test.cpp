@@ -176,19 +176,23 @@ TEST(ModelObject, TellsLinearOccurrencesFromOthers) {
     EXPECT_THAT(rowWalk(nmo, 0),
                 ElementsAre(Term{0, 2.0, 1}, Term{1, 0.0, 1}, Term{2, 7.0, 1}, Term{3, 5.0, 0}));
     EXPECT_EQ(hub().nmoGetEquOrderOne(nmo, 0), hostapi::function_order::nonlinear);
-    // The linear term of x2 is at the end of its list: exp(x2), push x2, times pool 1, add.
-    ASSERT_EQ(hub().nmoNLCodeSizeMaxRow(nmo), 5);
-    std::int32_t nb = 0, codes[5], operands[5];
+    // The linear term of x2 is at the end of its list: exp(x2), push x2, add pool 1 times it.
+    ASSERT_EQ(hub().nmoNLCodeSizeMaxRow(nmo), 4);
+    std::int32_t nb = 0, codes[4], operands[4];
     hub().nmoDirtyGetRowFNLInstr(nmo, 0, &nb, codes, operands);
-    EXPECT_EQ(nb, 5);
-    EXPECT_THAT(codes, ElementsAre(1, 20, 1, 12, 4));
-    EXPECT_THAT(operands, ElementsAre(3, 10, 3, 1, 0));
+    EXPECT_EQ(nb, 4);
+    EXPECT_THAT(codes, ElementsAre(1, 20, 1, 24));
+    EXPECT_THAT(operands, ElementsAre(3, 10, 3, 1));
     EXPECT_EQ(hub().nmoPPool(nmo)[0], 7.0);
-    const double point[] = {0.0, 0.0, 0.0, 0.0};
-    std::int32_t nbErrors = 0;
+    std::int32_t nbErrors = -1;
     double value = 0.0;
-    EXPECT_NE(hub().nmoEvalFunc(nmo, 0, point, &value, &nbErrors), 0);
-    EXPECT_EQ(nbErrors, 1);
+    const double point[] = {1.0, 2.0, 0.0, 3.0};
+    EXPECT_EQ(hub().nmoEvalFunc(nmo, 0, point, &value, &nbErrors), 0);
+    EXPECT_EQ(nbErrors, 0);
+    EXPECT_EQ(value, 2.0 + 2.0 + 1.0 + 15.0);
+    const double overflow[] = {1.0, 2.0, 1000.0, 3.0};
+    EXPECT_NE(hub().nmoEvalFunc(nmo, 0, overflow, &value, &nbErrors), 0);
+    EXPECT_GT(nbErrors, 0);
 }
 
 TEST(ModelObject, SplitsRangesAndNamesTheTwin) {
@@ -311,7 +315,7 @@ TEST(ModelBuilder, RefusesWhatNoInstanceCanHold) {
         {"a right-hand side is no finite number", [&] { builder.addRow(0, infinity); }},
         {"an instruction list has at least one opcode and one field per opcode",
          [&] { builder.setInstructions(0, {}, {}); }},
-        {"instruction 0 names variable 3, counted from 1, out of range",
+        {"e1: instruction 1 of 1: nlPushV names variable 3, there are 2, counted from 1",
          [&] { builder.setInstructions(0, opcodes, fields); }},
     };
     for (const auto& [message, call] : cases) {

@@ -1,0 +1,133 @@
+#include "nonlinear/evaluator.hpp"
+
+#include <cassert>
+
+#include "nonlinear/functions.hpp"
+#include "nonlinear/opcodes.hpp"
+
+namespace norv {
+
+namespace {
+
+double combine(Action action, double left, double right) {
+    switch (action) {
+        case Action::add:
+            return left + right;
+        case Action::subtract:
+            return left - right;
+        case Action::multiply:
+            return multiply(left, right);
+        default:
+            assert(action == Action::divide);
+            return left / right;
+    }
+}
+
+/// One list at one point.
+class Run {
+public:
+    /// @param base  where the stack begins; it has room for what the list needs.
+    Run(Quantity* base, std::span<const double> constants, std::span<const double> levels)
+        : next(base), pool(constants), point(levels) {}
+
+    void step(std::int32_t opcode, std::int32_t field);
+    [[nodiscard]] Quantity result() const { return next[-1]; }
+
+private:
+    /// The operand of an instruction that may take it from the stack.
+    Quantity takeOperand(Operand operand, std::int32_t field) {
+        switch (operand) {
+            case Operand::stack:
+                return *--next;
+            case Operand::variable:
+                return {point[static_cast<std::size_t>(field - 1)], 0};
+            case Operand::constant:
+                return {constantAt(field), 0};
+            case Operand::zero:
+                break;
+        }
+        return {};
+    }
+
+    [[nodiscard]] double constantAt(std::int32_t field) const {
+        return pool[static_cast<std::size_t>(field - 1)];
+    }
+
+    void addMultiple(double factor) {
+        const Quantity top = *--next;
+        const double value = next[-1].value + multiply(factor, top.value);
+        next[-1] = resultOf(value, sumOfErrors(next[-1].nbErrors, top.nbErrors));
+    }
+
+    void callFunction(std::int32_t code) {
+        const FunctionTraits& function = *findFunction(code);
+        const std::int32_t count = nbConsumed(function, announced);
+        next -= count;
+        const Quantity result = call(function.code, {next, static_cast<std::size_t>(count)});
+        *next++ = result;
+        if (function.nbArguments == FunctionTraits::anyCount) announced = -1;
+    }
+
+    Quantity* next;  ///< behind the top
+    std::span<const double> pool;
+    std::span<const double> point;
+    std::int32_t announced = -1;
+};
+
+void Run::step(std::int32_t opcode, std::int32_t field) {
+    const OpcodeTraits& traits = traitsOf(opcode);
+    switch (traits.action) {
+        case Action::push: {
+            const Quantity operand = takeOperand(traits.operand, field);
+            *next++ = {operand.value, std::isnan(operand.value) ? 1 : 0};
+            break;
+        }
+        case Action::negate: {
+            const Quantity operand = takeOperand(traits.operand, field);
+            *next++ = resultOf(-operand.value, operand.nbErrors);
+            break;
+        }
+        case Action::add:
+        case Action::subtract:
+        case Action::multiply:
+        case Action::divide: {
+            const Quantity right = takeOperand(traits.operand, field);
+            const Quantity left = next[-1];
+            next[-1] = resultOf(combine(traits.action, left.value, right.value),
+                                sumOfErrors(left.nbErrors, right.nbErrors));
+            break;
+        }
+        case Action::addMultiple:
+            addMultiple(constantAt(field));
+            break;
+        case Action::announce:
+            announced = field;
+            break;
+        case Action::callOne:
+        case Action::callTwo:
+            announced = traits.action == Action::callOne ? 1 : 2;
+            callFunction(field);
+            break;
+        case Action::callMany:
+            callFunction(field);
+            break;
+        case Action::nothing:
+            break;
+        case Action::refuse:
+            assert(false);
+            break;
+    }
+}
+
+}  // namespace
+
+Quantity Evaluator::evaluate(const InstructionList& list, std::span<const double> pool,
+                             std::span<const double> point) {
+    const auto depth = static_cast<std::size_t>(list.depth);
+    if (stack.size() < depth) stack.resize(depth);
+    Run run(stack.data(), pool, point);
+    for (std::size_t k = 0; k < list.size(); ++k) run.step(list.opcodes[k], list.fields[k]);
+    return run.result();
+}
+
+}  // namespace norv

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "nonlinear/functions.hpp"
+#include "nonlinear/instruction_list.hpp"
+#include "nonlinear/opcodes.hpp"
+
+namespace norv {
+
+/// An instruction list written as text, "nlPushV 1, nlMulI #2.5, nlCallArg1 sqr": fields are
+/// numbers, functions by name, or constants after #, which go to the pool.
+struct Assembled {
+    InstructionList list;
+    std::vector<double> pool;
+};
+
+inline std::int32_t opcodeOf(const std::string& name) {
+    for (const OpcodeTraits& each : opcodeTable) {
+        if (each.name == name) return each.code;
+    }
+    return std::stoi(name);
+}
+
+inline std::int32_t fieldOf(const std::string& text, std::vector<double>& pool) {
+    if (text.empty()) return 0;
+    if (text[0] == '#') {
+        pool.push_back(std::stod(text.substr(1)));
+        return static_cast<std::int32_t>(pool.size());
+    }
+    for (const FunctionTraits& each : functionTable) {
+        if (each.name == text) return static_cast<std::int32_t>(each.code);
+    }
+    return std::stoi(text);
+}
+
+inline Assembled assemble(const std::string& code) {
+    Assembled result;
+    std::istringstream instructions(code);
+    for (std::string one; std::getline(instructions, one, ',');) {
+        std::istringstream words(one);
+        std::string opcode;
+        std::string field;
+        words >> opcode >> field;
+        const std::int32_t number = opcodeOf(opcode);
+        result.list.add(number, fieldOf(field, result.pool));
+    }
+    return result;
+}
+
+}  // namespace norv
