@@ -19,8 +19,9 @@ void describeSolve(CLI::App& app, CommandLine& line) {
             return named ? std::string() : "found \"" + setting + "\", expected name=value";
         });
     app.add_option("-o,--option-file", line.optionFile, "Option file of the link");
-    app.add_option("-t,--time-limit", line.timeLimit, "Time limit in seconds (default: none)")
-        ->check(CLI::Range(0.0, std::numeric_limits<double>::max()));
+    app.add_option("-t,--time-limit", line.timeLimit, "Time limit in seconds")
+        ->check(CLI::Range(0.0, std::numeric_limits<double>::max()))
+        ->capture_default_str();
     app.add_option("-i,--iteration-limit", line.iterationLimit,
                    "Iteration limit (default: none; so does 2000000000)")
         ->check(CLI::Range(std::int32_t{0}, mostIterations));

@@ -12,7 +12,7 @@ struct CommandLine {
     std::string model;
     std::vector<std::string> settings;  ///< "name=value", in the order given
     std::string optionFile;
-    std::optional<double> timeLimit;             ///< seconds, 0 or more
+    double timeLimit = 60.0;                     ///< seconds, 0 or more
     std::optional<std::int32_t> iterationLimit;  ///< 0 or more
     std::int32_t threads = 1;                    ///< 1 or more
     std::string statusFile;

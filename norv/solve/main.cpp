@@ -44,7 +44,7 @@ void setUp(Environment& environment, const CommandLine& line, std::ostream& log,
     }
     environment.setSystemDirectory(line.systemDirectory.empty() ? programDirectory()
                                                                 : line.systemDirectory);
-    if (line.timeLimit) environment.setTimeLimit(*line.timeLimit);
+    environment.setTimeLimit(line.timeLimit);
     if (line.iterationLimit) environment.setIterationLimit(*line.iterationLimit);
     environment.setThreads(line.threads);
 }

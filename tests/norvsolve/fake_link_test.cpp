@@ -1,0 +1,155 @@
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "norvsolve/run_program.hpp"
+
+/// The program against a link that only writes calls down, so that every way to end can be had.
+namespace norv::test {
+namespace {
+
+using testing::HasSubstr;
+
+const char* const model =
+    "NAME fake\nROWS\n N cost\n L c1\n G c2\nCOLUMNS\n x cost 2 c1 1\n M 'MARKER' 'INTORG'\n"
+    " n cost 1 c1 1\n M 'MARKER' 'INTEND'\n s cost 1 c2 1\nRHS\n r c1 8 c2 -9\n r cost -3\nBOUNDS\n"
+    " UP b x 6\n UP b n 9\n LO b s 2\n SC b s 5\nENDATA\n";
+
+class Norvsolve : public testing::Test {
+protected:
+    void SetUp() override {
+        std::ofstream(path_) << model;
+        tell("FAKE_LINK_CALLS", calls_);
+        tell("FAKE_LINK_FAILS", "nothing");
+        tell("FAKE_LINK_STATUS", "8");
+        tell("FAKE_LINK_LEVEL", "3");
+    }
+
+    static void tell(const char* variable, const std::string& value) {
+        setenv(variable, value.c_str(), 1);
+    }
+
+    ProgramRun solve(std::vector<std::string> more = {}) {
+        std::ofstream(calls_, std::ios::trunc).flush();
+        more.insert(more.begin(), {NORVSOLVE_PROGRAM, path_, "--link", FAKE_LINK});
+        return runProgram(more);
+    }
+
+    std::string path_ = scratchFile("model.mps");
+    std::string calls_ = scratchFile("calls");
+};
+
+TEST_F(Norvsolve, callsTheLinkInTheHostsOrder) {
+    const ProgramRun run = solve();
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_EQ(contentOf(calls_),
+              "c__xapiversion 1\nc__xcheck vexReadyAPI 2 3 1 1\nc__xcheck vexCallSolver 0 3\n"
+              "vexInitialize\nvexcreate\n"
+              "vexReadyAPI no options, file 0 , preset 13, limits 60 2000000000 1\n"
+              "vexCallSolver\nvexfree\nvexFinalize\n");
+    EXPECT_THAT(run.output, HasSubstr("a line for log and status\n"));
+    EXPECT_THAT(run.output, HasSubstr("Model status 8 (feasible, with discrete variables), solve "
+                                      "status 1 (normal completion).\nObjective: 15\nCheck: "
+                                      "passed, nothing violated.\n"));
+}
+
+TEST_F(Norvsolve, handsLimitsAndOptionsOn) {
+    const std::string optionFile = scratchFile("options.opt");
+    std::ofstream(optionFile) << "seed 3\n";
+    solve({"-t", "59.5", "-i", "7", "--threads", "3", "-o", optionFile});
+    EXPECT_THAT(contentOf(calls_), HasSubstr("vexReadyAPI no options, file 1 " + optionFile +
+                                             ", preset 13, limits 59 7 3\n"));
+    EXPECT_EQ(solve({"-o", optionFile, "seed=5"}).exitCode, 0);
+    EXPECT_THAT(contentOf(calls_), HasSubstr("vexReadyAPI options, file 0 "));
+}
+
+TEST_F(Norvsolve, tellsTheWayItFailedByItsExitCode) {
+    struct Case {
+        const char* failing;
+        int exitCode;
+        const char* complaint;
+        const char* lastCall;
+    };
+    const Case cases[] = {
+        {"c__xapiversion", 4, "the link refuses this host: a version of its own", "version 1\n"},
+        {"c__xcheck", 4, "the link does not fit this host: a signature of its own", "2 3 1 1\n"},
+        {"vexcreate", 5, "vexcreate failed: no room", "vexFinalize\n"},
+        {"vexReadyAPI", 5, "vexReadyAPI failed", "vexfree\nvexFinalize\n"},
+        {"vexCallSolver", 5, "vexCallSolver failed", "vexfree\nvexFinalize\n"},
+    };
+    for (const Case& each : cases) {
+        tell("FAKE_LINK_FAILS", each.failing);
+        const ProgramRun run = solve();
+        EXPECT_EQ(run.exitCode, each.exitCode) << each.failing;
+        EXPECT_THAT(run.errors, HasSubstr(each.complaint));
+        EXPECT_THAT(contentOf(calls_), testing::EndsWith(each.lastCall));
+    }
+    tell("FAKE_LINK_FAILS", "nothing");
+    EXPECT_EQ(solve({"--time-limit", "-1"}).exitCode, 2);
+    EXPECT_EQ(solve({"sed=1"}).exitCode, 2);
+    EXPECT_EQ(solve({"-o", path_ + ".none"}).exitCode, 3);
+    EXPECT_EQ(solve({"--solution", path_ + "/none"}).exitCode, 7);
+    EXPECT_EQ(runProgram({NORVSOLVE_PROGRAM, path_, "--link", path_}).exitCode, 4);
+    EXPECT_EQ(runProgram({NORVSOLVE_PROGRAM, "--version"}).exitCode, 0);
+    std::ofstream(path_) << "ROWS\n Q c\n";
+    const ProgramRun malformed = solve();
+    EXPECT_EQ(malformed.exitCode, 3);
+    EXPECT_EQ(malformed.errors,
+              path_ + ":2:2: found \"Q\", expected the type of a row: N, E, L or G\n");
+}
+
+TEST_F(Norvsolve, checksThePointItself) {
+    struct Case {
+        const char* what;
+        const char* status;
+        const char* level;
+        int exitCode;
+        const char* check;
+    };
+    const Case cases[] = {
+        {"0 is a level of a semi-continuous variable", "1", "0", 0, "Check: passed, nothing"},
+        {"within the tolerance", "8", "4.0000005", 0, "Check: passed, largest violation 4.9"},
+        {"below the gap of a semi-continuous variable", "8", "1", 6, "(variable s)"},
+        {"not integral", "7", "3.5", 6, "(variable n)"},
+        {"a row is violated", "16", "5", 6, "most by 0.2 (row c1)"},
+        {"above a bound", "2", "7", 6, "Check: FAILED, 3 violated beyond 1e-06"},
+        {"not a number", "8", "nan", 6, "most by inf"},
+        {"no point claimed, none checked", "5", "7", 0, "Check: no feasible point reported."},
+        {"a point known to be infeasible", "6", "7", 0, "Check: no feasible point reported."},
+    };
+    for (const Case& each : cases) {
+        tell("FAKE_LINK_STATUS", each.status);
+        tell("FAKE_LINK_LEVEL", each.level);
+        const ProgramRun run = solve();
+        EXPECT_EQ(run.exitCode, each.exitCode) << each.what;
+        EXPECT_THAT(run.output, HasSubstr(each.check)) << each.what;
+    }
+}
+
+TEST_F(Norvsolve, writesItsResults) {
+    const std::string solution = scratchFile("solution");
+    const std::string status = scratchFile("status");
+    const ProgramRun run =
+        solve({"--json", "-", "--solution", solution, "--status-file", status, "--print-solution"});
+    EXPECT_EQ(contentOf(solution), "x\t3\nn\t3\ns\t3\n");
+    EXPECT_EQ(contentOf(status), "a line for log and status\n");
+    EXPECT_THAT(run.errors, HasSubstr("a line for log and status\n"));
+    EXPECT_THAT(run.errors, HasSubstr("x\t3\n"));
+    const nlohmann::json result = nlohmann::json::parse(run.output);
+    EXPECT_EQ(result["modelStatus"]["code"], 8);
+    EXPECT_EQ(result["solveStatus"]["text"], "normal completion");
+    EXPECT_EQ(result["objective"], 15.0);
+    EXPECT_EQ(result["iterations"], 17.0);
+    EXPECT_EQ(result["check"]["passed"], true);
+    EXPECT_EQ(result["variables"][2], nlohmann::json({{"name", "s"}, {"level", 3.0}}));
+
+    tell("FAKE_LINK_STATUS", "10");
+    const nlohmann::json none = nlohmann::json::parse(solve({"--json", "-"}).output);
+    EXPECT_TRUE(none["objective"].is_null() && none["check"].is_null());
+    EXPECT_TRUE(none["variables"].empty());
+}
+
+}  // namespace
+}  // namespace norv::test
