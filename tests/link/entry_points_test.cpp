@@ -10,15 +10,16 @@
 // The allocation that fails next, counted from 1; 0: none.
 static int failingAllocation = 0;
 
-void* operator new(std::size_t size) {
+// Not inlined: the compiler would take the pair below for a mismatch of new and free.
+[[gnu::noinline]] void* operator new(std::size_t size) {
     if (failingAllocation > 0 && --failingAllocation == 0) throw std::bad_alloc();
     if (void* memory = std::malloc(size)) return memory;
     throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 
