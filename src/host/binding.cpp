@@ -84,7 +84,7 @@ bool Binding::create(void** handle, MessageText message, const LibraryLoading& l
     return true;
 }
 
-void Binding::free(void** handle) {
+void Binding::destroy(void** handle) {
     assert(isLoaded());
     entries_.free(handle);
     countObject(-1);

@@ -67,12 +67,12 @@ public:
     [[nodiscard]] bool isLoaded();
 
     /// Loads the library if needed and creates an object.
-    /// @param handle  points to null; receives the object, which the caller frees with `free`.
+    /// @param handle  points to null; receives the object, which the caller frees with `destroy`.
     /// @return whether there is one; `message` tells why not.
     [[nodiscard]] bool create(void** handle, MessageText message,
                               const LibraryLoading& loading = platformLoading());
     /// Frees an object of `create` and sets the handle to null.
-    void free(void** handle);
+    void destroy(void** handle);
     /// Objects created through this binding and not yet freed.
     [[nodiscard]] std::int32_t nbObjects();
 

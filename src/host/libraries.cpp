@@ -18,7 +18,7 @@ std::int32_t createObject(Binding& binding, Handle* handle, MessageText message)
 template <class Handle>
 std::int32_t freeObject(Binding& binding, Handle* handle) {
     void* object = *handle;
-    binding.free(&object);
+    binding.destroy(&object);
     *handle = nullptr;
     return 1;
 }

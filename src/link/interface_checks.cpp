@@ -75,18 +75,18 @@ Answer answerSignature(const char* name, std::int32_t nbArguments, const std::in
 }
 
 void storeTerminated(const char* text, char* message) {
-    if (message != nullptr) std::strcpy(message, text);
+    if (message != nullptr) std::copy_n(text, std::strlen(text) + 1, message);
 }
 
 void storePrefixed(const char* text, unsigned char* message) {
     if (message == nullptr) return;
     const std::size_t length = std::strlen(text);  // at most longestAnswer, so it fits a byte
     message[0] = static_cast<unsigned char>(length);
-    std::memcpy(message + 1, text, length);
+    std::copy_n(text, length, message + 1);
 }
 
 Unprefixed::Unprefixed(const unsigned char* prefixed) {
-    if (prefixed != nullptr) std::memcpy(text, prefixed + 1, prefixed[0]);
+    if (prefixed != nullptr) std::copy_n(prefixed + 1, prefixed[0], text);
 }
 
 }  // namespace vex

@@ -121,7 +121,7 @@ void renewSolver(NorvLocalSolver& link) {
     const auto deleteSolver = [](ls_solver* solver) { ls_delete_solver(solver); };
     std::unique_ptr<ls_solver, decltype(deleteSolver)> created(ls_create_solver(), deleteSolver);
     link.solver = std::make_unique<LocalSolver>(created.get(), /*ownsSolver=*/true);
-    created.release();
+    static_cast<void>(created.release());  // the object just made owns it now
     link.solver->setVerbosity(0);
 }
 

@@ -71,7 +71,7 @@ std::int32_t checkEntry(const char* name, std::int32_t, const std::int32_t*, cha
 }
 std::int32_t versionEntry(std::int32_t api, char* message, std::int32_t*) {
     library.askedVersion = api;
-    std::strcpy(message, library.refusal.empty() ? "same version" : library.refusal.c_str());
+    MessageText(message, 256) << (library.refusal.empty() ? "same version" : library.refusal);
     return library.refusal.empty() ? 1 : 0;
 }
 
@@ -203,7 +203,7 @@ TEST_F(BindingTest, CountsObjects) {
     ASSERT_TRUE(binding.create(&handle, {message, sizeof message}, loading));
     EXPECT_EQ(handle, &library.object);
     EXPECT_EQ(binding.nbObjects(), 1);
-    binding.free(&handle);
+    binding.destroy(&handle);
     EXPECT_EQ(handle, nullptr);
     EXPECT_EQ(binding.nbObjects(), 0);
 
@@ -219,6 +219,7 @@ TEST_F(BindingTest, SeveralThreadsBindOnceAndCountEveryObject) {
     binding.setUpLocks();
     std::atomic<int> nbSum{0};
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int t = 0; t < 8; ++t) {
         threads.emplace_back([&] {
             char text[64];
@@ -227,7 +228,7 @@ TEST_F(BindingTest, SeveralThreadsBindOnceAndCountEveryObject) {
             for (int k = 0; k < 101; ++k) {
                 void* handle = nullptr;
                 if (binding.create(&handle, {text, sizeof text}, loading) && k > 0) {
-                    binding.free(&handle);
+                    binding.destroy(&handle);
                 }
             }
         });

@@ -11,6 +11,7 @@
 static int failingAllocation = 0;
 
 // Not inlined: the compiler would take the pair below for a mismatch of new and free.
+// NOLINTBEGIN(cppcoreguidelines-*): this is where memory is managed by hand
 [[gnu::noinline]] void* operator new(std::size_t size) {
     if (failingAllocation > 0 && --failingAllocation == 0) throw std::bad_alloc();
     if (void* memory = std::malloc(size)) return memory;
@@ -22,6 +23,7 @@ static int failingAllocation = 0;
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
+// NOLINTEND(cppcoreguidelines-*)
 
 namespace {
 

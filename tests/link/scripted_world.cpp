@@ -195,7 +195,7 @@ using test::world;
 void NorvLocalSolver::callback(localsolver::LocalSolver&, localsolver::LSCallbackType) {}
 NorvLocalSolver::~NorvLocalSolver() {
     solver.reset();
-    if (ownsOptions) optBinding.free(reinterpret_cast<void**>(&opt));
+    if (ownsOptions) optBinding.destroy(reinterpret_cast<void**>(&opt));
 }
 void NorvLocalSolver::resetTranslation() {
     test::record("resetTranslation");

@@ -19,13 +19,18 @@ namespace {
 std::int32_t nbObjects = 0;  // created and not yet freed
 char anObject = 0;
 
+template <std::size_t Size>
+void say(const char (&text)[Size], char* message) {
+    std::memcpy(message, text, Size);
+}
+
 std::int32_t create(void** handle) {
     ++nbObjects;
     *handle = &anObject;
     return 1;
 }
 
-void free(void** handle) {
+void destroy(void** handle) {
     --nbObjects;
     *handle = nullptr;
 }
@@ -34,7 +39,7 @@ std::int32_t check([[maybe_unused]] const char* name, char* message) {
     message[0] = '\0';
 #if defined(SMALL_HOST_LACKS)
     if (std::strcmp(name, SMALL_HOST_LACKS) == 0) {
-        std::strcpy(message, "this host is too old for it.");
+        say("this host is too old for it.", message);
         return 0;
     }
 #endif
@@ -43,11 +48,11 @@ std::int32_t check([[maybe_unused]] const char* name, char* message) {
 
 std::int32_t version(char* message, std::int32_t* compatibility) {
 #if defined(SMALL_HOST_REFUSES)
-    std::strcpy(message, "The client speaks another version.");
+    say("The client speaks another version.", message);
     *compatibility = 0;
     return 0;
 #else
-    std::strcpy(message, "Client and library have the same version.");
+    say("Client and library have the same version.", message);
     *compatibility = 1;
     return 1;
 #endif
@@ -65,7 +70,7 @@ Result nothing() {
         return create(handle);                                                        \
     }                                                                                 \
     SMALL_HOST_EXPORTED void freeEntry(void** handle) {                               \
-        free(handle);                                                                 \
+        destroy(handle);                                                              \
     }                                                                                 \
     SMALL_HOST_EXPORTED std::int32_t checkEntry(const char* name, std::int32_t,       \
                                                 const std::int32_t*, char* message) { \
