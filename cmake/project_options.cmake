@@ -2,6 +2,8 @@
 add_library(project_options INTERFACE)
 target_compile_features(project_options INTERFACE cxx_std_20)
 target_compile_options(project_options INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror)
+# g++ 12 reports overlapping copies inside std::string's operator+ that do not exist (GCC bug 105651).
+target_compile_options(project_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 
 set(VEXCC_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined")
 option(VEXCC_COVERAGE "Instrument for line coverage" OFF)
