@@ -1,0 +1,187 @@
+#include "nonlinear/emitter.hpp"
+
+#include <algorithm>
+#include <bit>
+#include <cassert>
+#include <limits>
+#include <utility>
+
+namespace norv {
+
+namespace {
+
+constexpr std::uint32_t largestSize = std::numeric_limits<std::uint32_t>::max();
+
+/// An operation takes at most two instructions for itself and one per operand.
+std::vector<std::uint32_t> sizesOf(const ExpressionStore& store) {
+    std::vector<std::uint32_t> sizes(static_cast<std::size_t>(store.nbNodes()), 1);
+    for (NodeIndex node = store.nbVariables(); node < store.nbNodes(); ++node) {
+        std::uint64_t size = 2;
+        for (const NodeIndex each : store.operandsOf(node))
+            size += std::uint64_t{sizes[static_cast<std::size_t>(each)]} + 1;
+        if (!store.isConstant(node))
+            sizes[static_cast<std::size_t>(node)] =
+                static_cast<std::uint32_t>(std::min<std::uint64_t>(size, largestSize));
+    }
+    return sizes;
+}
+
+/// The product of a constant and something else, as which of its two operands is the constant.
+struct ScaledNode {
+    NodeIndex node = noNode;
+    double factor = 0.0;
+};
+
+ScaledNode asScaled(const ExpressionStore& store, NodeIndex node) {
+    if (store.kind(node) != NodeKind::product) return {};
+    const auto factors = store.operandsOf(node);
+    if (factors.size() != 2) return {};
+    for (const auto& [constant, other] :
+         {std::pair(factors[0], factors[1]), std::pair(factors[1], factors[0])}) {
+        if (store.isConstant(constant)) return {other, store.valueOf(constant)};
+    }
+    return {};
+}
+
+}  // namespace
+
+ConstantPool::ConstantPool(std::function<std::int32_t(double)> appendToModel)
+    : append(std::move(appendToModel)) {}
+
+std::int32_t ConstantPool::entryOf(double value) {
+    const auto [place, isNew] = entries.try_emplace(std::bit_cast<std::uint64_t>(value + 0.0), 0);
+    if (isNew) place->second = append(value + 0.0);
+    return place->second;
+}
+
+Emitter::Emitter(const ExpressionStore& expressions, ConstantPool& constants)
+    : store(expressions), pool(constants), sizes(sizesOf(expressions)) {}
+
+InstructionList Emitter::emit(NodeIndex root) {
+    list = {};
+    list.add(nlHeader);
+    plan(root);
+    while (!tasks.empty()) {
+        const Task task = tasks.back();
+        tasks.pop_back();
+        if (task.node == noNode) {
+            list.add(task.opcode, task.field);
+        } else {
+            writeNode(task.node);
+        }
+    }
+    list.add(nlStore);
+    return std::exchange(list, {});
+}
+
+/// Leaves write themselves; operations plan their parts, the last one first.
+void Emitter::writeNode(NodeIndex node) {
+    const auto operands = store.operandsOf(node);
+    switch (store.kind(node)) {
+        case NodeKind::variable:
+            list.add(nlPushV, node + 1);
+            break;
+        case NodeKind::constant:
+            if (store.valueOf(node) == 0.0) {
+                list.add(nlPushZero);
+            } else {
+                list.add(nlPushI, pool.entryOf(store.valueOf(node)));
+            }
+            break;
+        case NodeKind::sum:
+            planChain(operands, {nlAdd, nlAddV, nlAddI});
+            break;
+        case NodeKind::difference:
+            planTerm(operands[1], /*isSubtracted=*/true);
+            plan(operands[0]);
+            break;
+        case NodeKind::product:
+            planChain(operands, {nlMul, nlMulV, nlMulI});
+            break;
+        case NodeKind::quotient:
+            planFactor(operands[1], {nlDiv, nlDivV, nlDivI});
+            plan(operands[0]);
+            break;
+        case NodeKind::negation:
+            if (store.isVariable(operands[0])) {
+                list.add(nlUMinV, operands[0] + 1);
+            } else {
+                plan(nlUMin);
+                plan(operands[0]);
+            }
+            break;
+        case NodeKind::call:
+            planCall(node);
+            break;
+        case NodeKind::foreign:
+            assert(false);
+            break;
+    }
+}
+
+void Emitter::planChain(std::span<const NodeIndex> operands, const Forms& forms) {
+    assert(operands.size() >= 2);
+    const bool isSum = forms.onStack == nlAdd;
+    const auto planNext = [&](NodeIndex operand) {
+        if (isSum) {
+            planTerm(operand, /*isSubtracted=*/false);
+        } else {
+            planFactor(operand, forms);
+        }
+    };
+    for (std::size_t k = operands.size() - 1; k >= 2; --k) planNext(operands[k]);
+    // Two neighbours may change places without changing the value.
+    const bool exchanges = store.isConstant(operands[0]) && !store.isConstant(operands[1]);
+    planNext(operands[exchanges ? 0 : 1]);
+    plan(operands[exchanges ? 1 : 0]);
+}
+
+/// Adds or subtracts `term` to what is on the stack.
+void Emitter::planTerm(NodeIndex term, bool isSubtracted) {
+    if (!isSubtracted && store.kind(term) == NodeKind::negation) {
+        planTerm(store.operandsOf(term)[0], /*isSubtracted=*/true);
+        return;
+    }
+    const ScaledNode scaled = asScaled(store, term);
+    if (scaled.node == noNode) {
+        planFactor(term,
+                   isSubtracted ? Forms{nlSub, nlSubV, nlSubI} : Forms{nlAdd, nlAddV, nlAddI});
+        return;
+    }
+    plan(nlMulIAdd, pool.entryOf(isSubtracted ? -scaled.factor : scaled.factor));
+    plan(scaled.node);
+}
+
+void Emitter::planFactor(NodeIndex factor, const Forms& forms) {
+    if (store.isVariable(factor)) {
+        plan(forms.withVariable, factor + 1);
+    } else if (store.isConstant(factor)) {
+        plan(forms.withConstant, pool.entryOf(store.valueOf(factor)));
+    } else {
+        plan(forms.onStack);
+        plan(factor);
+    }
+}
+
+void Emitter::planCall(NodeIndex node) {
+    const Function function = store.functionOf(node);
+    const auto code = static_cast<std::int32_t>(function);
+    const auto arguments = store.operandsOf(node);
+    if (isFoldable(function)) {
+        for (std::size_t k = arguments.size() - 1; k >= 1; --k) {
+            plan(nlCallArg2, code);
+            plan(arguments[k]);
+        }
+        plan(arguments[0]);
+        return;
+    }
+    if (arguments.size() == 1 || arguments.size() == 2) {
+        plan(arguments.size() == 1 ? nlCallArg1 : nlCallArg2, code);
+    } else {
+        plan(nlCallArgN, code);
+        plan(nlFuncArgN, static_cast<std::int32_t>(arguments.size()));
+    }
+    for (std::size_t k = arguments.size(); k-- > 0;) plan(arguments[k]);
+}
+
+}  // namespace norv

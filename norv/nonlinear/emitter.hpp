@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <unordered_map>
+#include <vector>
+
+#include "nonlinear/expression.hpp"
+#include "nonlinear/instruction_list.hpp"
+#include "nonlinear/opcodes.hpp"
+
+namespace norv {
+
+/// The entries of a model's constant pool, no value twice.
+class ConstantPool {
+public:
+    /// @param append  adds a constant to the model's pool and gives its entry, from 1.
+    explicit ConstantPool(std::function<std::int32_t(double)> append);
+
+    /// The entry that holds `value`, from 1. O(1).
+    std::int32_t entryOf(double value);
+
+private:
+    std::function<std::int32_t(double)> append;
+    std::unordered_map<std::uint64_t, std::int32_t> entries;  ///< by the value's bits; looked up
+};
+
+/// Writes expressions as instruction code, as compactly as the code allows.
+///
+/// A list begins with nlHeader and ends with nlStore, both with field 0; between them operands go
+/// from left to right. Constants and variables on the right are fields of their operation (nlAddV,
+/// nlMulI, …), so a leading constant of a sum or product gives way to the next operand. Terms
+/// constant * x of a sum become nlMulIAdd. Foldable functions of many arguments become calls with
+/// two. A node that is an operand of many is written out for each.
+class Emitter {
+public:
+    /// @param store, pool  outlive the emitter; nothing is added to the store meanwhile. O(nodes).
+    Emitter(const ExpressionStore& store, ConstantPool& pool);
+
+    /// An upper bound of the instructions that `root` needs, saturated at 2^32 - 1.
+    [[nodiscard]] std::uint32_t sizeBound(NodeIndex root) const {
+        return sizes[static_cast<std::size_t>(root)];
+    }
+
+    /// @param root  holds nothing foreign.
+    /// @return the list, its depth not set. O(sizeBound).
+    [[nodiscard]] InstructionList emit(NodeIndex root);
+
+private:
+    /// Something left to do: a node to write, or an instruction when there is no node.
+    struct Task {
+        NodeIndex node;
+        std::int32_t opcode;
+        std::int32_t field;
+    };
+    /// An operation's three forms.
+    struct Forms {
+        Opcode onStack, withVariable, withConstant;
+    };
+
+    void writeNode(NodeIndex node);
+    void planChain(std::span<const NodeIndex> operands, const Forms& forms);
+    void planTerm(NodeIndex term, bool isSubtracted);
+    void planFactor(NodeIndex factor, const Forms& forms);
+    void planCall(NodeIndex node);
+    void plan(NodeIndex node) { tasks.push_back({node, nlNoOp, 0}); }
+    void plan(Opcode opcode, std::int32_t field = 0) { tasks.push_back({noNode, opcode, field}); }
+
+    const ExpressionStore& store;
+    ConstantPool& pool;
+    std::vector<std::uint32_t> sizes;  ///< [nodes]
+    std::vector<Task> tasks;           ///< the next one last
+    InstructionList list;
+};
+
+}  // namespace norv

@@ -1,0 +1,191 @@
+#include "readers/nl_model.hpp"
+
+#include "hostapi/codes.hpp"
+#include "nonlinear/emitter.hpp"
+#include "readers/read_error.hpp"
+
+namespace norv {
+
+namespace {
+
+constexpr std::int64_t mostInstructions = 100'000'000;
+
+/// The linear terms of the rows, by row.
+class RowTerms {
+public:
+    explicit RowTerms(const NlInstance& instance) : starts(instance.rows.size() + 1, 0) {
+        for (const NlEntry& each : instance.entries) ++starts[static_cast<std::size_t>(each.row)];
+        std::size_t end = 0;
+        for (std::size_t& each : starts) each = end += each;
+        terms.resize(instance.entries.size());
+        // From the back, so that each start moves from its row's end to its beginning.
+        for (std::size_t k = instance.entries.size(); k-- > 0;) {
+            const NlEntry& entry = instance.entries[k];
+            terms[--starts[static_cast<std::size_t>(entry.row)]] = {entry.variable,
+                                                                    entry.coefficient};
+        }
+    }
+
+    [[nodiscard]] std::span<const LinearTerm> of(std::size_t row) const {
+        return std::span(terms).subspan(starts[row], starts[row + 1] - starts[row]);
+    }
+
+private:
+    std::vector<std::size_t> starts;
+    std::vector<LinearTerm> terms;
+};
+
+class ModelMaker {
+public:
+    ModelMaker(const NlInstance& source, ModelBuilder& target)
+        : instance(source),
+          builder(target),
+          pool([&target](double value) { return target.addPoolConstant(value); }),
+          emitter(source.expressions, pool),
+          lastUser(source.variables.size(), unused) {}
+
+    void make();
+
+private:
+    static constexpr std::int32_t unused = -2;
+
+    void addVariables();
+    void addRows();
+    void addLogicalRows();
+    void addObjective();
+    [[nodiscard]] std::optional<QuadraticForm> quadraticForm(NodeIndex expression,
+                                                             std::int32_t row);
+    void addQuadraticForm(std::int32_t row, const QuadraticForm& form);
+    void addTerms(std::int32_t row, std::span<const LinearTerm> terms);
+    void addInstructions(std::int32_t row, NodeIndex expression, std::span<const LinearTerm> terms);
+    void countInstructions(NodeIndex expression, std::int32_t row);
+
+    const NlInstance& instance;
+    ModelBuilder& builder;
+    ConstantPool pool;
+    Emitter emitter;
+    std::vector<std::int32_t> lastUser;  ///< by variable: the row whose list last named it
+    std::int64_t nbInstructions = 0;
+};
+
+void ModelMaker::make() {
+    addVariables();
+    addRows();
+    addLogicalRows();
+    addObjective();
+    builder.setWithNames(!instance.names.rows.empty() || !instance.names.variables.empty());
+}
+
+void ModelMaker::addVariables() {
+    for (std::size_t j = 0; j < instance.variables.size(); ++j) {
+        const NlVariable& variable = instance.variables[j];
+        const bool isInteger = instance.header.isInteger(static_cast<std::int32_t>(j));
+        const bool isBinary = isInteger && variable.lower >= 0.0 && variable.upper <= 1.0;
+        const std::int32_t type = isBinary    ? hostapi::variable_type::binary
+                                  : isInteger ? hostapi::variable_type::integer
+                                              : hostapi::variable_type::continuous;
+        const auto& names = instance.names.variables;
+        builder.addVariable(type, variable.lower, variable.upper, variable.level,
+                            j < names.size() ? names[j] : std::string());
+    }
+}
+
+void ModelMaker::addRows() {
+    const RowTerms rowTerms(instance);
+    const auto& names = instance.names.rows;
+    for (std::size_t i = 0; i < instance.rows.size(); ++i) {
+        const NlRow& row = instance.rows[i];
+        const auto index = static_cast<std::int32_t>(i);
+        const auto form = quadraticForm(row.expression, index);
+        const double constant = form ? form->constant : 0.0;
+        builder.addRangeRow(row.lower - constant, row.upper - constant,
+                            i < names.size() ? names[i] : std::string());
+        if (form) {
+            addQuadraticForm(index, *form);
+            addTerms(index, rowTerms.of(i));
+        } else {
+            addInstructions(index, row.expression, rowTerms.of(i));
+        }
+    }
+}
+
+void ModelMaker::addLogicalRows() {
+    const auto& names = instance.names.rows;
+    for (const NodeIndex expression : instance.logicalRows) {
+        const auto i = static_cast<std::size_t>(builder.nbRows());
+        const std::int32_t row = builder.addRow(hostapi::equation_type::logic, 1.0,
+                                                i < names.size() ? names[i] : std::string());
+        countInstructions(expression, row);
+        addInstructions(row, expression, {});
+    }
+}
+
+void ModelMaker::addObjective() {
+    if (instance.objectives.empty()) return;
+    const NlObjective& objective = instance.objectives.front();
+    builder.setSense(objective.maximise ? hostapi::objective_sense::maximise
+                                        : hostapi::objective_sense::minimise);
+    const auto form = quadraticForm(objective.expression, objectiveRow);
+    if (form) {
+        builder.setObjectiveConstant(form->constant);
+        addQuadraticForm(objectiveRow, *form);
+        addTerms(objectiveRow, objective.terms);
+    } else {
+        addInstructions(objectiveRow, objective.expression, objective.terms);
+    }
+}
+
+std::optional<QuadraticForm> ModelMaker::quadraticForm(NodeIndex expression, std::int32_t row) {
+    if (expression == noNode) return QuadraticForm();
+    countInstructions(expression, row);
+    return findQuadraticForm(instance.expressions, expression);
+}
+
+void ModelMaker::addQuadraticForm(std::int32_t row, const QuadraticForm& form) {
+    addTerms(row, form.linear);
+    for (const QuadraticTerm& each : form.quadratic)
+        builder.addQuadratic(row, each.first, each.second, each.coefficient);
+}
+
+void ModelMaker::addTerms(std::int32_t row, std::span<const LinearTerm> terms) {
+    for (const LinearTerm& each : terms)
+        builder.addCoefficient(row, each.variable, each.coefficient);
+}
+
+/// Linear terms of variables that the list names go into the list, the others beside it.
+void ModelMaker::addInstructions(std::int32_t row, NodeIndex expression,
+                                 std::span<const LinearTerm> terms) {
+    InstructionList list = emitter.emit(expression);
+    for (std::size_t k = 0; k < list.size(); ++k) {
+        if (takesVariable(list.opcodes[k]))
+            lastUser[static_cast<std::size_t>(list.fields[k] - 1)] = row;
+    }
+    for (const LinearTerm& each : terms) {
+        if (lastUser[static_cast<std::size_t>(each.variable)] != row) {
+            builder.addCoefficient(row, each.variable, each.coefficient);
+        } else if (each.coefficient != 0.0) {
+            const bool isUnit = std::fabs(each.coefficient) == 1.0;
+            appendLinearTerm(list, each.variable, each.coefficient,
+                             isUnit ? 0 : pool.entryOf(each.coefficient));
+        }
+    }
+    builder.setInstructions(row, list.opcodes, list.fields);
+}
+
+void ModelMaker::countInstructions(NodeIndex expression, std::int32_t row) {
+    nbInstructions += emitter.sizeBound(expression);
+    if (nbInstructions <= mostInstructions) return;
+    const std::string user = row == objectiveRow ? "the objective" : "row " + instance.rowName(row);
+    throw ReadError(instance.path + ": " + user +
+                    ": found common expressions that take more than " +
+                    std::to_string(mostInstructions) +
+                    " instructions when written out for each use, expected fewer");
+}
+
+}  // namespace
+
+void buildModel(const NlInstance& instance, ModelBuilder& builder) {
+    ModelMaker(instance, builder).make();
+}
+
+}  // namespace norv

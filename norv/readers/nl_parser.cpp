@@ -1,0 +1,272 @@
+#include "readers/nl_parser.hpp"
+
+#include <algorithm>
+#include <utility>
+
+#include "readers/nl_reader.hpp"
+#include "readers/read_error.hpp"
+
+namespace norv {
+
+std::string NlInstance::rowName(std::int32_t row) const {
+    const auto k = static_cast<std::size_t>(row);
+    const bool isNamed = k < names.rows.size() && !names.rows[k].empty();
+    return isNamed ? names.rows[k] : "e" + std::to_string(row + 1);
+}
+
+NlParser::NlParser(const InputText& file, NlNames names)
+    : input(file), expressions(input, instance.expressions) {
+    instance.path = file.path();
+    instance.names = std::move(names);
+}
+
+NlInstance NlParser::parse() {
+    instance.header = readNlHeader(input);
+    const NlHeader& header = instance.header;
+    instance.expressions = ExpressionStore(header.nbVariables);
+    instance.variables.resize(static_cast<std::size_t>(header.nbVariables));
+    instance.rows.resize(static_cast<std::size_t>(header.nbRows));
+    instance.logicalRows.resize(static_cast<std::size_t>(header.nbLogicalRows), noNode);
+    instance.objectives.resize(static_cast<std::size_t>(header.nbObjectives));
+    expressions.setCounts(header);
+    while (!input.atEnd()) {
+        const std::size_t place = input.offset();
+        constexpr const char* expected = "a segment: one of C L O V F S d x r b k K J G";
+        const char kind = input.letter(expected);
+        if (std::string_view("CLOVFSdxrbkKJG").find(kind) == std::string_view::npos)
+            input.refuseAt(place, quoted({&kind, 1}), expected);
+        readSegment(kind);
+    }
+    checkCounts();
+    if (header.nbObjectives > 1) {
+        instance.warnings.push_back(instance.path + ": found " +
+                                    std::to_string(header.nbObjectives) +
+                                    " objectives, the first one is taken");
+    }
+    return std::move(instance);
+}
+
+void NlParser::readSegment(char kind) {
+    switch (kind) {
+        case 'C':
+            return readRowExpression();
+        case 'L':
+            return readLogicalRow();
+        case 'O':
+            return readObjective();
+        case 'V':
+            return expressions.readDefinedVariable();
+        case 'F':
+            return expressions.readImportedFunction();
+        case 'S':
+            return readSuffix();
+        case 'd':
+        case 'x':
+            return readStartingPoint(/*isPrimal=*/kind == 'x');
+        case 'r':
+            return readRowBounds();
+        case 'b':
+            return readVariableBounds();
+        case 'k':
+        case 'K':
+            return readColumnCounts(/*areCumulative=*/kind == 'k');
+        case 'J':
+            return readRowEntries();
+        default:
+            return readGradient();
+    }
+}
+
+void NlParser::readRowExpression() {
+    const std::size_t place = input.offset();
+    const std::int32_t i =
+        input.integerWithin(0, instance.header.nbRows - 1, "the number of a row");
+    NodeIndex& expression = instance.rows[static_cast<std::size_t>(i)].expression;
+    if (expression != noNode) input.refuseAt(place, "a second segment C", "one for each row");
+    expression = expressions.read();
+    expressions.refuseForeign(expression, "row " + instance.rowName(i));
+}
+
+void NlParser::readLogicalRow() {
+    const std::size_t place = input.offset();
+    const std::int32_t i =
+        input.integerWithin(0, instance.header.nbLogicalRows - 1, "the number of a logical row");
+    NodeIndex& expression = instance.logicalRows[static_cast<std::size_t>(i)];
+    if (expression != noNode)
+        input.refuseAt(place, "a second segment L", "one for each logical row");
+    expression = instance.expressions.truth(expressions.read());
+    expressions.refuseForeign(expression,
+                              "logical row " + instance.rowName(instance.header.nbRows + i));
+}
+
+void NlParser::readObjective() {
+    const std::size_t place = input.offset();
+    const std::int32_t k =
+        input.integerWithin(0, instance.header.nbObjectives - 1, "the number of an objective");
+    NlObjective& objective = instance.objectives[static_cast<std::size_t>(k)];
+    if (objective.expression != noNode)
+        input.refuseAt(place, "a second segment O", "one for each objective");
+    objective.maximise = input.integerWithin(0, 1, "0 (minimise) or 1 (maximise)") == 1;
+    objective.expression = expressions.read();
+    if (k == 0) expressions.refuseForeign(objective.expression, "the objective");
+}
+
+/// Suffixes tell solvers more than the host has a place for.
+void NlParser::readSuffix() {
+    const std::int32_t flags = input.integerWithin(0, 15, "the kind of a suffix");
+    const std::int32_t nbValues = input.count(0, "a count of values");
+    input.word("the name of a suffix");
+    for (std::int32_t k = 0; k < nbValues; ++k) {
+        input.integer("the number of an item");
+        if ((flags & 4) != 0) {
+            input.number("a value");
+        } else {
+            input.integer("a value");
+        }
+    }
+}
+
+void NlParser::readStartingPoint(bool isPrimal) {
+    const NlHeader& header = instance.header;
+    const std::int32_t last = isPrimal ? header.nbVariables : header.nbRows + header.nbLogicalRows;
+    const std::int32_t nbValues = input.count(0, "a count of starting values");
+    for (std::int32_t k = 0; k < nbValues; ++k) {
+        const std::int32_t index = input.integerWithin(
+            0, last - 1, isPrimal ? "the number of a variable" : "the number of a row");
+        const double value = input.finiteNumber("a finite starting value");
+        if (isPrimal) instance.variables[static_cast<std::size_t>(index)].level = value;
+    }
+}
+
+void NlParser::readBounds(double& lower, double& upper, bool isRow) {
+    const std::size_t place = input.offset();
+    switch (input.letter("the kind of a bound, 0 to 4")) {
+        case '0':
+            lower = input.number("a lower bound");
+            upper = input.number("an upper bound");
+            break;
+        case '1':
+            upper = input.number("an upper bound");
+            break;
+        case '2':
+            lower = input.number("a lower bound");
+            break;
+        case '3':
+            break;
+        case '4':
+            lower = upper = input.finiteNumber("a finite value");
+            break;
+        default:
+            input.refuseAt(
+                place, "another kind of bound",
+                isRow ? "0 to 4; complementarity conditions are not supported" : "0 to 4");
+    }
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    if (lower == infinity || upper == -infinity)
+        input.refuseAt(place, "a bound that nothing can meet", "bounds that leave room");
+}
+
+void NlParser::readRowBounds() {
+    hasRowBounds = true;
+    std::int32_t nbRanges = 0;
+    std::int32_t nbEqualities = 0;
+    for (NlRow& row : instance.rows) {
+        readBounds(row.lower, row.upper, /*isRow=*/true);
+        if (row.lower == row.upper) {
+            ++nbEqualities;
+        } else if (std::isfinite(row.lower) && std::isfinite(row.upper)) {
+            ++nbRanges;
+        }
+    }
+    const NlHeader& header = instance.header;
+    if (nbRanges != header.nbRanges || nbEqualities != header.nbEqualities) {
+        instance.warnings.push_back(
+            instance.path + ": found " + std::to_string(nbRanges) + " ranges and " +
+            std::to_string(nbEqualities) + " equalities, the header announces " +
+            std::to_string(header.nbRanges) + " and " + std::to_string(header.nbEqualities));
+    }
+}
+
+void NlParser::readVariableBounds() {
+    hasVariableBounds = true;
+    for (NlVariable& variable : instance.variables)
+        readBounds(variable.lower, variable.upper, /*isRow=*/false);
+}
+
+void NlParser::readColumnCounts(bool areCumulative) {
+    const std::int32_t nbColumns = std::max(instance.header.nbVariables - 1, 0);
+    input.integerWithin(nbColumns, nbColumns, "the count of columns but the last,");
+    const std::int32_t nbEntries = instance.header.nbJacobianEntries;
+    columnCounts.assign(static_cast<std::size_t>(nbColumns), 0);
+    std::int32_t before = 0;
+    for (std::int32_t& each : columnCounts) {
+        const std::int32_t first = areCumulative ? before : 0;
+        const std::int32_t last = areCumulative ? nbEntries : nbEntries - before;
+        const std::int32_t value = input.integerWithin(first, last, "a count of entries");
+        each = areCumulative ? value - before : value;
+        before += each;
+    }
+}
+
+void NlParser::readRowEntries() {
+    const NlHeader& header = instance.header;
+    const std::int32_t row = input.integerWithin(0, header.nbRows - 1, "the number of a row");
+    const std::int32_t nbEntries = input.count(0, "a count of entries");
+    for (std::int32_t k = 0; k < nbEntries; ++k) {
+        const std::int32_t j =
+            input.integerWithin(0, header.nbVariables - 1, "the number of a variable");
+        instance.entries.push_back({row, j, input.finiteNumber("a finite coefficient")});
+    }
+}
+
+void NlParser::readGradient() {
+    const NlHeader& header = instance.header;
+    const std::int32_t objective =
+        input.integerWithin(0, header.nbObjectives - 1, "the number of an objective");
+    const std::int32_t nbEntries = input.count(0, "a count of entries");
+    auto& terms = instance.objectives[static_cast<std::size_t>(objective)].terms;
+    for (std::int32_t k = 0; k < nbEntries; ++k) {
+        const std::int32_t j =
+            input.integerWithin(0, header.nbVariables - 1, "the number of a variable");
+        terms.push_back({j, input.finiteNumber("a finite coefficient")});
+    }
+}
+
+/// What only the whole file can tell.
+void NlParser::checkCounts() {
+    const NlHeader& header = instance.header;
+    if (!hasRowBounds && header.nbRows > 0) input.refuse("a segment r, the bounds of the rows");
+    if (!hasVariableBounds && header.nbVariables > 0)
+        input.refuse("a segment b, the bounds of the variables");
+    for (const NodeIndex each : instance.logicalRows) {
+        if (each == noNode) input.refuse("a segment L for each logical row");
+    }
+    const std::size_t nbAnnounced = static_cast<std::size_t>(header.nbJacobianEntries);
+    if (instance.entries.size() != nbAnnounced) {
+        throw ReadError(instance.path + ": found " + std::to_string(instance.entries.size()) +
+                        " entries in segments J, expected " + std::to_string(nbAnnounced) +
+                        " as in the header");
+    }
+    std::vector<std::int32_t> counts = columnCounts;
+    for (const NlEntry& each : instance.entries) {
+        const auto j = static_cast<std::size_t>(each.variable);
+        if (j < counts.size()) --counts[j];
+    }
+    for (std::size_t j = 0; j < counts.size(); ++j) {
+        if (counts[j] == 0) continue;
+        throw ReadError(instance.path + ": found " + std::to_string(columnCounts[j] - counts[j]) +
+                        " entries of variable " + std::to_string(j) + " in segments J, expected " +
+                        std::to_string(columnCounts[j]) + " as in segment k");
+    }
+}
+
+bool looksLikeNl(std::string_view content) noexcept {
+    return content.size() >= 2 && (content[0] == 'g' || content[0] == 'b') && content[1] >= '0' &&
+           content[1] <= '9';
+}
+
+NlInstance readNl(const InputText& file, NlNames names) {
+    return NlParser(file, std::move(names)).parse();
+}
+
+}  // namespace norv

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "readers/nl_expressions.hpp"
+#include "readers/nl_input.hpp"
+#include "readers/nl_instance.hpp"
+
+namespace norv {
+
+/// Reads one .nl file into an instance. Used once.
+class NlParser {
+public:
+    NlParser(const InputText& file, NlNames names);
+
+    NlInstance parse();
+
+private:
+    void readSegment(char kind);
+    void readRowExpression();
+    void readLogicalRow();
+    void readObjective();
+    void readFunction();
+    void readSuffix();
+    void readRowBounds();
+    void readVariableBounds();
+    void readStartingPoint(bool isPrimal);
+    void readColumnCounts(bool areCumulative);
+    void readRowEntries();
+    void readGradient();
+    void readBounds(double& lower, double& upper, bool isRow);
+    void checkCounts();
+
+    NlInput input;
+    NlInstance instance;
+    NlExpressions expressions;
+    std::vector<std::int32_t> columnCounts;  ///< [nbVariables] entries announced; or empty
+    bool hasRowBounds = false;
+    bool hasVariableBounds = false;
+};
+
+}  // namespace norv
