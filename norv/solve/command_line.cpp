@@ -10,7 +10,7 @@ namespace {
 
 void describeSolve(CLI::App& app, CommandLine& line) {
     constexpr std::int32_t mostIterations = std::numeric_limits<std::int32_t>::max();
-    app.add_option("FILE", line.model, "Model to solve: .mps, plain or gzipped")->required();
+    app.add_option("FILE", line.model, "Model to solve: .mps or .nl, plain or gzipped")->required();
     app.add_option("SETTINGS", line.settings,
                    "Options of the link, as name=value; they override "
                    "the option file")

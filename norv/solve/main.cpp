@@ -13,6 +13,8 @@
 #include "norv/options.hpp"
 #include "readers/mps_model.hpp"
 #include "readers/mps_reader.hpp"
+#include "readers/nl_model.hpp"
+#include "readers/nl_reader.hpp"
 #include "readers/read_error.hpp"
 #include "solve/command_line.hpp"
 #include "solve/failure.hpp"
@@ -49,12 +51,21 @@ void setUp(Environment& environment, const CommandLine& line, std::ostream& log,
     environment.setThreads(line.threads);
 }
 
+template <class Instance>
+void build(const Instance& instance, ModelBuilder& builder, std::ostream& log) {
+    for (const std::string& warning : instance.warnings) log << "Warning: " << warning << '\n';
+    buildModel(instance, builder);
+}
+
+/// The format is seen from the content: no .mps file begins with a "g" or "b" and a digit.
 Model readModel(const std::string& path, const Environment& environment, std::ostream& log) {
     ModelBuilder builder;
     const InputText text = InputText::fromFile(path);
-    const MpsInstance instance = readMps(text);
-    for (const std::string& warning : instance.warnings) log << "Warning: " << warning << '\n';
-    buildModel(instance, builder);
+    if (looksLikeNl(text.text())) {
+        build(readNl(text, readNlNames(path)), builder, log);
+    } else {
+        build(readMps(text), builder, log);
+    }
     Model model = builder.finish(environment);
     log << path << ": " << model.nbRows() << " rows, " << model.nbVariables() << " columns ("
         << model.nbDiscrete() << " discrete), " << model.nbCoefficients() << " coefficients\n";
