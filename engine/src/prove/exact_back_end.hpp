@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string_view>
+#include <vector>
+
+#include "prove/linear_model.hpp"
+
+namespace engine {
+
+/// What an exact back end is asked: minimise cost over the columns and rows of `model`, with other
+/// bounds maybe.
+struct ExactProblem {
+    const LinearModel& model;
+    std::vector<double> cost;      ///< [nbColumns]
+    std::vector<double> lower;     ///< [nbColumns] -infinity allowed
+    std::vector<double> upper;     ///< [nbColumns] infinity allowed
+    std::vector<double> rowLower;  ///< [nbRows]
+    std::vector<double> rowUpper;  ///< [nbRows]
+};
+
+struct ExactSettings {
+    std::int64_t budget;                 ///< nodes and pivots together, 0 or more
+    int seed;                            ///< 0 or more
+    std::function<bool()> shouldStop;    ///< asked some fifty times a second where possible
+    double feasibilityTolerance = 1e-7;  ///< absolute, of rows and bounds
+};
+
+struct ExactAnswer {
+    /// Open: stopped, out of budget, or the solver gave no clear answer.
+    enum class Status { Optimal, Infeasible, Unbounded, Open };
+    Status status = Status::Open;
+    double bound = 0.0;          ///< Optimal: the proved minimum
+    std::vector<double> levels;  ///< [nbColumns] best point within the tolerances, or empty
+    std::vector<double> farkas;  ///< [nbRows] multipliers that show infeasibility, or empty
+    std::int64_t effort = 0;     ///< nodes and pivots
+};
+
+/// Name and version for the information text; empty in a build without a back end.
+std::string_view exactBackEndName();
+
+/// What the back end can prove; false for all in a build without.
+struct ExactAbilities {
+    bool linear;
+    bool integer;
+};
+ExactAbilities exactBackEndAbilities();
+
+/// Solves in the calling thread, silently; leaves no global state and no signal handler behind.
+/// Deterministic but for `shouldStop`; an exception of shouldStop ends the solve and passes
+/// through. In a build without a back end: Open.
+ExactAnswer solveExactly(const ExactProblem& problem, const ExactSettings& settings);
+
+}  // namespace engine

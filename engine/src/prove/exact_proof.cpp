@@ -1,0 +1,248 @@
+#include "prove/exact_proof.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+#include "prove/exact_back_end.hpp"
+#include "prove/exhaustion.hpp"
+#include "prove/farkas.hpp"
+#include "prove/linear_view.hpp"
+
+namespace engine {
+namespace {
+
+/// Objectives this near are the same: absolute, relative above 1.
+constexpr double optimalityTolerance = 1e-9;
+/// Bounds from here on stand for none.
+constexpr double largestBound = 1e10;
+/// For points that the judge refused.
+constexpr double tightTolerance = 1e-9;
+
+using Status = ExactAnswer::Status;
+using Outcome = Preparation::Outcome;
+
+class ExactProver {
+public:
+    ExactProver(const ClosedModel& model, const Propagator& propagator, const Point& start,
+                ProvedIncumbent& incumbent, const ProveLimits& limits, LinearModel linear)
+        : model_(model),
+          propagator_(propagator),
+          start_(start),
+          incumbent_(incumbent),
+          limits_(limits),
+          linear_(std::move(linear)) {
+        // Bounds that propagation derived for continuous columns carry the judge's tolerance; the
+        // rows say the same without it.
+        for (std::size_t j = 0; j < linear_.nbColumns(); ++j) {
+            const DecisionIndex d = linear_.decision[j];
+            if (d < 0 || linear_.isInteger[j] != 0) continue;
+            linear_.lower[j] = model.domain[static_cast<std::size_t>(d)].lower;
+            linear_.upper[j] = model.domain[static_cast<std::size_t>(d)].upper;
+        }
+    }
+
+    ExactProof run();
+
+private:
+    [[nodiscard]] ExactProblem problemFor(const LinearForm& cost, double sign) const;
+    ExactAnswer solve(const ExactProblem& problem, double tolerance);
+    ExactAnswer solveWithoutLargeBounds(const ExactProblem& problem);
+    bool proveObjective(const LinearForm& form, bool maximise);
+    void proveInconsistency(const ExactAnswer& answer);
+    bool isProved(const LinearForm& form, double sign, std::size_t position, double bound) const;
+    void offer(const std::vector<double>& levels);
+    void offerSolvedAgain(ExactProblem problem, const std::vector<double>& levels);
+    [[nodiscard]] bool isInsideBox(const std::vector<double>& levels) const;
+    void fixObjective(const LinearForm& form, double sign, std::size_t position);
+    [[nodiscard]] bool hasIntegers() const {
+        return std::find(linear_.isInteger.begin(), linear_.isInteger.end(), 1) !=
+               linear_.isInteger.end();
+    }
+
+    const ClosedModel& model_;
+    const Propagator& propagator_;
+    const Point& start_;
+    ProvedIncumbent& incumbent_;
+    const ProveLimits& limits_;
+    LinearModel linear_;
+    std::size_t nbProved_ = 0;  ///< objectives
+    ExactProof result_;
+};
+
+ExactProblem ExactProver::problemFor(const LinearForm& cost, double sign) const {
+    ExactProblem problem{linear_,          std::vector<double>(linear_.nbColumns(), 0.0),
+                         linear_.lower,    linear_.upper,
+                         linear_.rowLower, linear_.rowUpper};
+    for (std::size_t k = 0; k < cost.column.size(); ++k) {
+        problem.cost[static_cast<std::size_t>(cost.column[k])] = sign * cost.coefficient[k];
+    }
+    return problem;
+}
+
+ExactAnswer ExactProver::solve(const ExactProblem& problem, double tolerance) {
+    const ExactSettings settings{std::max<std::int64_t>(0, limits_.iterations - result_.effort),
+                                 limits_.seed, limits_.shouldStop, tolerance};
+    ExactAnswer answer = solveExactly(problem, settings);
+    result_.effort += answer.effort;
+    return answer;
+}
+
+bool ExactProver::isInsideBox(const std::vector<double>& levels) const {
+    for (std::size_t j = 0; j < levels.size(); ++j) {
+        const double slack = 1e-6 * std::max(1.0, std::fabs(levels[j]));
+        if (levels[j] < linear_.lower[j] - slack || levels[j] > linear_.upper[j] + slack) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Bounds that stand for none would spoil the scaling: they count only when it cannot be helped.
+ExactAnswer ExactProver::solveWithoutLargeBounds(const ExactProblem& problem) {
+    constexpr double usual = 1e-7;
+    ExactProblem open = problem;
+    bool opened = false;
+    for (std::size_t j = 0; j < linear_.nbColumns(); ++j) {
+        if (open.lower[j] <= -largestBound) open.lower[j] = -infinity;
+        if (open.upper[j] >= largestBound) open.upper[j] = infinity;
+        opened = opened || open.lower[j] != problem.lower[j] || open.upper[j] != problem.upper[j];
+    }
+    ExactAnswer answer = solve(open, usual);
+    const bool isUseful = answer.status == Status::Infeasible ||
+                          (answer.status == Status::Optimal && isInsideBox(answer.levels));
+    if (isUseful || !opened || limits_.shouldStop()) return answer;
+    return solve(problem, usual);
+}
+
+void ExactProver::offer(const std::vector<double>& levels) {
+    if (levels.empty()) return;
+    Point point = start_;
+    for (std::size_t j = 0; j < linear_.nbColumns(); ++j) {
+        const DecisionIndex d = linear_.decision[j];
+        if (d < 0) continue;
+        const double level = linear_.isInteger[j] != 0 ? std::round(levels[j]) : levels[j];
+        const double inside = std::clamp(level, linear_.lower[j], linear_.upper[j]);
+        point[static_cast<std::size_t>(d)] = valueFor(model_, d, inside);
+    }
+    incumbent_.offer(point);
+}
+
+/// The integers fixed at their rounded levels, the rest solved once more with a tight tolerance.
+void ExactProver::offerSolvedAgain(ExactProblem problem, const std::vector<double>& levels) {
+    for (std::size_t j = 0; j < linear_.nbColumns(); ++j) {
+        if (linear_.isInteger[j] == 0) continue;
+        const double level = std::clamp(std::round(levels[j]), linear_.lower[j], linear_.upper[j]);
+        problem.lower[j] = level;
+        problem.upper[j] = level;
+    }
+    offer(solve(problem, tightTolerance).levels);
+}
+
+/// Whether the incumbent's objective cannot be told from the proved bound.
+bool ExactProver::isProved(const LinearForm& form, double sign, std::size_t position,
+                           double bound) const {
+    if (!incumbent_.hasPoint()) return false;
+    if (position >= model_.objective.size()) return true;
+    const double value =
+        sign * (incumbent_.verdict().objectives[position].asDouble() - form.constant);
+    const double gap = value - bound;
+    if (gap <= optimalityTolerance * std::max(1.0, std::fabs(bound + sign * form.constant))) {
+        return true;
+    }
+    // Whole coefficients on integer columns: values are whole, and none lies strictly between.
+    for (std::size_t k = 0; k < form.column.size(); ++k) {
+        const double c = form.coefficient[k];
+        if (linear_.isInteger[static_cast<std::size_t>(form.column[k])] == 0 || c != std::rint(c)) {
+            return false;
+        }
+    }
+    return gap < 1.0 - 1e-6 && std::fabs(value) < largestBound;
+}
+
+void ExactProver::proveInconsistency(const ExactAnswer& answer) {
+    if (provesInfeasibility(linear_, answer.farkas)) {
+        result_.outcome = Outcome::Inconsistent;
+        result_.proof = "a combination of the constraints that no point within the bounds meets";
+        return;
+    }
+    ExactProblem relaxed = problemFor({}, 1.0);
+    for (std::size_t i = 0; i < linear_.nbRows(); ++i) {
+        relaxed.rowLower[i] -= linear_.tolerance[i];
+        relaxed.rowUpper[i] += linear_.tolerance[i];
+    }
+    const ExactAnswer again = solve(relaxed, 1e-7);
+    offer(again.levels);
+    if (again.status != Status::Infeasible || incumbent_.hasPoint()) return;
+    // Multipliers that fail the check are no proof; a tree searched to its end has none to show.
+    if (!again.farkas.empty() ? !provesInfeasibility(linear_, again.farkas) : !hasIntegers()) {
+        return;
+    }
+    result_.outcome = Outcome::Inconsistent;
+    result_.proof = "no feasible point in the whole branch-and-cut tree";
+}
+
+/// @return false: nothing more can be proved.
+bool ExactProver::proveObjective(const LinearForm& form, bool maximise) {
+    const double sign = maximise ? -1.0 : 1.0;
+    const ExactProblem problem = problemFor(form, sign);
+    const ExactAnswer answer = solveWithoutLargeBounds(problem);
+    if (answer.status == Status::Infeasible) {
+        if (nbProved_ == 0) proveInconsistency(answer);
+        return false;
+    }
+    if (answer.levels.empty()) return false;
+    const bool isOptimal = answer.status == Status::Optimal;
+    offer(answer.levels);
+    if (!incumbent_.hasPoint() || (isOptimal && !isProved(form, sign, nbProved_, answer.bound))) {
+        offerSolvedAgain(problem, answer.levels);
+    }
+    if (!isOptimal || !isProved(form, sign, nbProved_, answer.bound)) return false;
+    fixObjective(form, sign, nbProved_);
+    ++nbProved_;
+    return true;
+}
+
+/// The next objective looks only at points that are as good in this one.
+void ExactProver::fixObjective(const LinearForm& form, double sign, std::size_t position) {
+    if (position + 1 >= model_.objective.size()) return;
+    const double value = incumbent_.verdict().objectives[position].asDouble() - form.constant;
+    linear_.column.insert(linear_.column.end(), form.column.begin(), form.column.end());
+    linear_.coefficient.insert(linear_.coefficient.end(), form.coefficient.begin(),
+                               form.coefficient.end());
+    linear_.rowStart.push_back(static_cast<std::int32_t>(linear_.column.size()));
+    linear_.rowLower.push_back(sign > 0.0 ? -infinity : value);
+    linear_.rowUpper.push_back(sign > 0.0 ? value : infinity);
+    linear_.tolerance.push_back(0.0);
+}
+
+ExactProof ExactProver::run() {
+    if (linear_.objective.empty()) {
+        if (proveObjective({}, /*maximise=*/false)) result_.outcome = Outcome::Optimal;
+    } else {
+        const std::vector<LinearObjective> objectives = linear_.objective;
+        const bool allProved = std::all_of(
+            objectives.begin(), objectives.end(),
+            [this](const LinearObjective& o) { return proveObjective(o.form, o.maximise); });
+        if (allProved) result_.outcome = Outcome::Optimal;
+    }
+    if (result_.outcome == Outcome::Optimal) {
+        result_.proof = std::string(hasIntegers() ? "branch and cut" : "simplex") + " (" +
+                        std::string(exactBackEndName()) + ")";
+    }
+    return std::move(result_);
+}
+
+}  // namespace
+
+ExactProof proveExactly(const ClosedModel& model, const Propagator& propagator, const Point& start,
+                        ProvedIncumbent& incumbent, const ProveLimits& limits) {
+    if (!exactBackEndAbilities().linear || limits.iterations <= 0) return {};
+    std::vector<Value> values;
+    judge(model, start, values);
+    std::optional<LinearModel> linear = linearViewOf(model, propagator, values);
+    if (!linear) return {};
+    return ExactProver(model, propagator, start, incumbent, limits, *std::move(linear)).run();
+}
+
+}  // namespace engine

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <span>
+
+#include "prove/linear_model.hpp"
+
+namespace engine {
+
+/// Whether the row multipliers prove that no point of the model's box satisfies its rows, each
+/// relaxed by its tolerance: the combined row would have to pass the largest value that the box
+/// allows it (Farkas 1902). Computed in outward-rounded arithmetic, so true is a proof whatever
+/// solver the multipliers came from, and with either sign.
+///
+/// @param multipliers  [nbRows]. O(entries).
+bool provesInfeasibility(const LinearModel& model, std::span<const double> multipliers);
+
+}  // namespace engine
