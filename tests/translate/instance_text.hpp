@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string_view>
+
+#include "norv/environment.hpp"
+#include "norv/model.hpp"
+
+/// Instances as text, for tables of cases.
+///
+/// Statements end with ';'. Variables are numbered as they are met first, rows as they are written.
+///   cont | bin | int | semicont | semiint | sos1 | sos2  NAME [in LOWER UPPER]   declares
+///   min | max  FUNCTION                       the objective; constants in it become its constant
+///   NAME : FUNCTION RELATION NUMBER           a row; RELATION: = >= <= =free= =ext= =cone= =logic=
+///   names off                                 the instance carries no names
+///   square                                    a square system
+/// A FUNCTION is a list of terms, each with its sign: 3 x, - y, 2 x * y, x * x, 4, and curved(x),
+/// an instruction list that pushes the variable. "0" alone is the function without terms.
+/// Numbers may be inf or -inf; undeclared variables are continuous on [-100, 100].
+/// Words are separated by blanks.
+
+/// @throws std::invalid_argument with the word that cannot be read.
+norv::Model readInstance(std::string_view text, const norv::Environment& environment);
