@@ -163,7 +163,7 @@ TEST(SolveDriver, TurnsEveryErrorOfTheOptimizerIntoStatuses) {
     for (const int code : {LS_ERROR_CALLER, LS_ERROR_INTERNAL}) {
         std::int64_t failing = 1;
         for (bool hit = true; hit; ++failing) {
-            LinkFixture fixture("cont x in 0 9 ; max x ; c1 : x <= 4", {"dumpmodel " + dump.path});
+            LinkFixture fixture("cont x in 4 4 ; max x ; c1 : x <= 4", {"dumpmodel " + dump.path});
             fixture.environment.setIterationLimit(10);
             fixture.environment.setTimeLimit(1);
             recording::reset();
