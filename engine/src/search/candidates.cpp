@@ -13,9 +13,12 @@ constexpr std::size_t workLimit = 20000;
 }  // namespace
 
 std::optional<LocalSearch::Candidate> LocalSearch::drawCandidates(const Wish& wish) {
-    constexpr int nbDraws = 16;
+    constexpr std::size_t manyDraws = 16;
+    constexpr std::size_t fewDraws = 3;
+    const std::size_t nbDraws =
+        random_.chance(strategy_.noiseShare) ? 1 + random_.below(fewDraws) : manyDraws;
     std::optional<Candidate> best;
-    for (int n = 0; n < nbDraws && work_ < workLimit; ++n) {
+    for (std::size_t n = 0; n < nbDraws && work_ < workLimit; ++n) {
         const auto move = walk_.propose(wish.expression, wish.goal);
         if (!move) continue;
         tryCandidate(*move, best);

@@ -4,25 +4,53 @@
 #include "search/local_search.hpp"
 
 namespace engine {
+namespace {
+
+constexpr double largestWeight = 1e9;
+
+}  // namespace
 
 void LocalSearch::raiseWeights() {
     constexpr std::size_t most = 100;
     constexpr std::int64_t longInfeasible = 100;
+    const auto grown = [this](double weight) { return weight * strategy_.weightGrowth + 1.0; };
     ViolationLedger& ledger = evaluator_.ledger();
     const auto& violated = ledger.violated();
+    double largest = 0.0;
     if (violated.empty()) {
-        cut_.setWeight(cut_.weight() + 1.0);
-        return;
+        cut_.setWeight(grown(cut_.weight()));
+        largest = cut_.weight();
     }
     for (std::size_t n = 0; n < violated.size() && n < most; ++n) {
         const std::size_t i =
             violated.size() <= most ? violated[n] : violated[random_.below(violated.size())];
-        ledger.setWeight(i, ledger.weightOf(i) + 1.0);
+        ledger.setWeight(i, grown(ledger.weightOf(i)));
+        largest = std::fmax(largest, ledger.weightOf(i));
     }
     if (sinceFeasible_ > longInfeasible) {
         constexpr double decay = 0.98;
         cut_.setWeight(cut_.weight() * decay);
     }
+    if (largest > largestWeight) rescaleWeights();
+}
+
+void LocalSearch::rescaleWeights() {
+    const auto reduced = [](double weight) {
+        return std::fmax(weight / largestWeight, 1.0 / largestWeight);
+    };
+    ViolationLedger& ledger = evaluator_.ledger();
+    for (std::size_t i = 0; i < ledger.nbEntries(); ++i) {
+        ledger.setWeight(i, reduced(ledger.weightOf(i)));
+    }
+    ledger.refresh();
+    cut_.setWeight(reduced(cut_.weight()));
+}
+
+void LocalSearch::chooseStrategy() {
+    strategy_.weightGrowth = random_.chance(0.5) ? 1.0 : 1.1;
+    strategy_.noiseShare = random_.chance(0.5) ? 0.0 : 0.2;
+    const double lossPerLevel = random_.chance(0.5) ? 0.0 : 0.01;
+    strategy_.lossShare = lossPerLevel * settings_.annealingLevel;
 }
 
 void LocalSearch::resetWeights() {
@@ -39,6 +67,7 @@ void LocalSearch::restart() {
     resetWeights();
     cut_.activateNextLevel();
     cut_.setAmbition(std::pow(10.0, -1.0 - 5.0 * random_.unit()));
+    chooseStrategy();
     shake();
     sinceProgress_ = 0;
     sinceFeasible_ = 0;

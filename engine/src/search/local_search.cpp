@@ -7,6 +7,10 @@
 namespace engine {
 namespace {
 
+/// A continuous descent computes the whole model at each step; spread so, it costs about as much
+/// as the iterations in between.
+constexpr std::int64_t operandsPerIteration = 2000;
+
 double initialStep(const Interval& domain) {
     return std::fmin(1.0, 0.1 * (domain.upper - domain.lower));
 }
@@ -23,6 +27,8 @@ LocalSearch::LocalSearch(const ClosedModel& model, std::vector<Interval> domain,
       walk_(evaluator_, domain_, random_),
       cut_(evaluator_),
       best_(model),
+      descent_(evaluator_.plan(), domain_),
+      descentPeriod_(1 + static_cast<std::int64_t>(model.operand.size()) / operandsPerIteration),
       tabuUntil_(domain_.size(), 0) {
     stepSize_.reserve(domain_.size());
     for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
@@ -72,7 +78,9 @@ void LocalSearch::run(std::int64_t nbIterations, const std::atomic<bool>& stop) 
     for (std::int64_t n = 0; n < nbIterations && !stop.load(std::memory_order_relaxed); ++n) {
         ++statistics_.iterations;
         work_ = 0;
-        if (!movable_.empty()) iterate();
+        if (movable_.empty()) continue;
+        iterate();
+        if (descent_.isUseful()) descend();
     }
     if (!best_.confirm()) moveTo(best_.incumbent().point);
 }
@@ -80,7 +88,7 @@ void LocalSearch::run(std::int64_t nbIterations, const std::atomic<bool>& stop) 
 void LocalSearch::iterate() {
     constexpr std::int64_t iterationsPerDecision = 20;
     const std::int64_t patience =
-        2000 + iterationsPerDecision * static_cast<std::int64_t>(movable_.size());
+        500 + iterationsPerDecision * static_cast<std::int64_t>(movable_.size());
     if (++sinceProgress_ > patience) restart();
     sinceFeasible_ = evaluator_.ledger().violated().empty() ? 0 : sinceFeasible_ + 1;
 
@@ -98,6 +106,11 @@ void LocalSearch::iterate() {
         return;
     }
     raiseWeights();
+    // Weights alone may swing between two points for long: now and then a loss is taken at once.
+    if (best && random_.chance(strategy_.lossShare)) {
+        apply(best->move);
+        accept();
+    }
 }
 
 std::optional<LocalSearch::Wish> LocalSearch::makeWish() {
@@ -136,8 +149,9 @@ bool LocalSearch::accepts(double before, double after) {
 }
 
 void LocalSearch::accept() {
-    constexpr std::size_t shortestTenure = 3;
-    constexpr std::size_t tenureSpread = 10;
+    // Few decisions must not all be tabu at once.
+    const std::size_t shortestTenure = std::min<std::size_t>(3, movable_.size() / 4);
+    const std::size_t tenureSpread = std::min<std::size_t>(10, 1 + movable_.size() / 3);
     ++statistics_.accepted;
     for (const DecisionIndex d : moved_) {
         best_.noteMoved(d);
@@ -147,10 +161,46 @@ void LocalSearch::accept() {
     }
     moved_.clear();
     evaluator_.commit();
-    if (!best_.claim(evaluator_)) return;
+    claim();
+}
+
+bool LocalSearch::claim() {
+    if (!best_.claim(evaluator_)) return false;
     ++statistics_.improving;
     sinceProgress_ = 0;
     if (best_.claimed().verdict.feasible) cut_.setBest(best_.claimed().verdict.objectives);
+    return true;
+}
+
+void LocalSearch::descend() {
+    constexpr std::int64_t shortestPause = 500;
+    if (!descent_.isRunning()) {
+        if (statistics_.iterations < nextDescent_) return;
+        descent_.start(evaluator_, cut_.activeObjective());
+        descentStart_ = statistics_.iterations;
+    } else if (statistics_.iterations % descentPeriod_ == 0 && descent_.advance()) {
+        visit(descent_.point());
+    }
+    if (!descent_.isRunning()) {
+        const std::int64_t duration = statistics_.iterations - descentStart_;
+        nextDescent_ = statistics_.iterations + std::max(shortestPause, duration);
+    }
+}
+
+void LocalSearch::visit(const Point& point) {
+    const double before = score();
+    const Evaluator::Mark mark = evaluator_.mark();
+    for (DecisionIndex d = 0; d < model_.nbDecisions(); ++d) {
+        evaluator_.set(d, point[static_cast<std::size_t>(d)]);
+        best_.noteMoved(d);
+    }
+    evaluator_.propagate();
+    const bool isBetter = score() < before;
+    if (claim() || isBetter) {
+        evaluator_.commit();
+        return;
+    }
+    evaluator_.undoTo(mark);
 }
 
 }  // namespace engine

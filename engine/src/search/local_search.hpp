@@ -7,6 +7,7 @@
 
 #include "evaluate/evaluator.hpp"
 #include "search/best_point.hpp"
+#include "search/continuous_descent.hpp"
 #include "search/inverse.hpp"
 #include "search/objective_cut.hpp"
 #include "search/random.hpp"
@@ -27,7 +28,9 @@ namespace engine {
 /// is what carries the search along equations; a chain that overshoots is shortened to the first
 /// inequality in its way. If that fails, too, the weights of what is violated grow (Morris, "The
 /// breakout method", AAAI 1993), and after a long time without progress the search restarts from
-/// the best point, shaken.
+/// the best point, shaken, with another strategy (Selman, Kautz and Cohen, "Noise strategies for
+/// improving local search", AAAI 1994, for one of its ingredients). Beside the iterations a
+/// ContinuousDescent moves all floats together.
 class LocalSearch {
 public:
     LocalSearch(const ClosedModel& model, std::vector<Interval> domain, SearchSettings settings);
@@ -51,12 +54,25 @@ private:
         double score;
     };
 
+    /// What differs between two restarts: no one way is good on every model.
+    struct Strategy {
+        double weightGrowth;  ///< factor by which weights grow at local minima, beside adding 1
+        double noiseShare;    ///< of iterations that draw few candidates
+        double lossShare;     ///< of local minima at which the best candidate is taken at a loss
+    };
+
     // The iteration's steps (local_search.cpp).
     void iterate();
     [[nodiscard]] double score() const { return evaluator_.ledger().weighted() + cut_.weighted(); }
     std::optional<Wish> makeWish();
     void apply(const DecisionMove& move);
     void accept();
+    /// Claims the point as the best if it is. @return whether it is.
+    bool claim();
+    /// Advances the continuous descent that runs beside the iterations, or starts one.
+    void descend();
+    /// Goes to `point` if it is the best or scores better than the current one.
+    void visit(const Point& point);
     [[nodiscard]] bool accepts(double before, double after);
     /// Puts the evaluator to `point`, moved into the domain.
     void moveTo(const Point& point);
@@ -81,6 +97,9 @@ private:
 
     // Escapes (escape.cpp).
     void raiseWeights();
+    /// Divides all weights when one has grown too large.
+    void rescaleWeights();
+    void chooseStrategy();
     void restart();
     void resetWeights();
     void shake();
@@ -94,7 +113,12 @@ private:
     InverseWalk walk_;
     ObjectiveCut cut_;
     BestPoint best_;
+    ContinuousDescent descent_;
+    std::int64_t descentPeriod_;  ///< iterations between two of its steps
+    std::int64_t descentStart_ = 0;
+    std::int64_t nextDescent_ = 50;
     SearchStatistics statistics_;
+    Strategy strategy_{1.0, 0.1, 0.0};
 
     std::vector<DecisionIndex> movable_;   ///< decisions with more than one value
     std::vector<std::int64_t> tabuUntil_;  ///< [nbDecisions] iteration

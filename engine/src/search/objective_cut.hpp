@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "evaluate/evaluator.hpp"
@@ -22,6 +23,10 @@ public:
     [[nodiscard]] bool isActive() const { return hasBest_ && !best_.empty(); }
     /// Next objective in turn, the first after the last.
     void activateNextLevel();
+    /// The objective whose turn it is, if the model has any.
+    [[nodiscard]] std::optional<Objective> activeObjective() const {
+        return objective_.empty() ? std::nullopt : std::optional(objective_[level_]);
+    }
     /// How much better the active objective shall become, relative to its size.
     void setAmbition(double relative) { ambition_ = relative; }
 
