@@ -22,7 +22,8 @@ std::int32_t Instance::orderOf(std::int32_t row) const noexcept {
                                         : hostapi::function_order::linear;
 }
 
-Evaluation Instance::evaluate(std::int32_t row, std::span<const double> point) const {
+Evaluation Instance::evaluate(std::int32_t row, std::span<const double> levels) const {
+    const Point point(levels);
     Evaluation result;
     for (std::int64_t k = entries.starts[row]; k < entries.starts[row + 1]; ++k) {
         if (!entries.isNonlinear(k))
@@ -33,7 +34,7 @@ Evaluation Instance::evaluate(std::int32_t row, std::span<const double> point) c
             quadratic.values[k] * point[quadratic.first[k]] * point[quadratic.second[k]];
     }
     if (const InstructionList* list = listOf(row)) {
-        const Quantity part = evaluator.evaluate(*list, pool, point);
+        const Quantity part = evaluator.evaluate(*list, pool, levels);
         result.value += part.value;
         result.nbErrors += part.nbErrors;
     }

@@ -1,12 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "hostapi/codes.hpp"
+#include "model/array.hpp"
 #include "model/name_table.hpp"
 #include "model/sparse.hpp"
 #include "nonlinear/evaluator.hpp"
@@ -15,14 +14,14 @@
 namespace norv {
 
 struct Variables {
-    std::vector<std::int32_t> types;
-    std::vector<double> lower;
-    std::vector<double> upper;
+    Array<std::int32_t> types;
+    Array<double> lower;
+    Array<double> upper;
 };
 
 struct Rows {
-    std::vector<std::int32_t> types;
-    std::vector<double> rightHandSides;
+    Array<std::int32_t> types;
+    Array<double> rightHandSides;
 };
 
 /// A model instance, read-only once it is built. Indices count from 0; the objective is row
@@ -38,9 +37,9 @@ struct Instance {
     SparseColumns columns;    ///< without the objective
     QuadraticRows quadratic;  ///< with the objective
 
-    std::vector<InstructionList> lists;
-    std::vector<std::int32_t> listOfRow;  ///< [nbRows + 1] position in `lists` or -1; or empty
-    std::vector<double> pool;
+    Array<InstructionList> lists;
+    Array<std::int32_t> listOfRow;  ///< [nbRows + 1] position in `lists` or -1; or empty
+    Array<double> pool;
 
     std::int32_t sense = hostapi::objective_sense::minimise;
     double objectiveConstant = 0.0;

@@ -8,7 +8,6 @@
 #include <stdexcept>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "model/model_record.hpp"
 
@@ -44,9 +43,9 @@ void checkType(std::int32_t type, std::int32_t last, const char* what) {
 
 struct ModelBuilder::Draft {
     Instance instance;
-    std::vector<double> levels;
+    Array<double> levels;
     EntryList entries;                              ///< rows from `objectiveRow` on
-    std::vector<QuadraticEntry> quadratic;          ///< likewise
+    Array<QuadraticEntry> quadratic;                ///< likewise
     std::map<std::int32_t, InstructionList> lists;  ///< by row, likewise
     std::map<std::int32_t, double> rangeUppers;     ///< row to the bound that its twin gets
 
@@ -70,7 +69,7 @@ struct ModelBuilder::Draft {
     }
 
     void appendTwins();
-    void copyIntoTwins(const std::vector<std::int32_t>& twinOf);
+    void copyIntoTwins(const Array<std::int32_t>& twinOf);
     void compressEntries();
     void installLists();
 };
@@ -81,7 +80,7 @@ void ModelBuilder::Draft::appendTwins() {
     const std::int32_t nbBefore = instance.nbRows();
     std::set<std::string> names;
     for (std::int32_t i = 0; i < nbBefore; ++i) names.insert(instance.rowNames.nameOf(i));
-    std::vector<std::int32_t> twinOf(static_cast<std::size_t>(nbBefore), -1);
+    Array<std::int32_t> twinOf(static_cast<std::size_t>(nbBefore), -1);
     for (const auto& [row, upper] : rangeUppers) {
         std::string ending = "_up";
         const auto twinName = [&, i = row] {
@@ -94,7 +93,7 @@ void ModelBuilder::Draft::appendTwins() {
     copyIntoTwins(twinOf);
 }
 
-void ModelBuilder::Draft::copyIntoTwins(const std::vector<std::int32_t>& twinOf) {
+void ModelBuilder::Draft::copyIntoTwins(const Array<std::int32_t>& twinOf) {
     const auto twinAt = [&twinOf](std::int32_t row) { return row < 0 ? -1 : twinOf[row]; };
     const std::size_t nbEntries = entries.rows.size();
     for (std::size_t k = 0; k < nbEntries; ++k) {

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include "environment/environment_record.hpp"
 #include "hostapi/handles.hpp"
+#include "model/array.hpp"
 #include "model/instance.hpp"
 
 namespace norv {
@@ -17,17 +16,17 @@ struct LinkView {
     std::int32_t objectiveStyle = hostapi::objective_style::function;
     std::int32_t reformulatesObjective = 0;
     /// [nbRows] position in the link's order to row, free rows last; empty: the instance's order.
-    std::vector<std::int32_t> rowAt;
-    std::vector<std::int32_t> positionOf;  ///< the inverse, empty likewise
-    std::int32_t nbRowsHidden = 0;         ///< free rows at the end of the order
+    Array<std::int32_t> rowAt;
+    Array<std::int32_t> positionOf;  ///< the inverse, empty likewise
+    std::int32_t nbRowsHidden = 0;   ///< free rows at the end of the order
 };
 
 /// What the link reports back.
 struct SolutionRecord {
     static constexpr std::int32_t nbStatistics = 16;
 
-    std::vector<double> levels;  ///< [nbVariables]
-    std::array<double, nbStatistics> headAndTail{};
+    Array<double> levels;                                     ///< [nbVariables]
+    Array<double> headAndTail = Array<double>(nbStatistics);  ///< by index
     std::int32_t modelStatus = 0;
     std::int32_t solveStatus = 0;
 };

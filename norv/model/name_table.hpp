@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
+
+#include "model/array.hpp"
 
 namespace norv {
 
@@ -24,7 +25,7 @@ public:
 private:
     char prefix;
     std::string text;
-    std::vector<std::size_t> ends;  ///< of each name in `text`
+    Array<std::size_t> ends;  ///< of each name in `text`
 };
 
 }  // namespace norv

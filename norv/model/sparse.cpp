@@ -11,18 +11,18 @@ namespace norv {
 namespace {
 
 /// Turns counts, shifted by one, into starts.
-void accumulate(std::vector<std::int64_t>& starts) {
+void accumulate(Array<std::int64_t>& starts) {
     std::partial_sum(starts.begin(), starts.end(), starts.begin());
 }
 
 /// Stable counting sort: the positions of `keys` by ascending key, taken in the order `before`
 /// (empty: as they stand).
-std::vector<std::uint32_t> orderByKey(const std::vector<std::int32_t>& keys,
-                                      std::span<const std::uint32_t> before, std::int32_t nbKeys) {
-    std::vector<std::int64_t> next(static_cast<std::size_t>(nbKeys) + 1, 0);
+Array<std::uint32_t> orderByKey(const Array<std::int32_t>& keys,
+                                std::span<const std::uint32_t> before, std::int32_t nbKeys) {
+    Array<std::int64_t> next(static_cast<std::size_t>(nbKeys) + 1, 0);
     for (const std::int32_t key : keys) ++next[key + 1];
     accumulate(next);
-    std::vector<std::uint32_t> order(keys.size());
+    Array<std::uint32_t> order(keys.size());
     for (std::size_t k = 0; k < keys.size(); ++k) {
         const std::uint32_t position = before.empty() ? static_cast<std::uint32_t>(k) : before[k];
         order[next[keys[position]]++] = position;
@@ -112,7 +112,7 @@ SparseRows compress(const EntryList& entries, std::int32_t nbRows, std::int32_t 
     return rows;
 }
 
-QuadraticRows compress(std::vector<QuadraticEntry> entries, std::int32_t nbRows) {
+QuadraticRows compress(Array<QuadraticEntry> entries, std::int32_t nbRows) {
     for (QuadraticEntry& each : entries) {
         if (each.first > each.second) std::swap(each.first, each.second);
     }
@@ -145,7 +145,7 @@ SparseColumns transpose(const SparseRows& rows, std::int32_t nbRows, std::int32_
     accumulate(columns.starts);
     columns.rows.resize(static_cast<std::size_t>(nbEntries));
     columns.positions.resize(static_cast<std::size_t>(nbEntries));
-    std::vector<std::int64_t> next(columns.starts.begin(), columns.starts.end() - 1);
+    Array<std::int64_t> next(columns.starts.begin(), columns.starts.end() - 1);
     for (std::int32_t i = 0; i < nbRows; ++i) {
         for (std::int64_t k = rows.starts[i]; k < rows.starts[i + 1]; ++k) {
             const std::int64_t position = next[rows.variables[k]]++;

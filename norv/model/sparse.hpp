@@ -2,9 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <span>
-#include <vector>
+
+#include "model/array.hpp"
 
 /// Compressed rows and columns of an instance.
 ///
@@ -20,11 +20,11 @@ constexpr Occurrence inInstructions = 2;
 
 /// Entries in the order in which they came, duplicates included.
 struct EntryList {
-    std::vector<std::int32_t> rows;
-    std::vector<std::int32_t> variables;
-    std::vector<double> values;
+    Array<std::int32_t> rows;
+    Array<std::int32_t> variables;
+    Array<double> values;
     /// Of the entries from `nbLinear` on; those before are linear.
-    std::vector<Occurrence> occurrences;
+    Array<Occurrence> occurrences;
 
     void addLinear(std::int32_t row, std::int32_t variable, double value);
     /// States that the variable occurs in the row's quadratic part or instructions; all linear
@@ -35,10 +35,10 @@ struct EntryList {
 
 /// Variables ascending within a row, none twice, none without value and occurrence.
 struct SparseRows {
-    std::vector<std::int64_t> starts = {0, 0};  ///< [nbRows + 1]; at first the objective alone
-    std::vector<std::int32_t> variables;
-    std::vector<double> values;  ///< linear coefficients
-    std::vector<Occurrence> occurrences;
+    Array<std::int64_t> starts = {0, 0};  ///< [nbRows + 1]; at first the objective alone
+    Array<std::int32_t> variables;
+    Array<double> values;  ///< linear coefficients
+    Array<Occurrence> occurrences;
 
     [[nodiscard]] std::int32_t nbEntries(std::int32_t row) const {
         return static_cast<std::int32_t>(starts[row + 1] - starts[row]);
@@ -53,17 +53,17 @@ struct SparseRows {
 
 /// Rows ascending within a column.
 struct SparseColumns {
-    std::vector<std::int64_t> starts = {0};  ///< [nbVariables + 1]
-    std::vector<std::int32_t> rows;
-    std::vector<std::int64_t> positions;  ///< of the same entry in the rows' lists
+    Array<std::int64_t> starts = {0};  ///< [nbVariables + 1]
+    Array<std::int32_t> rows;
+    Array<std::int64_t> positions;  ///< of the same entry in the rows' lists
 };
 
 /// Quadratic entries: first <= second, ascending within a row, none twice, none 0.
 struct QuadraticRows {
-    std::vector<std::int64_t> starts = {0, 0};  ///< [nbRows + 1]; at first the objective alone
-    std::vector<std::int32_t> first;
-    std::vector<std::int32_t> second;
-    std::vector<double> values;  ///< coefficients of the products, as the builder was told
+    Array<std::int64_t> starts = {0, 0};  ///< [nbRows + 1]; at first the objective alone
+    Array<std::int32_t> first;
+    Array<std::int32_t> second;
+    Array<double> values;  ///< coefficients of the products, as the builder was told
 
     [[nodiscard]] std::int32_t nbEntries(std::int32_t row) const {
         return static_cast<std::int32_t>(starts[row + 1] - starts[row]);
@@ -83,7 +83,7 @@ struct QuadraticEntry {
                                   std::int32_t nbVariables);
 
 /// O(q log q) for q entries.
-[[nodiscard]] QuadraticRows compress(std::vector<QuadraticEntry> entries, std::int32_t nbRows);
+[[nodiscard]] QuadraticRows compress(Array<QuadraticEntry> entries, std::int32_t nbRows);
 
 /// @param nbRows  how many of the rows are listed in the columns, from the first on.
 [[nodiscard]] SparseColumns transpose(const SparseRows& rows, std::int32_t nbRows,

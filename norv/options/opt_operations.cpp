@@ -88,7 +88,7 @@ void CoptGetMessage(OptionHandle opt, std::int32_t message, char* text, std::int
     if (type != nullptr) *type = 0;
     // Without a report: it would be one more message for whoever counts them.
     if (opt == nullptr || message < 1 || message > optMessageCount(opt)) return;
-    const norv::OptionMessage& found = opt->messages[message - 1];
+    const norv::OptionMessage& found = opt->messages[static_cast<std::size_t>(message) - 1];
     norv::writeText(text, found.text);
     if (type != nullptr) *type = found.type;
 }

@@ -62,7 +62,7 @@ void OptionRecord::adoptDefinitions(std::vector<OptionDefinition> fresh) {
         if (!settings[k].isSet) continue;
         const OptionDefinition* same = findOption(fresh, definitions[k].name);
         if (same != nullptr && stillAllows(*same, settings[k].value)) {
-            values[same - fresh.data()] = settings[k];
+            values[static_cast<std::size_t>(same - fresh.data())] = settings[k];
         } else {
             if (definitions[k].type == OptionType::pairs) pairs.clear();
             addMessage(norv::message_type::warning,
@@ -74,6 +74,10 @@ void OptionRecord::adoptDefinitions(std::vector<OptionDefinition> fresh) {
     settings = std::move(values);
 }
 
+norv::Setting& OptionRecord::settingFor(const OptionDefinition& option) noexcept {
+    return settings[static_cast<std::size_t>(&option - definitions.data())];
+}
+
 norv::Setting& OptionRecord::settingOf(std::string_view name, OptionType type) {
     const OptionDefinition* option = findOption(definitions, name);
     if (option == nullptr) throw unknownOption(definitions, name);
@@ -81,18 +85,19 @@ norv::Setting& OptionRecord::settingOf(std::string_view name, OptionType type) {
         throw OptionError(
             norv::message_type::wrongType,
             "option " + option->name + " is " + kindOf(option->type) + ", not " + kindOf(type));
-    return settings[option - definitions.data()];
+    return settingFor(*option);
 }
 
 void OptionRecord::setInteger(std::string_view name, std::int32_t value) {
     norv::Setting& setting = settingOf(name, OptionType::integer);
-    checkRange(definitions[&setting - settings.data()], value);
+    checkRange(*findOption(definitions, name), value);
     setting = {value, true};
 }
 
 bool OptionRecord::isSet(std::string_view name) const noexcept {
     const OptionDefinition* option = findOption(definitions, name);
-    return option != nullptr && settings[option - definitions.data()].isSet;
+    return option != nullptr &&
+           settings[static_cast<std::size_t>(option - definitions.data())].isSet;
 }
 
 void OptionRecord::setFromWords(std::string_view name, const std::vector<std::string>& words) {
@@ -108,10 +113,10 @@ void OptionRecord::setFromWords(std::string_view name, const std::vector<std::st
                               " stands after the value; a value with blanks needs quotes");
     if (takesPair) {
         pairs.push_back({words[0], words[1]});
-        settings[option - definitions.data()].isSet = true;
+        settingFor(*option).isSet = true;
         return;
     }
-    settings[option - definitions.data()] = {parseValue(*option, words.front()), true};
+    settingFor(*option) = {parseValue(*option, words.front()), true};
 }
 
 void reportFailure(OptionRecord* options, const char* operation, const char* reason) noexcept {

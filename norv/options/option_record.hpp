@@ -51,6 +51,7 @@ struct OptionRecord {
     void setFromWords(std::string_view name, const std::vector<std::string>& words);
 
 private:
+    [[nodiscard]] norv::Setting& settingFor(const norv::OptionDefinition& option) noexcept;
     void adoptDefinitions(std::vector<norv::OptionDefinition> fresh);
 };
 

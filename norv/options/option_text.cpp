@@ -1,6 +1,7 @@
 #include "options/option_text.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -96,13 +97,16 @@ std::string readWholeFile(const std::string& path) {
         const std::string reason = errno == 0 ? "unknown reason" : std::strerror(errno);
         throw OptionError(message_type::unreadable, "cannot be opened: " + reason);
     }
-    std::string contents(longestFile + 1, '\0');
-    file.read(contents.data(), static_cast<std::streamsize>(contents.size()));
-    if (file.bad() || (file.gcount() == 0 && !file.eof()))
-        throw OptionError(message_type::unreadable, "cannot be read");
-    contents.resize(static_cast<std::size_t>(file.gcount()));
-    if (contents.size() > longestFile)
-        throw OptionError(message_type::unreadable, "is larger than 16 MiB");
+    std::string contents;
+    std::array<char, 4096> piece{};
+    do {
+        file.read(piece.data(), piece.size());
+        contents.append(piece.data(), static_cast<std::size_t>(file.gcount()));
+        if (contents.size() > longestFile)
+            throw OptionError(message_type::unreadable, "is larger than 16 MiB");
+    } while (file);
+    // A directory opens like a file and fails here.
+    if (file.bad() || !file.eof()) throw OptionError(message_type::unreadable, "cannot be read");
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     if (contents.starts_with(byteOrderMark)) contents.erase(0, byteOrderMark.size());
     return contents;
