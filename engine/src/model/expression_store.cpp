@@ -39,7 +39,7 @@ Value ExpressionStore::constantOf(ExpressionIndex e) const {
 
 void ExpressionStore::checkOperand(ExpressionIndex e, ExpressionIndex operand) const {
     const OperatorInfo& info = operatorInfo(node(e).op);
-    const std::int32_t position = node(e).nbOperands;
+    const std::int32_t position = nbOperandsOf(e);
     const ls_operator given = operatorOf(operand);
     if (position >= info.maxOperands) {
         throw Refusal(LS_ERROR_ARGUMENT,
