@@ -110,18 +110,20 @@ inline int closeWithLimits(ls_solver* s, int seconds, std::int64_t iterations) {
     return phase;
 }
 
-/// A model that nothing proves: minimise a wavy function over floats, never closed by itself.
+/// A model that nothing proves: minimise a wavy function of 3 floats, from 0 down to about -12.
 struct EndlessModel {
     int objective;
 
     explicit EndlessModel(ls_solver* s) {
         objective = ls_create_expression(s, LS_OP_SUM);
-        for (int k = 0; k < 8; ++k) {
+        for (int k = 0; k < 3; ++k) {
             const int x = decision(s, LS_OP_FLOAT, -10.0, 10.0);
             const int wave =
                 expression(s, LS_OP_SIN, {expression(s, LS_OP_PROD, {x, constant(s, 3.7)})});
             ls_expr_add_operand(s, objective, expression(s, LS_OP_PROD, {wave, x}));
-            ls_expr_add_operand(s, objective, expression(s, LS_OP_POW, {x, constant(s, 2)}));
+            const int square = expression(s, LS_OP_POW, {x, constant(s, 2)});
+            ls_expr_add_operand(s, objective,
+                                expression(s, LS_OP_PROD, {square, constant(s, 0.1)}));
         }
         ls_add_objective(s, objective, LS_MINIMIZE);
     }

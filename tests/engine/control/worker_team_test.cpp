@@ -1,0 +1,62 @@
+// The worker threads below the solve: exceptions travel, pausing and ending never hang.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+
+#include "control/worker_team.hpp"
+
+namespace {
+
+using engine::WorkerTeam;
+using namespace std::chrono_literals;
+
+TEST(WorkerTeam, RunsEveryInvitedWorkerOnceAJob) {
+    WorkerTeam team(3);
+    std::atomic<int> sum{0};
+    for (int round = 0; round < 200; ++round) {
+        team.start(2, [&](int k) { sum += k + 1; });
+        team.finish();
+    }
+    EXPECT_EQ(sum, 200 * 3);
+}
+
+TEST(WorkerTeam, TheFirstWorkersExceptionArrivesAndTheTeamGoesOn) {
+    WorkerTeam team(3);
+    team.start(3, [](int k) {
+        if (k > 0) throw std::runtime_error("worker " + std::to_string(k));
+    });
+    try {
+        team.finish();
+        FAIL() << "nothing arrived";
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "worker 1");
+    }
+    team.start(3, [](int) {});
+    EXPECT_NO_THROW(team.finish());
+}
+
+TEST(WorkerTeam, PausesAWorkerThatAsksAndIsPatientWithOneThatDoesNot) {
+    WorkerTeam team(2);
+    std::atomic<bool> isOver{false};
+    std::atomic<int> nbSteps{0};
+    team.start(2, [&](int k) {
+        while (!isOver) {
+            if (k == 0) team.parkIfPaused();
+            if (k == 0) ++nbSteps;
+        }
+    });
+    team.pause(10ms);  // worker 1 never parks: the wait ends by patience
+    while (true) {     // until worker 0 has parked
+        const int seen = nbSteps;
+        if (!team.waitUntil(WorkerTeam::Clock::now() + 20ms) && nbSteps == seen) break;
+    }
+    team.resume();
+    const int parkedAt = nbSteps;
+    while (nbSteps == parkedAt) std::this_thread::yield();
+    isOver = true;
+    team.finish();
+}
+
+}  // namespace
