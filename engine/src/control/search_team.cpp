@@ -20,7 +20,7 @@ std::uint64_t seedOf(int seed, int worker) {
 /// Large models cost more a move, and a round must stay short of a tick.
 std::int64_t roundLength(const ClosedModel& model) {
     const auto nbOperands = static_cast<std::int64_t>(model.operand.size());
-    return std::clamp<std::int64_t>(4'000'000 / (nbOperands + 400), 500, 8000);
+    return std::clamp<std::int64_t>(1'000'000 / (nbOperands + 1000), 200, 1000);
 }
 
 }  // namespace

@@ -93,47 +93,14 @@ TEST(Solve, ThresholdsEndTheSearchInAFeasiblePoint) {
     EXPECT_EQ(ls_stats_get_nb_iterations(s.get()), 0);
 }
 
-TEST(Solve, EndsByItselfOnlyWithAProof) {
-    const SolverHandle optimal = makeSolver();
-    const SmallModel model(optimal.get());
-    closeWithLimits(optimal.get(), 20, noLimit);
-    ls_solve(optimal.get());
-    EXPECT_EQ(ls_get_solution_status(optimal.get()), LS_STATUS_OPTIMAL);
-    EXPECT_EQ(ls_expr_get_int_value(optimal.get(), model.sum), 12);
-    ls_expr_set_int_value(optimal.get(), model.x, 0);
-    EXPECT_EQ(ls_get_solution_status(optimal.get()), LS_STATUS_FEASIBLE) << "another point";
-
-    const SolverHandle inconsistent = makeSolver();
-    const SmallModel contradiction(inconsistent.get());
-    const int row = expression(inconsistent.get(), LS_OP_GT,
-                               {contradiction.sum, constant(inconsistent.get(), 12)});
-    ls_add_constraint(inconsistent.get(), row);
-    closeWithLimits(inconsistent.get(), 20, noLimit);
-    ls_solve(inconsistent.get());
-    EXPECT_EQ(ls_get_solution_status(inconsistent.get()), LS_STATUS_INCONSISTENT);
-    EXPECT_EQ(ls_expr_get_int_value(inconsistent.get(), row) *
-                  ls_expr_get_int_value(inconsistent.get(), contradiction.row),
-              0);
-
-    const SolverHandle free = makeSolver();
-    const int x = decision(free.get(), LS_OP_FLOAT, -10.0, 10.0);
-    const int wave = expression(free.get(), LS_OP_SIN, {x});
-    ls_add_constraint(free.get(),
-                      expression(free.get(), LS_OP_GEQ, {wave, constant(free.get(), 0.5)}));
-    closeWithLimits(free.get(), 100, noLimit);
-    ls_solve(free.get());
-    EXPECT_EQ(ls_get_solution_status(free.get()), LS_STATUS_OPTIMAL)
-        << "no objective: any point is";
-}
-
 TEST(Solve, OneSeedOneResultWhateverTheClockDoes) {
     struct Case {
         int nbThreads;
         int seed;
     };
-    std::vector<double> results;
+    std::vector<std::string> results;
     for (const Case c : {Case{1, 3}, Case{2, 3}, Case{3, 0}}) {
-        double first = 0.0;
+        std::string first;
         for (int repeat = 0; repeat < 3; ++repeat) {
             const SolverHandle s = makeSolver();
             const EndlessModel model(s.get());
@@ -147,7 +114,10 @@ TEST(Solve, OneSeedOneResultWhateverTheClockDoes) {
             listen(s.get(), LS_CALLBACK_ITERATION_TICKED, pause);
             ls_set_iteration_between_ticks(s.get(), 500);
             ls_solve(s.get());
-            const double result = ls_expr_get_double_value(s.get(), model.objective);
+            // Every accepted move counts: far more than the best point in the end.
+            const std::string result =
+                text([&](char* t, int n) { return ls_stats_info(s.get(), t, n); }) + ", best " +
+                std::to_string(ls_expr_get_double_value(s.get(), model.objective));
             if (repeat == 0) first = result;
             EXPECT_EQ(result, first) << c.nbThreads << " threads";
         }
