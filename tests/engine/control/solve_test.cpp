@@ -93,6 +93,39 @@ TEST(Solve, ThresholdsEndTheSearchInAFeasiblePoint) {
     EXPECT_EQ(ls_stats_get_nb_iterations(s.get()), 0);
 }
 
+TEST(Solve, EndsByItselfOnlyWithAProof) {
+    const SolverHandle optimal = makeSolver();
+    const SmallModel model(optimal.get());
+    closeWithLimits(optimal.get(), 20, noLimit);
+    ls_solve(optimal.get());
+    EXPECT_EQ(ls_get_solution_status(optimal.get()), LS_STATUS_OPTIMAL);
+    EXPECT_EQ(ls_expr_get_int_value(optimal.get(), model.sum), 12);
+    ls_expr_set_int_value(optimal.get(), model.x, 0);
+    EXPECT_EQ(ls_get_solution_status(optimal.get()), LS_STATUS_FEASIBLE) << "another point";
+
+    const SolverHandle inconsistent = makeSolver();
+    const SmallModel contradiction(inconsistent.get());
+    const int row = expression(inconsistent.get(), LS_OP_GT,
+                               {contradiction.sum, constant(inconsistent.get(), 12)});
+    ls_add_constraint(inconsistent.get(), row);
+    closeWithLimits(inconsistent.get(), 20, noLimit);
+    ls_solve(inconsistent.get());
+    EXPECT_EQ(ls_get_solution_status(inconsistent.get()), LS_STATUS_INCONSISTENT);
+    EXPECT_EQ(ls_expr_get_int_value(inconsistent.get(), row) *
+                  ls_expr_get_int_value(inconsistent.get(), contradiction.row),
+              0);
+
+    const SolverHandle free = makeSolver();
+    const int x = decision(free.get(), LS_OP_FLOAT, -10.0, 10.0);
+    const int wave = expression(free.get(), LS_OP_SIN, {x});
+    ls_add_constraint(free.get(),
+                      expression(free.get(), LS_OP_GEQ, {wave, constant(free.get(), 0.5)}));
+    closeWithLimits(free.get(), 100, noLimit);
+    ls_solve(free.get());
+    EXPECT_EQ(ls_get_solution_status(free.get()), LS_STATUS_OPTIMAL)
+        << "no objective: any point is";
+}
+
 TEST(Solve, OneSeedOneResultWhateverTheClockDoes) {
     struct Case {
         int nbThreads;
