@@ -77,6 +77,7 @@ private:
     void readRay();
     void solveInteger();
     void configure(CbcModel& tree) const;
+    bool restoreBest(CbcModel& tree);
     void readLevels();
     [[nodiscard]] bool hasIntegers() const {
         const auto& isInteger = problem_.model.isInteger;
@@ -191,13 +192,28 @@ void CbcSolve::configure(CbcModel& tree) const {
     const int nbColumns = tree.getNumCols();
     tree.setMaximumCutPassesAtRoot(nbColumns < 500 ? -100 : nbColumns < 5000 ? 100 : 20);
     tree.setMaximumCutPasses(4);
-    const double value = std::fabs(tree.getObjValue());
+    const double value = std::fabs(tree.solver()->getObjValue());
     tree.setMinimumDrop(std::min(0.05, value * 1e-3 + 1e-4));
     tree.setIntegerTolerance(integralityTolerance);
     tree.setAllowableGap(0.0);
     tree.setAllowableFractionGap(0.0);
     // Nodes that promise less than this are cut: far inside what counts as the same objective.
     tree.setCutoffIncrement(1e-10 * std::max(1.0, value));
+}
+
+/// Brings the tree's solver to the best point, which it has left when the search was stopped.
+/// @return false: the solver cannot reproduce it.
+bool CbcSolve::restoreBest(CbcModel& tree) {
+    OsiSolverInterface& solver = *tree.solver();
+    watch_.finish();
+    for (int j = 0; j < solver.getNumCols(); ++j) {
+        if (!solver.isInteger(j)) continue;
+        const double level = std::round(tree.bestSolution()[j]);
+        solver.setColBounds(j, level, level);
+    }
+    solver.setDblParam(OsiDualObjectiveLimit, COIN_DBL_MAX);
+    solver.resolve();
+    return solver.isProvenOptimal();
 }
 
 void CbcSolve::solveInteger() {
@@ -221,7 +237,7 @@ void CbcSolve::solveInteger() {
     tree.passInEventHandler(&events);
     tree.branchAndBound();
     const bool finished = !watch_.stopped() && tree.status() == 0;
-    if (tree.bestSolution() != nullptr) {
+    if (tree.bestSolution() != nullptr && restoreBest(tree)) {
         preprocess.postProcess(*tree.solver());
         readLevels();
     }

@@ -22,12 +22,20 @@ public:
     void count() { ++effort_; }
     /// Once true, true for ever: a solver that is told to stop may ask again.
     bool mustStop() noexcept {
+        if (finishing_) return effort_ >= finishEnd_;
         if (stopped_) return true;
         stopped_ = effort_ >= settings_.budget || wantsStop();
         return stopped_;
     }
     [[nodiscard]] bool stopped() const { return stopped_; }
     [[nodiscard]] std::int64_t effort() const { return effort_; }
+    /// From now on only what turns the tree's best point into one of the whole problem is left:
+    /// some pivots for which no stop is asked.
+    void finish() {
+        constexpr std::int64_t enough = 20'000;
+        finishing_ = true;
+        finishEnd_ = effort_ + enough;
+    }
     void rethrow() const {
         if (thrown_) std::rethrow_exception(thrown_);
     }
@@ -49,7 +57,9 @@ private:
 
     const ExactSettings& settings_;
     std::int64_t effort_ = 0;
+    std::int64_t finishEnd_ = 0;
     bool stopped_ = false;
+    bool finishing_ = false;
     std::chrono::steady_clock::time_point nextQuestion_{};
     std::exception_ptr thrown_;
 };
