@@ -16,6 +16,7 @@ namespace {
 constexpr double optimalityTolerance = 1e-9;
 /// Bounds from here on stand for none.
 constexpr double largestBound = 1e10;
+constexpr double usualTolerance = 1e-7;
 /// For points that the judge refused.
 constexpr double tightTolerance = 1e-9;
 
@@ -49,6 +50,7 @@ private:
     ExactAnswer solve(const ExactProblem& problem, double tolerance);
     ExactAnswer solveWithoutLargeBounds(const ExactProblem& problem);
     bool proveObjective(const LinearForm& form, bool maximise);
+    ExactAnswer solveRelaxed(double share);
     void proveInconsistency(const ExactAnswer& answer);
     bool isProved(const LinearForm& form, double sign, std::size_t position, double bound) const;
     void offer(const std::vector<double>& levels);
@@ -100,7 +102,6 @@ bool ExactProver::isInsideBox(const std::vector<double>& levels) const {
 
 /// Bounds that stand for none would spoil the scaling: they count only when it cannot be helped.
 ExactAnswer ExactProver::solveWithoutLargeBounds(const ExactProblem& problem) {
-    constexpr double usual = 1e-7;
     ExactProblem open = problem;
     bool opened = false;
     for (std::size_t j = 0; j < linear_.nbColumns(); ++j) {
@@ -108,11 +109,11 @@ ExactAnswer ExactProver::solveWithoutLargeBounds(const ExactProblem& problem) {
         if (open.upper[j] >= largestBound) open.upper[j] = infinity;
         opened = opened || open.lower[j] != problem.lower[j] || open.upper[j] != problem.upper[j];
     }
-    ExactAnswer answer = solve(open, usual);
+    ExactAnswer answer = solve(open, usualTolerance);
     const bool isUseful = answer.status == Status::Infeasible ||
                           (answer.status == Status::Optimal && isInsideBox(answer.levels));
     if (isUseful || !opened || limits_.shouldStop()) return answer;
-    return solve(problem, usual);
+    return solve(problem, usualTolerance);
 }
 
 void ExactProver::offer(const std::vector<double>& levels) {
@@ -160,19 +161,27 @@ bool ExactProver::isProved(const LinearForm& form, double sign, std::size_t posi
     return gap < 1.0 - 1e-6 && std::fabs(value) < largestBound;
 }
 
+/// Any point of the rows widened by `share` of the judge's tolerance.
+ExactAnswer ExactProver::solveRelaxed(double share) {
+    ExactProblem relaxed = problemFor({}, 1.0);
+    for (std::size_t i = 0; i < linear_.nbRows(); ++i) {
+        relaxed.rowLower[i] -= share * linear_.tolerance[i];
+        relaxed.rowUpper[i] += share * linear_.tolerance[i];
+    }
+    return solve(relaxed, usualTolerance);
+}
+
 void ExactProver::proveInconsistency(const ExactAnswer& answer) {
     if (provesInfeasibility(linear_, answer.farkas)) {
         result_.outcome = Outcome::Inconsistent;
         result_.proof = "a combination of the constraints that no point within the bounds meets";
         return;
     }
-    ExactProblem relaxed = problemFor({}, 1.0);
-    for (std::size_t i = 0; i < linear_.nbRows(); ++i) {
-        relaxed.rowLower[i] -= linear_.tolerance[i];
-        relaxed.rowUpper[i] += linear_.tolerance[i];
+    const ExactAnswer again = solveRelaxed(1.0);
+    if (again.status == Status::Optimal) {
+        // Only by the tolerance feasible: points well within it may pass the judge.
+        offer(solveRelaxed(0.5).levels);
     }
-    const ExactAnswer again = solve(relaxed, 1e-7);
-    offer(again.levels);
     if (again.status != Status::Infeasible || incumbent_.hasPoint()) return;
     // Multipliers that fail the check are no proof; a tree searched to its end has none to show.
     if (!again.farkas.empty() ? !provesInfeasibility(linear_, again.farkas) : !hasIntegers()) {

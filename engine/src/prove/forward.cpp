@@ -332,7 +332,8 @@ Range functionImage(ls_operator op, const Range& x) {
 
 /// A NaN operand makes the operator NaN; not so where an operand may be out of play.
 bool isStrict(ls_operator op) {
-    return op != LS_OP_AND && op != LS_OP_OR && op != LS_OP_IF && op != LS_OP_POW;
+    return op != LS_OP_AND && op != LS_OP_OR && op != LS_OP_IF && op != LS_OP_POW &&
+           op != LS_OP_ARRAY && op != LS_OP_AT;
 }
 
 bool isSmallInteger(const ClosedModel& model, ExpressionIndex e, const Range& r) {

@@ -37,14 +37,24 @@ bool someIsEmpty(const std::vector<Interval>& domain) {
     return std::any_of(domain.begin(), domain.end(), [](const Interval& i) { return i.isEmpty(); });
 }
 
-/// `start` with every decision moved to the nearest value of its domain.
+/// `bound` moved into `i` by what propagation allows beyond the judge's tolerance: no farther than
+/// to the middle.
+double inside(const Interval& i, double bound) {
+    const double step = std::min(0.5 * (i.upper - i.lower),
+                                 10.0 * relationTolerance * std::max(1.0, std::fabs(bound)));
+    return bound == i.lower ? bound + step : bound - step;
+}
+
+/// `start` with every decision moved to the nearest value of its domain; near its bounds, reals
+/// whose bounds come from constraints.
 Point movedInto(const ClosedModel& model, const std::vector<Interval>& domain, Point start) {
+    const auto isReal = [&model](DecisionIndex d) { return !model.isDiscrete(d); };
     for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
         const Interval& i = domain[static_cast<std::size_t>(d)];
         Value& value = start[static_cast<std::size_t>(d)];
         const double v = value.asDouble();
-        if (v < i.lower) value = valueFor(model, d, i.lower);
-        if (v > i.upper) value = valueFor(model, d, i.upper);
+        if (v < i.lower) value = valueFor(model, d, isReal(d) ? inside(i, i.lower) : i.lower);
+        if (v > i.upper) value = valueFor(model, d, isReal(d) ? inside(i, i.upper) : i.upper);
     }
     return start;
 }

@@ -1,0 +1,336 @@
+#include "prove/exact_proof.hpp"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <optional>
+#include <stdexcept>
+
+#include "engine/prove/random_models.hpp"
+#include "prove/exact_back_end.hpp"
+#include "prove/linear_view.hpp"
+
+namespace engine {
+namespace {
+
+using Outcome = Preparation::Outcome;
+using testing::ModelText;
+using testing::startOf;
+
+constexpr std::int64_t plenty = 10'000'000;
+
+/// One exact proof, without the proofs that would come before it.
+struct Proving {
+    explicit Proving(
+        const std::string& text, std::int64_t budget = plenty,
+        std::function<bool()> shouldStop = [] { return false; })
+        : model(text), propagator(model.model), incumbent(model.model) {
+        if (!propagator.start(model.model.domain, 1'000'000)) {
+            result = {Outcome::Inconsistent, "interval propagation", 0};
+            return;
+        }
+        result = proveExactly(model.model, propagator, startOf(model.model), incumbent,
+                              {budget, 0, std::move(shouldStop)});
+    }
+    [[nodiscard]] double objective(std::size_t position = 0) const {
+        return incumbent.verdict().objectives.at(position).asDouble();
+    }
+
+    ModelText model;
+    Propagator propagator;
+    ProvedIncumbent incumbent;
+    ExactProof result;
+};
+
+class ExactProofs : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (!exactBackEndAbilities().integer) GTEST_SKIP() << "built without an exact back end";
+    }
+};
+
+struct Case {
+    const char* what;
+    const char* text;
+    Outcome outcome;
+    std::vector<double> objectives;
+};
+
+constexpr Outcome optimal = Outcome::Optimal;
+constexpr Outcome inconsistent = Outcome::Inconsistent;
+constexpr Outcome open = Outcome::Open;
+
+void check(const Case& c) {
+    const Proving run(c.text);
+    ASSERT_EQ(run.result.outcome, c.outcome) << c.what;
+    EXPECT_EQ(run.result.proof.empty(), c.outcome == open) << c.what;
+    ASSERT_EQ(run.incumbent.hasPoint(), !c.objectives.empty()) << c.what;
+    for (std::size_t k = 0; k < c.objectives.size(); ++k) {
+        EXPECT_NEAR(run.objective(k), c.objectives[k], 1e-9 * (1.0 + std::fabs(c.objectives[k])))
+            << c.what;
+    }
+}
+
+TEST_F(ExactProofs, LinearPrograms) {
+    const Case cases[] = {
+        {"two products, three resources",
+         "x: real 0 1e10; y: real 0 1e10; leq(x, 4.0); leq(prod(y,2.0), 12.0);"
+         "leq(sum(prod(x,3.0),prod(y,2.0)), 18.0); maximise sum(prod(x,3.0),prod(y,5.0));",
+         optimal,
+         {36.0}},
+        {"a blend with equality and constant",
+         "x: real 0 1e10; y: real 0 1e10; z: real 0 1e10; eq(sum(x,y,z), 1.0);"
+         "geq(sum(prod(x,0.3),prod(y,0.7)), 0.4); minimise sum(prod(x,2.0),prod(y,5.0),z,10.0);",
+         optimal,
+         {12.75}},
+        {"free variables",
+         "x: real -1e10 1e10; y: real -1e10 1e10; geq(sum(x,y), -4.0);"
+         "leq(sub(x,y), 2.0); geq(sub(x,y), -2.0); minimise sum(prod(x,2.0),y);",
+         optimal,
+         {-7.0}},
+        {"degenerate vertex",
+         "x: real 0 1e10; y: real 0 1e10; leq(sum(x,y), 1.0); leq(x, 1.0);"
+         "leq(sum(x,prod(y,2.0)), 1.0); leq(sum(prod(x,2.0),y), 2.0); maximise sum(x,prod(y,0.5));",
+         optimal,
+         {1.0}},
+        {"unbounded but for the box",
+         "x: real -1e10 1e10; y: real 0 5.0; leq(sub(y,x), 3.0);"
+         "maximise sum(x,y);",
+         optimal,
+         {1e10 + 5.0}},
+        {"infeasible by an odd cycle of rows",
+         "x: real 0 1; y: real 0 1; z: real 0 1; leq(sum(x,y), 1.0); leq(sum(y,z), 1.0);"
+         "leq(sum(x,z), 1.0); geq(sum(x,y,z), 1.6); minimise x;",
+         inconsistent,
+         {}},
+        {"a function on both sides, nested and scaled",
+         "x: real 0 10.0; y: real 0 10.0; leq(prod(2.0,sum(x,prod(y,3.0))), sub(30.0,x));"
+         "geq(div(y,2.0), 1.0); maximise sub(x,prod(0.5,y));",
+         optimal,
+         {5.0}},
+        {"several constraints in one",
+         "x: real 0 9.0; and(leq(x, 4.0), geq(x, 1.0)); minimise x;",
+         optimal,
+         {1.0}},
+        {"no objective, infeasible start",
+         "x: real 0 9.0; y: real 0 9.0; geq(sum(x,y), 12.0);",
+         optimal,
+         {}},
+        {"not linear", "x: real 0 9.0; y: real 0 9.0; geq(prod(x,y), 12.0); minimise x;", open, {}},
+        {"a strict relation between doubles", "x: real 0 9.0; gt(x, 1.0); minimise x;", open, {}},
+    };
+    for (const Case& c : cases) {
+        if (std::string(c.what).starts_with("no objective")) {
+            EXPECT_EQ(Proving(c.text).result.outcome, optimal);
+            EXPECT_TRUE(Proving(c.text).incumbent.hasPoint());
+        } else {
+            check(c);
+        }
+    }
+}
+
+TEST_F(ExactProofs, IntegerPrograms) {
+    const Case cases[] = {
+        {"a knapsack",
+         "a: bool; b: bool; c: bool; d: bool;"
+         "leq(sum(prod(a,5.0),prod(b,7.0),prod(c,4.0),prod(d,3.0)), 14.0);"
+         "maximise sum(prod(a,8.0),prod(b,11.0),prod(c,6.0),prod(d,4.0));",
+         optimal,
+         {21.0}},
+        {"general integers, fractional relaxation",
+         "x: int 0 100; y: int 0 100; leq(sum(prod(x,5.0),prod(y,9.0)), 45.0); leq(sum(x,y), 6.0);"
+         "maximise sum(prod(x,5.0),prod(y,8.0));",
+         optimal,
+         {40.0}},
+        {"a fixed charge",
+         "open: bool; x: real 0 40.0; leq(x, prod(open,40.0)); geq(x, 12.5);"
+         "minimise sum(prod(open,100.0),prod(x,2.0));",
+         optimal,
+         {125.0}},
+        {"semi-continuous: off is cheaper",
+         "x: real 0 10.0; y: real 0 9.0;"
+         "or(eq(x,0.0), geq(x,2.0)); geq(sum(x,y), 1.0); minimise sum(x,prod(y,1.5));",
+         optimal,
+         {1.5}},
+        {"semi-continuous: on is needed",
+         "x: real 0 10.0; y: real 0 0.25;"
+         "or(eq(x,0.0), geq(x,2.0)); geq(sum(x,y), 1.0); minimise sum(x,prod(y,1.5));",
+         optimal,
+         {2.0}},
+        {"products of booleans and of a boolean with a real",
+         "a: bool; b: bool; x: real -3.0 5.0; leq(sum(prod(a,b),prod(a,a)), 1.0);"
+         "maximise sum(prod(a,b,9.0),prod(a,x),b);",
+         optimal,
+         {5.0}},
+        {"objectives by priority",
+         "x: int 0 9; y: int 0 9; leq(sum(x,y), 10);"
+         "maximise sum(prod(x,2),prod(y,2)); minimise x; maximise y;",
+         optimal,
+         {20.0, 1.0, 9.0}},
+        {"integers within 1e10",
+         "n: int -10000000000 10000000000; geq(prod(n,3.0), 10.0); minimise n;",
+         optimal,
+         {4.0}},
+        {"no integer point in a thin plate",
+         "x: int 0 9; y: int 0 9; z: int 0 9; eq(sum(prod(x,2),prod(y,2),prod(z,2)), 7); minimise "
+         "x;",
+         inconsistent,
+         {}},
+    };
+    for (const Case& c : cases) check(c);
+}
+
+TEST_F(ExactProofs, DoNotCallInconsistentWhatTheTolerancePermits) {
+    const std::string rows = "x: real 0 9; y: real 0 9; leq(sum(x,y), 3.0); geq(sum(x,y), ";
+    const Proving permitted(rows + "3.0000008); minimise x;");
+    EXPECT_EQ(permitted.result.outcome, open);
+    EXPECT_TRUE(permitted.incumbent.hasPoint());
+    EXPECT_EQ(Proving(rows + "3.00001); minimise x;").result.outcome, inconsistent);
+}
+
+TEST_F(ExactProofs, AgreeWithBruteForceOnRandomModels) {
+    testing::RandomModels random(5);
+    static const char* const relations[] = {"eq", "geq", "leq", "gt", "lt"};
+    int nbClaims = 0;
+    for (int trial = 0; trial < 300; ++trial) {
+        std::string text = random.decisions(/*withReals=*/false) + "b: bool; c: bool; k: int 0 4;";
+        const auto relation = [&](bool whole) {
+            const std::string op = relations[random.below(whole ? 5 : 3)];
+            return op + "(" + random.linear(whole) + "," + std::to_string(random.below(12) - 4) +
+                   ")";
+        };
+        for (int i = 1 + random.below(2); i > 0; --i) text += relation(random.below(2) == 0) + ";";
+        text += "or(" + relation(true) + "," + (random.below(2) == 0 ? "b" : "not(c)") + "," +
+                relation(true) + ");";
+        text += "leq(sum(prod(b,k,2),prod(b,c)," + random.name() + "), " +
+                std::to_string(random.below(9)) + ");";
+        text += "maximise sum(" + random.linear(false) + ",prod(c,k,b)); minimise " +
+                random.linear(true) + ";";
+        const Proving run(text);
+        const Verdict best = testing::bestByEnumeration(run.model.model, random);
+        ASSERT_TRUE(best.feasible || !run.incumbent.hasPoint()) << text;
+        ASSERT_FALSE(best.feasible && run.result.outcome == inconsistent) << text;
+        if (run.result.outcome == optimal) {
+            ASSERT_TRUE(run.incumbent.hasPoint()) << text;
+            ASSERT_FALSE(isBetter(run.model.model, best, run.incumbent.verdict())) << text;
+        }
+        nbClaims += run.result.outcome == open ? 0 : 1;
+    }
+    EXPECT_GT(nbClaims, 290);
+}
+
+/// A subset-sum with n items that needs a tree.
+std::string marketSplit(int nbItems, int nbRows) {
+    testing::RandomModels random(3);
+    std::string text;
+    std::string cost;
+    for (int j = 0; j < nbItems; ++j) text += "b" + std::to_string(j) + ": bool;";
+    for (int i = 0; i < nbRows; ++i) {
+        std::string row;
+        int total = 0;
+        for (int j = 0; j < nbItems; ++j) {
+            const int c = random.below(100);
+            total += c;
+            row += "prod(b" + std::to_string(j) + "," + std::to_string(c) + ".0),";
+        }
+        const std::string s = std::to_string(i);
+        text += "s" + s + ": real 0 1e4; t" + s + ": real 0 1e4;";
+        text += "eq(sum(" + row + "s" + s + ",prod(t" + s + ",-1.0)), " +
+                std::to_string(total / 2) + ".0);";
+        cost += "s" + s + ",t" + s + ",";
+    }
+    return text + "minimise sum(" + cost + "0.0);";
+}
+
+TEST_F(ExactProofs, BudgetEndsTheTreeTheSameWayEveryTime) {
+    const std::string text = marketSplit(25, 3);
+    const Proving first(text, 3000);
+    const Proving second(text, 3000);
+    EXPECT_EQ(first.result.outcome, open);
+    EXPECT_GE(first.result.effort, 3000);
+    EXPECT_LT(first.result.effort, 30'000);
+    EXPECT_EQ(first.result.effort, second.result.effort);
+    ASSERT_TRUE(first.incumbent.hasPoint());
+    EXPECT_EQ(first.objective(), second.objective());
+    EXPECT_EQ(Proving(text, 0).result.effort, 0);
+}
+
+TEST_F(ExactProofs, StopEndsTheTreeAndExceptionsPassThrough) {
+    const std::string text = marketSplit(40, 4);
+    int nbQuestions = 0;
+    const Proving stopped(text, plenty, [&nbQuestions] { return ++nbQuestions >= 5; });
+    EXPECT_EQ(stopped.result.outcome, open);
+    EXPECT_GE(nbQuestions, 5);
+    EXPECT_THROW(Proving(text, plenty,
+                         [&nbQuestions]() -> bool {
+                             if (++nbQuestions < 8) return false;
+                             throw std::runtime_error("interrupted");
+                         }),
+                 std::runtime_error);
+}
+
+void handler(int) {}
+
+TEST_F(ExactProofs, LeaveNoOutputAndNoHandlerBehind) {
+    const auto before = std::signal(SIGINT, handler);
+    ::testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStderr();
+    const Proving integer(marketSplit(12, 2));
+    const Proving infeasible(
+        "x: int 0 9; y: int 0 9; eq(sum(prod(x,2),prod(y,-2)), 1); minimise x;");
+    const Proving unbounded("x: real -1e10 1e10; y: real 0 5.0; leq(sub(y,x), 3.0); maximise x;");
+    std::fflush(nullptr);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(std::signal(SIGINT, before), handler);
+    EXPECT_EQ(integer.result.outcome, optimal);
+}
+
+TEST(ExactBackEnd, NamesItselfExactlyWhenItCanProve) {
+    EXPECT_EQ(exactBackEndName().empty(), !exactBackEndAbilities().linear);
+    EXPECT_EQ(backEndNames(), exactBackEndName());
+}
+
+TEST(LinearView, AgreesWithTheJudgeAtEveryPoint) {
+    testing::RandomModels random(99);
+    for (int trial = 0; trial < 300; ++trial) {
+        std::string text = random.decisions(/*withReals=*/true);
+        text += "and(geq(" + random.linear(false) + "," + random.linear(false) + "), leq(prod(2," +
+                random.linear(true) + "),sub(4," + random.name() + ")));";
+        text += "minimise div(" + random.linear(true) + ",4);";
+        const ModelText model(text);
+        Propagator propagator(model.model);
+        if (!propagator.start(model.model.domain, 100'000)) continue;
+        std::vector<Value> values;
+        judge(model.model, startOf(model.model), values);
+        const std::optional<LinearModel> view = linearViewOf(model.model, propagator, values);
+        ASSERT_TRUE(view) << text;
+        testing::forEachPoint(model.model, random, [&](const Point& point) {
+            const Verdict verdict = judge(model.model, point, values);
+            bool holds = true;
+            for (std::size_t i = 0; i < view->nbRows(); ++i) {
+                double activity = 0.0;
+                for (auto k = view->rowStart[i]; k < view->rowStart[i + 1]; ++k) {
+                    const auto entry = static_cast<std::size_t>(k);
+                    const auto d = view->decision[static_cast<std::size_t>(view->column[entry])];
+                    activity +=
+                        view->coefficient[entry] * point[static_cast<std::size_t>(d)].asDouble();
+                }
+                holds = holds && activity >= view->rowLower[i] - view->tolerance[i] &&
+                        activity <= view->rowUpper[i] + view->tolerance[i];
+            }
+            ASSERT_EQ(holds, verdict.feasible) << text;
+            const LinearForm& form = view->objective.front().form;
+            double cost = form.constant;
+            for (std::size_t k = 0; k < form.column.size(); ++k) {
+                const auto d = view->decision[static_cast<std::size_t>(form.column[k])];
+                cost += form.coefficient[k] * point[static_cast<std::size_t>(d)].asDouble();
+            }
+            ASSERT_NEAR(cost, verdict.objectives.front().asDouble(), 1e-9) << text;
+        });
+        if (HasFatalFailure()) return;
+    }
+}
+
+}  // namespace
+}  // namespace engine
