@@ -12,10 +12,17 @@ namespace {
 /// worker that is deep in a step of a back end may run on behind one.
 constexpr auto pausePatience = std::chrono::milliseconds(100);
 
-/// Operand visits of the first turn of proving: a fraction of a second.
-constexpr std::int64_t firstEffort = 20'000'000;
-/// Operand visits that a move of the search is reckoned at.
-constexpr std::int64_t visitsPerMove = 20;
+/// Effort is reckoned in operand visits, about 10 ns each. The first turn of proving takes a
+/// fraction of a second; the next ones grow so fast that what is done again costs little.
+constexpr std::int64_t firstEffort = 5'000'000;
+constexpr std::int64_t effortGrowth = 4;
+/// What a move of the search is reckoned at.
+constexpr std::int64_t visitsPerMove = 2000;
+
+/// What a node or pivot of proving is reckoned at: a sparse step sees a part of the model.
+std::int64_t visitsPerProofStep(const ClosedModel& model) {
+    return 250 + static_cast<std::int64_t>(model.operand.size()) / 10;
+}
 
 int nbThreadsOf(const Parameters& parameters) {
     if (parameters.nbThreads > 0) return parameters.nbThreads;
@@ -115,8 +122,8 @@ bool SolveRun::isLimitReached(const Phase& phase) const {
 }
 
 void SolveRun::prove(std::int64_t iterationsLeft) {
-    const auto nbOperands = static_cast<std::int64_t>(context_.model.operand.size());
-    const std::int64_t wanted = std::max<std::int64_t>(100, effort_ / (nbOperands + 50));
+    const std::int64_t wanted =
+        std::max<std::int64_t>(100, effort_ / visitsPerProofStep(context_.model));
     const std::int64_t budget = std::min(wanted, iterationsLeft);
     const std::atomic<bool>& halt = context_.stopSignal.workersHalt();
     const auto shouldStop = [this, &halt] {
@@ -134,7 +141,7 @@ void SolveRun::prove(std::int64_t iterationsLeft) {
     // Ended by itself before the budget did: it has tried all that it knows.
     isProvingExhausted_ = preparation.iterations < budget && !halt;
     searchLeft_ = effort_ / visitsPerMove;
-    effort_ *= 2;
+    effort_ = std::min(effort_, largestCount / effortGrowth) * effortGrowth;
 }
 
 void SolveRun::accept(Preparation& preparation) {

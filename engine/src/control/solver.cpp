@@ -11,7 +11,12 @@ namespace engine {
 
 namespace {
 
+/// Up to this many operands the proof takes a fraction of a second; larger models are propagated
+/// when a solve begins, under its time limit.
+constexpr std::size_t nbOperandsProvedAtClose = 500'000;
+
 bool isQuicklyRefuted(const ClosedModel& model) {
+    if (model.operand.size() > nbOperandsProvedAtClose) return false;
     try {
         std::vector<Interval> domain = model.domain;
         return !propagateDomains(model, domain);
