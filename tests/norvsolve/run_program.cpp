@@ -19,6 +19,10 @@ std::string contentOf(const std::string& path) {
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
+void writeFile(const std::string& path, const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+}
+
 ProgramRun runProgram(const std::vector<std::string>& arguments) {
     const std::string output = scratchFile("stdout");
     const std::string errors = scratchFile("stderr");

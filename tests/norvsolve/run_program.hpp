@@ -18,5 +18,6 @@ ProgramRun runProgram(const std::vector<std::string>& arguments);
 std::string scratchFile(const std::string& name);
 
 std::string contentOf(const std::string& path);
+void writeFile(const std::string& path, const std::string& content);
 
 }  // namespace norv::test
