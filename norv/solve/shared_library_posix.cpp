@@ -13,11 +13,18 @@ std::string loaderReason() {
     return reason != nullptr ? reason : "the loader gives no reason";
 }
 
+/// The run path would do the same, but sanitizers answer dlopen in the program's place, and the
+/// run path that counts is then theirs. An installation keeps libraries in a folder of their own.
+std::string besideProgram(const std::string& name) {
+    if (name.find('/') != std::string::npos) return name;
+    const std::string path = programDirectory() + name;
+    return std::filesystem::exists(path) ? path : name;
+}
+
 }  // namespace
 
-// A name without a slash is looked up along the program's run path, which starts with $ORIGIN.
 SharedLibrary::SharedLibrary(const std::string& name)
-    : library_(dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL)), name_(name) {
+    : library_(dlopen(besideProgram(name).c_str(), RTLD_NOW | RTLD_LOCAL)), name_(name) {
     if (!library_) throw std::runtime_error(loaderReason());
 }
 
