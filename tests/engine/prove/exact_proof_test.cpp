@@ -192,7 +192,7 @@ TEST_F(ExactProofs, AgreeWithBruteForceOnRandomModels) {
     testing::RandomModels random(5);
     static const char* const relations[] = {"eq", "geq", "leq", "gt", "lt"};
     int nbClaims = 0;
-    for (int trial = 0; trial < 300; ++trial) {
+    for (int trial = 0; trial < 120; ++trial) {
         std::string text = random.decisions(/*withReals=*/false) + "b: bool; c: bool; k: int 0 4;";
         const auto relation = [&](bool whole) {
             const std::string op = relations[random.below(whole ? 5 : 3)];
@@ -204,8 +204,8 @@ TEST_F(ExactProofs, AgreeWithBruteForceOnRandomModels) {
                 relation(true) + ");";
         text += "leq(sum(prod(b,k,2),prod(b,c)," + random.name() + "), " +
                 std::to_string(random.below(9)) + ");";
-        text += "maximise sum(" + random.linear(false) + ",prod(c,k,b)); minimise " +
-                random.linear(true) + ";";
+        text += "maximise sum(" + random.linear(false) + ",prod(c,k,b)); minimise ";
+        text += random.linear(true) + ";";
         const Proving run(text);
         const Verdict best = testing::bestByEnumeration(run.model.model, random);
         ASSERT_TRUE(best.feasible || !run.incumbent.hasPoint()) << text;
@@ -216,7 +216,7 @@ TEST_F(ExactProofs, AgreeWithBruteForceOnRandomModels) {
         }
         nbClaims += run.result.outcome == open ? 0 : 1;
     }
-    EXPECT_GT(nbClaims, 290);
+    EXPECT_GT(nbClaims, 110);
 }
 
 /// A subset-sum with n items that needs a tree.
@@ -275,7 +275,7 @@ TEST_F(ExactProofs, LeaveNoOutputAndNoHandlerBehind) {
     const auto before = std::signal(SIGINT, handler);
     ::testing::internal::CaptureStdout();
     ::testing::internal::CaptureStderr();
-    const Proving integer(marketSplit(12, 2));
+    const Proving integer(marketSplit(10, 2));
     const Proving infeasible(
         "x: int 0 9; y: int 0 9; eq(sum(prod(x,2),prod(y,-2)), 1); minimise x;");
     const Proving unbounded("x: real -1e10 1e10; y: real 0 5.0; leq(sub(y,x), 3.0); maximise x;");
@@ -295,8 +295,9 @@ TEST(LinearView, AgreesWithTheJudgeAtEveryPoint) {
     testing::RandomModels random(99);
     for (int trial = 0; trial < 300; ++trial) {
         std::string text = random.decisions(/*withReals=*/true);
-        text += "and(geq(" + random.linear(false) + "," + random.linear(false) + "), leq(prod(2," +
-                random.linear(true) + "),sub(4," + random.name() + ")));";
+        text += "and(geq(" + random.linear(false);
+        text += "," + random.linear(false) + "), leq(prod(2,";
+        text += random.linear(true) + "),sub(4," + random.name() + ")));";
         text += "minimise div(" + random.linear(true) + ",4);";
         const ModelText model(text);
         Propagator propagator(model.model);

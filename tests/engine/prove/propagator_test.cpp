@@ -180,8 +180,9 @@ TEST(Propagator, KeepsEveryFeasiblePointOfRandomModels) {
 TEST(Propagator, UndoRestoresEveryRange) {
     testing::RandomModels random(7);
     for (int trial = 0; trial < 300; ++trial) {
-        const ModelText text(random.decisions(false) + random.expression(3) + ";" + "leq(" +
-                             random.linear(true) + ",3);");
+        std::string statements = random.decisions(/*withReals=*/false);
+        statements += random.expression(3) + ";";
+        const ModelText text(statements + "leq(" + random.linear(true) + ",3);");
         Propagator propagator(text.model);
         if (!propagator.start(text.model.domain, 100000)) continue;
         const std::vector<Range> before(propagator.ranges().begin(), propagator.ranges().end());
