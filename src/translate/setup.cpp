@@ -13,7 +13,6 @@ namespace vex {
 
 namespace {
 
-using localsolver::LSExpression;
 using localsolver::LSOperator;
 
 constexpr const char* thisMethod = "NorvLocalSolver::setupModel";

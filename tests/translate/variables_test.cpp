@@ -34,8 +34,8 @@ const Case cases[] = {
      "or(eq(v, 0.0), geq(v, 2.0))"},
     {"semi-continuous from zero", "semicont v in 0 10", LS_OP_FLOAT, "0.0, 10.0", ""},
     {"semi-continuous from below", "semicont v in -5 10", LS_OP_FLOAT, "-5.0, 10.0", ""},
-    {"semi-integer", "semiint v in 2 inf", LS_OP_INT, "0.0, 1e+10",
-     "or(eq(v, 0.0), geq(v, 2.0))", 0, 1},
+    {"semi-integer", "semiint v in 2 inf", LS_OP_INT, "0.0, 1e+10", "or(eq(v, 0.0), geq(v, 2.0))",
+     0, 1},
 };
 
 TEST(Variables, BecomeDecisions) {
