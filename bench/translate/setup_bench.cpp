@@ -2,11 +2,11 @@
 #include <dlfcn.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <ctime>
 #include <map>
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 #include <tuple>
 #include <vector>
@@ -127,7 +127,7 @@ void setupAgainstFloor(benchmark::State& state, Terms terms, bool withNames) {
     std::vector<double> setups;
     std::vector<double> buildings;
     std::vector<double> closings;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         const Floor floor = secondsOfFloor(instance);
         buildings.push_back(floor.building);
         closings.push_back(floor.closing);
@@ -154,9 +154,9 @@ BENCHMARK_CAPTURE(setupAgainstFloor, linear, Terms::linear, false)->Apply(regist
 BENCHMARK_CAPTURE(setupAgainstFloor, quadratic, Terms::quadratic, false)->Apply(registerSizes);
 BENCHMARK_CAPTURE(setupAgainstFloor, linearWithNames, Terms::linear, true)->Apply(registerSizes);
 
-int runOnce(std::string_view what, std::string_view kind, const char* nbTerms) {
+int runOnce(std::string_view what, std::string_view kind, const std::string& nbTerms) {
     const Terms terms = kind == "linear" ? Terms::linear : Terms::quadratic;
-    const Instance& instance = instanceOf(terms, std::atoi(nbTerms), /*withNames=*/false);
+    const Instance& instance = instanceOf(terms, std::stoi(nbTerms), /*withNames=*/false);
     if (what == "setup")
         secondsOfSetup(instance);
     else if (what == "floor")

@@ -9,7 +9,7 @@ namespace {
 using localsolver::LSExpression;
 using vex::NorvLocalSolver;
 
-LSExpression node(NorvLocalSolver& link, ls_operator op, std::vector<LSExpression> operands,
+LSExpression node(NorvLocalSolver& link, ls_operator op, const std::vector<LSExpression>& operands,
                   const char* name = nullptr) {
     const LSExpression e = link.solver->getModel().createExpression(op);
     for (const LSExpression operand : operands) e.addOperand(operand);

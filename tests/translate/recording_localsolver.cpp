@@ -180,6 +180,8 @@ int nbSolvers() {
 
 }  // namespace recording
 
+// Function and parameter names cannot stand in parentheses.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define RESULT(name) decltype(recording::resultOf(&name))
 #define ARGUMENT(name, position) recording::ArgumentOf<&name, position>::Type a##position
 #define RUN(name) recording::Call<&name>::run
@@ -205,6 +207,7 @@ int nbSolvers() {
     name(ARGUMENT(name, 0), ARGUMENT(name, 1), ARGUMENT(name, 2), ARGUMENT(name, 3)) { \
         return RUN(name)(#name, a0, a1, a2, a3);                                       \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 #define LS_FUNCTION(name, arity) DEFINE_##arity(name)
 extern "C" {
 #include "localsolver_functions.inc"

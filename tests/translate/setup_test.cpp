@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <sstream>
 
 #include "host/operations.hpp"
 #include "translate/link_fixture.hpp"
@@ -195,12 +197,11 @@ TEST(Setup, RefusesCodesThatNoHostIsKnownToSend) {
 
 /// The objective is one variable at the end of `length` definitions.
 std::string chain(std::int32_t length) {
-    std::string text = "min x0";
-    for (std::int32_t k = 0; k < length; ++k) {
-        const auto at = std::to_string(k);
-        text += " ; d" + at + " : x" + at + " - x" + std::to_string(k + 1) + " = 1";
-    }
-    return text;
+    std::ostringstream text;
+    text << "min x0";
+    for (std::int32_t k = 0; k < length; ++k)
+        text << " ; d" << k << " : x" << k << " - x" << k + 1 << " = 1";
+    return text.str();
 }
 
 TEST(Setup, NestsDefinitionsUpToTheLimit) {
