@@ -1,8 +1,7 @@
 #include "control/environment_file.hpp"
 
 #include <cerrno>
-#include <cstdio>
-#include <memory>
+#include <fstream>
 #include <system_error>
 
 #include "control/solver.hpp"
@@ -86,10 +85,6 @@ void appendParameters(std::string& text, const Parameters& p) {
                                             std::generic_category().message(error).c_str()));
 }
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
 }  // namespace
 
 std::string environmentText(const Solver& solver) {
@@ -106,12 +101,13 @@ std::string environmentText(const Solver& solver) {
 
 void saveEnvironment(const Solver& solver, const std::string& fileName) {
     const std::string text = environmentText(solver);
+    errno = 0;
     // Binary: the text's own line ends are the file's on every platform.
-    std::unique_ptr<std::FILE, FileCloser> file(std::fopen(fileName.c_str(), "wb"));
-    if (!file) refuseFile(fileName, errno);
-    const bool isWritten = std::fwrite(text.data(), 1, text.size(), file.get()) == text.size();
+    std::ofstream file(fileName, std::ios::binary);
+    file << text;
     // A full disk may show only when the buffer goes out.
-    if (!isWritten || std::fflush(file.get()) != 0) refuseFile(fileName, errno);
+    file.flush();
+    if (!file) refuseFile(fileName, errno != 0 ? errno : EIO);
 }
 
 }  // namespace engine

@@ -7,7 +7,8 @@
 
 namespace engine {
 
-WorkerTeam::WorkerTeam(int nbWorkers) : exceptions_(static_cast<std::size_t>(nbWorkers)) {
+WorkerTeam::WorkerTeam(int nbWorkers) {
+    exceptions_.resize(static_cast<std::size_t>(nbWorkers));
     threads_.reserve(static_cast<std::size_t>(nbWorkers));
     try {
         for (int k = 0; k < nbWorkers; ++k) threads_.emplace_back([this, k] { work(k); });
@@ -15,6 +16,9 @@ WorkerTeam::WorkerTeam(int nbWorkers) : exceptions_(static_cast<std::size_t>(nbW
         shutDown();
         throw Refusal(LS_ERROR_LIMIT,
                       formatText("cannot start %d search threads: %s", nbWorkers, error.what()));
+    } catch (...) {
+        shutDown();  // a thread that runs must not be destroyed
+        throw;
     }
 }
 
