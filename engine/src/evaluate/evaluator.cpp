@@ -1,8 +1,9 @@
 #include "evaluate/evaluator.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
-#include <cstring>
+#include <cstdint>
 #include <functional>
 
 #include "evaluate/operators.hpp"
@@ -18,9 +19,7 @@ std::size_t index(std::int32_t i) {
 bool isSame(Value a, Value b) {
     if (a.isInt() != b.isInt()) return false;
     if (a.isInt()) return a.asInt() == b.asInt();
-    const double x = a.asDouble();
-    const double y = b.asDouble();
-    return std::memcmp(&x, &y, sizeof x) == 0;
+    return std::bit_cast<std::uint64_t>(a.asDouble()) == std::bit_cast<std::uint64_t>(b.asDouble());
 }
 
 bool isSame(const Distance& a, const Distance& b) {

@@ -4,14 +4,6 @@
 #include "search/local_search.hpp"
 
 namespace engine {
-namespace {
-
-/// An iteration stops drawing after this many values computed, so that its time is bounded by the
-/// columns' lengths and not by their product with the number of draws.
-constexpr std::size_t workLimit = 20000;
-
-}  // namespace
-
 std::optional<LocalSearch::Candidate> LocalSearch::drawCandidates(const Wish& wish) {
     constexpr std::size_t manyDraws = 16;
     constexpr std::size_t fewDraws = 3;

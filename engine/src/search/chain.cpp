@@ -12,7 +12,7 @@ bool LocalSearch::tryChain(const DecisionMove& first, double before) {
     chain_.clear();
     chainStart_.clear();
     extendChain(first);
-    while (score() >= sufficient && chain_.size() < longestChain) {
+    while (score() >= sufficient && chain_.size() < longestChain && work_ < 2 * workLimit) {
         const auto broken = anyNewlyViolated(start);
         if (!broken) break;
         const auto repair = drawRepair(*broken);
@@ -64,6 +64,7 @@ std::optional<LocalSearch::Candidate> LocalSearch::drawRepair(std::size_t entry)
         const Evaluator::Mark mark = evaluator_.mark();
         evaluator_.set(move->decision, move->value);
         evaluator_.propagate();
+        work_ += evaluator_.valuesSince(mark).size();
         const double after = score();
         evaluator_.undoTo(mark);
         if (!best || after < best->score) best = Candidate{*move, after};

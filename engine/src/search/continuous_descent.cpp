@@ -14,6 +14,8 @@ std::size_t index(std::int32_t i) {
     return static_cast<std::size_t>(i);
 }
 
+/// In a larger model one line search would take longer than a tick of the search.
+constexpr std::size_t mostOperands = 500'000;
 constexpr double firstPenalty = 10.0;
 constexpr double largestPenalty = 1e8;
 constexpr int stepsPerProblem = 60;
@@ -25,6 +27,7 @@ constexpr double fineExcess = 1e-8;
 
 ContinuousDescent::ContinuousDescent(const Plan& plan, const std::vector<Interval>& domain)
     : plan_(plan), model_(plan.model()), domain_(domain), gradientOf_(plan.model()) {
+    if (model_.operand.size() > mostOperands) return;
     for (DecisionIndex d = 0; d < model_.nbDecisions(); ++d) {
         const Interval& interval = domain[index(d)];
         if (!model_.isDiscrete(d) && interval.lower < interval.upper) free_.push_back(d);

@@ -25,7 +25,7 @@ public:
     /// Both outlive this. @param domain  [nbDecisions], none empty.
     ContinuousDescent(const Plan& plan, const std::vector<Interval>& domain);
 
-    /// There are float decisions that can move.
+    /// There are float decisions that can move, and the model is not too large.
     [[nodiscard]] bool isUseful() const { return !free_.empty(); }
     [[nodiscard]] bool isRunning() const { return isRunning_; }
     /// @param evaluator  standing at the starting point.

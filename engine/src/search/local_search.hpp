@@ -77,6 +77,10 @@ private:
     /// Puts the evaluator to `point`, moved into the domain.
     void moveTo(const Point& point);
 
+    /// An iteration stops drawing after this many values computed, so that its time is bounded by
+    /// the columns' lengths and not by their product with the number of draws.
+    static constexpr std::size_t workLimit = 20000;
+
     // Candidates (candidates.cpp).
     std::optional<Candidate> drawCandidates(const Wish& wish);
     void tryCandidate(const DecisionMove& move, std::optional<Candidate>& best);

@@ -200,7 +200,7 @@ TEST(Searcher, ReachesKnownOptimaFromTheLowerBounds) {
         ModelBuilder builder;
         instance.build(builder);
         const ClosedModel model = builder.close();
-        for (const std::uint64_t seed : {1, 2, 3}) {
+        for (const std::uint64_t seed : {1U, 2U, 3U}) {
             const Incumbent best = search(model, lowerBounds(model), instance.nbIterations, seed);
             ASSERT_TRUE(best.verdict.feasible) << instance.what << ", seed " << seed;
             EXPECT_NEAR(best.verdict.objectives[0].asDouble(), instance.optimum,
