@@ -114,7 +114,7 @@ void MpsParser::setUpper(std::int32_t column, double upper) {
                                 " is given again: the later one is taken");
     }
     state.upperGiven = true;
-    state.upperLine = lines_.number();
+    state.upperLine = lineNumber();
     instance_.columns[j].upper = upper;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <utility>
 
 #include "readers/mps_reader.hpp"
@@ -123,8 +124,7 @@ void MpsParser::enterSection(MpsSection section, std::string_view keyword, std::
             break;
         case MpsSection::columns:
             hasColumns_ = true;
-            // Room for entries of usual length. Memory never touched costs nothing, growing does.
-            instance_.entries.reserve(text_.text().size() / 24);
+            reserveColumns();
             lastColumnOfRow_.assign(instance_.rows.size(), NameIndex::absent);
             hasRightHandSide_.assign(instance_.rows.size(), false);
             break;
@@ -239,6 +239,11 @@ void MpsParser::checkName(std::string_view field) const {
     if (field.size() <= longestName) return;
     fail(field, "found a name of " + std::to_string(field.size()) + " bytes, expected at most " +
                     std::to_string(longestName));
+}
+
+std::uint32_t MpsParser::lineNumber() const {
+    return static_cast<std::uint32_t>(
+        std::min<std::size_t>(lines_.number(), std::numeric_limits<std::uint32_t>::max()));
 }
 
 Place MpsParser::placeOf(std::string_view field) const {

@@ -38,10 +38,10 @@ private:
     };
 
     struct ColumnState {
-        std::size_t line = 0;  ///< of its first entry
+        std::uint32_t line = 0;       ///< of its first entry
+        std::uint32_t upperLine = 0;  ///< of its upper bound
         bool lowerGiven = false;
         bool upperGiven = false;
-        std::size_t upperLine = 0;
     };
 
     struct QuadraticEntry {
@@ -69,6 +69,7 @@ private:
     void parseColumn(const MpsFields& fields);
     void parseMarker(const MpsFields& fields);
     void startColumn(std::string_view name);
+    void reserveColumns();
     void addEntry(std::string_view rowName, std::string_view value);
 
     // mps_right_hand_sides.cpp
@@ -103,6 +104,7 @@ private:
     std::int32_t rowOf(std::string_view field) const;
     std::int32_t columnOf(std::string_view field) const;
     void checkName(std::string_view field) const;
+    [[nodiscard]] std::uint32_t lineNumber() const;
     [[nodiscard]] Place placeOf(std::string_view field) const;
     [[noreturn]] void fail(std::string_view field, const std::string& message) const;
     [[noreturn]] void failCount(const MpsFields& fields, const std::string& expected) const;

@@ -47,6 +47,8 @@ void MpsParser::parseColumn(const MpsFields& fields) {
     if (fields.count() != 3 && fields.count() != 5) {
         failCount(fields, "3 or 5: column and one or two pairs of row and value");
     }
+    rowNames_.prefetch(fields[1]);
+    if (fields.count() == 5) rowNames_.prefetch(fields[3]);
     if (fields[0] != currentColumn_) startColumn(fields[0]);
     addEntry(fields[1], fields[2]);
     if (fields.count() == 5) addEntry(fields[3], fields[4]);
@@ -59,6 +61,18 @@ void MpsParser::parseMarker(const MpsFields& fields) {
         fail(kind, "found " + quoted(kind) + ", expected 'INTORG' or 'INTEND'");
     }
     inIntegers_ = kind == "'INTORG'";
+}
+
+/// Room for columns and entries of usual length. Memory that is never touched costs nothing;
+/// growing would touch everything again.
+void MpsParser::reserveColumns() {
+    constexpr std::size_t bytesPerEntry = 24;
+    constexpr std::size_t bytesPerColumn = 100;
+    const std::size_t size = text_.text().size();
+    instance_.entries.reserve(size / bytesPerEntry);
+    instance_.columns.reserve(size / bytesPerColumn);
+    instance_.columnStarts.reserve(size / bytesPerColumn);
+    columnStates_.reserve(size / bytesPerColumn);
 }
 
 void MpsParser::startColumn(std::string_view name) {
@@ -76,7 +90,7 @@ void MpsParser::startColumn(std::string_view name) {
     instance_.columns.push_back(column);
     instance_.columnStarts.push_back(instance_.entries.size());
     ColumnState state;
-    state.line = lines_.number();
+    state.line = lineNumber();
     columnStates_.push_back(state);
 }
 

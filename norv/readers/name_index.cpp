@@ -33,9 +33,17 @@ NameIndex::Key NameIndex::keyOf(std::string_view name) {
     return {word, length};
 }
 
+std::size_t NameIndex::homeSlot(Key key) const {
+    return mix(key.word ^ key.length) & (slots_.size() - 1);
+}
+
+void NameIndex::prefetch(std::string_view name) const {
+    if (!slots_.empty()) __builtin_prefetch(&slots_[homeSlot(keyOf(name))]);
+}
+
 std::size_t NameIndex::findSlot(std::string_view name, Key key) const {
     const std::size_t mask = slots_.size() - 1;
-    std::size_t slot = mix(key.word ^ key.length) & mask;
+    std::size_t slot = homeSlot(key);
     while (slots_[slot].index != absent &&
            (slots_[slot].key() != key ||
             (name.size() > wordLength && (*this)[slots_[slot].index] != name))) {

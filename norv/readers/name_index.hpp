@@ -24,6 +24,9 @@ public:
     /// Index of `name`, or `absent`.
     [[nodiscard]] std::int32_t find(std::string_view name) const;
 
+    /// Fetches the slot of `name` ahead of `find`, which would otherwise wait for the memory.
+    void prefetch(std::string_view name) const;
+
     [[nodiscard]] std::int32_t size() const { return static_cast<std::int32_t>(names_.size()); }
     [[nodiscard]] std::string_view operator[](std::int32_t index) const {
         return names_[static_cast<std::size_t>(index)];
@@ -46,6 +49,7 @@ private:
     };
 
     static Key keyOf(std::string_view name);
+    [[nodiscard]] std::size_t homeSlot(Key key) const;
     [[nodiscard]] std::size_t findSlot(std::string_view name, Key key) const;
     void grow();
 
