@@ -16,6 +16,8 @@ namespace {
 std::atomic<std::int64_t> bytesNow{0};
 std::atomic<std::int64_t> bytesPeak{0};
 
+// NOLINTBEGIN(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory): what is replaced here
+// cannot be made of itself.
 void* countedAllocation(std::size_t size) {
     void* const block = std::malloc(size);
     if (block == nullptr) throw std::bad_alloc();
@@ -28,6 +30,7 @@ void countedRelease(void* block) {
     if (block != nullptr) bytesNow -= static_cast<std::int64_t>(malloc_usable_size(block));
     std::free(block);
 }
+// NOLINTEND(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
 
 }  // namespace
 

@@ -14,6 +14,8 @@ namespace {
 /// Allocations until the one that fails; negative: none does.
 std::atomic<long> nbUntilFailure{-1};
 
+// NOLINTBEGIN(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory): what is replaced here
+// cannot be made of itself.
 void* allocate(std::size_t size) {
     if (nbUntilFailure >= 0 && nbUntilFailure-- == 0) throw std::bad_alloc();
     void* const block = std::malloc(size);
@@ -42,6 +44,7 @@ void* allocate(std::size_t size) {
 [[gnu::visibility("default")]] void operator delete[](void* block, std::size_t) noexcept {
     std::free(block);
 }
+// NOLINTEND(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
 
 namespace {
 

@@ -67,8 +67,6 @@ private:
                 ls_expr_set_name(s(), anyExpression(), "name");
                 break;
             case 6:
-                appendOperand();
-                break;
             case 7:
                 appendOperand();
                 break;
