@@ -49,6 +49,7 @@ std::string word(double number) {
 
 }  // namespace
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are the host's.
 EXPORT std::int32_t c__xapiversion(std::int32_t api, char* message, std::int32_t* compatibility) {
     *compatibility = 1;
     std::string("a version of its own").copy(message, 30);
@@ -62,6 +63,8 @@ EXPORT std::int32_t c__xcheck(const char* name, std::int32_t nbArguments,
     std::string("a signature of its own").copy(message, 30);
     return succeeds("c__xcheck", arguments) ? 1 : 0;
 }
+
+// NOLINTEND(bugprone-reserved-identifier)
 
 EXPORT void vexInitialize() {
     succeeds("vexInitialize");
