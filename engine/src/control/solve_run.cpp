@@ -130,11 +130,11 @@ void SolveRun::prove(std::int64_t iterationsLeft) {
         team_.parkIfPaused();
         return halt.load();
     };
+    ProveLimits limits{budget, context_.parameters.seed, shouldStop};
+    limits.attempt = nbProvingTurns_++;
     Preparation preparation;
-    team_.start(1, [&](int) {
-        preparation = prepare(context_.model, context_.solution.point(),
-                              {budget, context_.parameters.seed, shouldStop});
-    });
+    team_.start(
+        1, [&](int) { preparation = prepare(context_.model, context_.solution.point(), limits); });
     awaitJob();
     context_.statistics.iterations += preparation.iterations;
     accept(preparation);

@@ -70,7 +70,8 @@ private:
     std::int64_t phaseStartIterations_ = 0;
     std::int64_t lastTickIterations_ = 0;
 
-    std::int64_t effort_;              ///< of the next turn of proving, in operand visits
+    std::int64_t effort_;  ///< of the next turn of proving, in operand visits
+    int nbProvingTurns_ = 0;
     bool isProvingExhausted_ = false;  ///< more effort would prove no more
     std::int64_t searchLeft_ = 0;      ///< moves before the next turn of proving
     std::vector<Interval> domain_;     ///< [nbDecisions] as tightened by proving

@@ -2,9 +2,12 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <numeric>
+#include <random>
 
 #include <CbcBranchDefaultDecision.hpp>
-#include <CbcCompareDefault.hpp>
+#include <CbcCompareActual.hpp>
+#include <CbcCompareEstimate.hpp>
 #include <CbcHeuristicDiveCoefficient.hpp>
 #include <CbcHeuristicFPump.hpp>
 #include <CbcHeuristicLocal.hpp>
@@ -41,38 +44,61 @@ ClpSolve quietOptions() {
     return options;
 }
 
-void load(const ExactProblem& problem, const ExactSettings& settings, CbcWatch& watch,
-          OsiClpSolverInterface& solver) {
-    const LinearModel& m = problem.model;
-    const auto nbColumns = static_cast<int>(m.nbColumns());
-    const auto nbRows = static_cast<int>(m.nbRows());
-    const CoinPackedMatrix rows(/*colordered=*/false, nbColumns, nbRows,
-                                static_cast<CoinBigIndex>(m.column.size()), m.coefficient.data(),
-                                m.column.data(), m.rowStart.data(), /*len=*/nullptr);
-    solver.messageHandler()->setLogLevel(0);
-    solver.getModelPtr()->messageHandler()->setLogLevel(0);
-    solver.setHintParam(OsiDoReducePrint, true, OsiHintTry);
-    solver.loadProblem(rows, problem.lower.data(), problem.upper.data(), problem.cost.data(),
-                       problem.rowLower.data(), problem.rowUpper.data());
-    for (int j = 0; j < nbColumns; ++j) {
-        if (m.isInteger[static_cast<std::size_t>(j)] != 0) solver.setInteger(j);
+/// The rows in the order in which they are loaded: their own for variant 0, else shuffled. Another
+/// order means other pivots, cuts and branches: trees that are luckless in one often end in
+/// another.
+std::vector<std::size_t> orderOfRows(std::size_t nbRows, int variant) {
+    std::vector<std::size_t> order(nbRows);
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    if (variant == 0) return order;
+    std::mt19937_64 random(static_cast<std::uint64_t>(variant));
+    for (std::size_t k = nbRows; k > 1; --k) std::swap(order[k - 1], order[random() % k]);
+    return order;
+}
+
+CoinPackedMatrix matrixOf(const LinearModel& m, const std::vector<std::size_t>& order) {
+    std::vector<int> start{0};
+    std::vector<int> column;
+    std::vector<double> coefficient;
+    for (const std::size_t i : order) {
+        const auto first = m.rowStart[i];
+        const auto last = m.rowStart[i + 1];
+        column.insert(column.end(), m.column.begin() + first, m.column.begin() + last);
+        coefficient.insert(coefficient.end(), m.coefficient.begin() + first,
+                           m.coefficient.begin() + last);
+        start.push_back(static_cast<int>(column.size()));
     }
-    solver.setDblParam(OsiPrimalTolerance, settings.feasibilityTolerance);
-    solver.setDblParam(OsiDualTolerance, settings.feasibilityTolerance);
-    solver.setSolveOptions(quietOptions());
-    PivotEvents events(watch);
-    solver.getModelPtr()->passInEventHandler(&events);
+    return {/*colordered=*/false,
+            static_cast<int>(m.nbColumns()),
+            static_cast<int>(m.nbRows()),
+            static_cast<CoinBigIndex>(column.size()),
+            coefficient.data(),
+            column.data(),
+            start.data(),
+            /*len=*/nullptr};
+}
+
+std::vector<double> inOrder(const std::vector<double>& sides,
+                            const std::vector<std::size_t>& order) {
+    std::vector<double> permuted;
+    permuted.reserve(sides.size());
+    for (const std::size_t i : order) permuted.push_back(sides[i]);
+    return permuted;
 }
 
 /// One exact solve from loading to the answer.
 class CbcSolve {
 public:
     CbcSolve(const ExactProblem& problem, const ExactSettings& settings)
-        : problem_(problem), settings_(settings), watch_(settings) {}
+        : problem_(problem),
+          settings_(settings),
+          watch_(settings),
+          order_(orderOfRows(problem.model.nbRows(), settings.variant)) {}
 
     ExactAnswer run();
 
 private:
+    void load();
     void solveRelaxation();
     void readRay();
     void solveInteger();
@@ -87,9 +113,28 @@ private:
     const ExactProblem& problem_;
     const ExactSettings& settings_;
     CbcWatch watch_;
+    std::vector<std::size_t> order_;  ///< [nbRows] model row of each loaded row
     OsiClpSolverInterface solver_;
     ExactAnswer answer_;
 };
+
+void CbcSolve::load() {
+    const LinearModel& m = problem_.model;
+    solver_.messageHandler()->setLogLevel(0);
+    solver_.getModelPtr()->messageHandler()->setLogLevel(0);
+    solver_.setHintParam(OsiDoReducePrint, true, OsiHintTry);
+    solver_.loadProblem(matrixOf(m, order_), problem_.lower.data(), problem_.upper.data(),
+                        problem_.cost.data(), inOrder(problem_.rowLower, order_).data(),
+                        inOrder(problem_.rowUpper, order_).data());
+    for (std::size_t j = 0; j < m.nbColumns(); ++j) {
+        if (m.isInteger[j] != 0) solver_.setInteger(static_cast<int>(j));
+    }
+    solver_.setDblParam(OsiPrimalTolerance, settings_.feasibilityTolerance);
+    solver_.setDblParam(OsiDualTolerance, settings_.feasibilityTolerance);
+    solver_.setSolveOptions(quietOptions());
+    PivotEvents events(watch_);
+    solver_.getModelPtr()->passInEventHandler(&events);
+}
 
 void CbcSolve::solveRelaxation() {
     ClpSimplex& simplex = *solver_.getModelPtr();
@@ -117,7 +162,9 @@ void CbcSolve::solveRelaxation() {
 
 void CbcSolve::readRay() {
     const std::unique_ptr<double[]> ray(solver_.getModelPtr()->infeasibilityRay());
-    if (ray) answer_.farkas.assign(ray.get(), ray.get() + problem_.model.nbRows());
+    if (!ray) return;
+    answer_.farkas.resize(order_.size());
+    for (std::size_t k = 0; k < order_.size(); ++k) answer_.farkas[order_[k]] = ray[k];
 }
 
 void CbcSolve::readLevels() {
@@ -182,11 +229,13 @@ void CbcSolve::configure(CbcModel& tree) const {
     tree.setLogLevel(0);
     tree.messageHandler()->setLogLevel(0);
     tree.solver()->setHintParam(OsiDoReducePrint, true, OsiHintTry);
-    tree.setRandomSeed(1 + settings_.seed % 1000000);
     addCutGenerators(tree);
     addHeuristics(tree);
     CbcBranchDefaultDecision decision;
     tree.setBranchingMethod(decision);
+    // By bound and estimated rounding cost; the default dives for points first.
+    CbcCompareEstimate byEstimate;
+    if (settings_.variant % 2 == 1) tree.setNodeComparison(byEstimate);
     tree.setNumberStrong(5);
     tree.setNumberBeforeTrust(10);
     const int nbColumns = tree.getNumCols();
@@ -252,7 +301,7 @@ void CbcSolve::solveInteger() {
 
 ExactAnswer CbcSolve::run() {
     try {
-        load(problem_, settings_, watch_, solver_);
+        load();
         solveRelaxation();
         if (answer_.status == ExactAnswer::Status::Optimal) {
             hasIntegers() ? solveInteger() : readLevels();

@@ -21,8 +21,8 @@ struct ExactProblem {
 };
 
 struct ExactSettings {
-    std::int64_t budget;                 ///< nodes and pivots together, 0 or more
-    int seed;                            ///< 0 or more
+    std::int64_t budget;  ///< nodes and pivots together, 0 or more
+    int variant;          ///< 0 or more: another number takes another path to the same answer
     std::function<bool()> shouldStop;    ///< asked some fifty times a second where possible
     double feasibilityTolerance = 1e-7;  ///< absolute, of rows and bounds
 };

@@ -84,7 +84,8 @@ ExactProblem ExactProver::problemFor(const LinearForm& cost, double sign) const 
 
 ExactAnswer ExactProver::solve(const ExactProblem& problem, double tolerance) {
     const ExactSettings settings{std::max<std::int64_t>(0, limits_.iterations - result_.effort),
-                                 limits_.seed, limits_.shouldStop, tolerance};
+                                 (limits_.seed % 1'000'000) * 64 + limits_.attempt % 64,
+                                 limits_.shouldStop, tolerance};
     ExactAnswer answer = solveExactly(problem, settings);
     result_.effort += answer.effort;
     return answer;
@@ -202,10 +203,12 @@ bool ExactProver::proveObjective(const LinearForm& form, bool maximise) {
     }
     if (answer.levels.empty()) return false;
     const bool isOptimal = answer.status == Status::Optimal;
-    offer(answer.levels);
+    // Solved again first: its point uses up less of the tolerance.
+    if (hasIntegers()) offerSolvedAgain(problem, answer.levels);
     if (!incumbent_.hasPoint() || (isOptimal && !isProved(form, sign, nbProved_, answer.bound))) {
-        offerSolvedAgain(problem, answer.levels);
+        offer(answer.levels);
     }
+    if (!hasIntegers() && !incumbent_.hasPoint()) offerSolvedAgain(problem, answer.levels);
     if (!isOptimal || !isProved(form, sign, nbProved_, answer.bound)) return false;
     fixObjective(form, sign, nbProved_);
     ++nbProved_;

@@ -17,6 +17,8 @@ struct ProveLimits {
     std::function<bool()> shouldStop;
     /// False leaves the exact back end out: measures the search alone.
     bool useExactBackEnd = true;
+    /// How often proving was tried before with a smaller budget: each attempt takes another path.
+    int attempt = 0;
 };
 
 /// Outcome of proving.
