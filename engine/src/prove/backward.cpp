@@ -14,15 +14,13 @@ public:
     void run();
 
 private:
-    [[nodiscard]] const Range& own() const { return narrowing_.rangeOf(e_); }
+    [[nodiscard]] Range own() const { return narrowing_.rangeOf(e_); }
     /// The values that the exact operation may have had before the judge's rounding.
     [[nodiscard]] Range beforeRounding(double nbRoundings) const {
         return model_.isDouble[static_cast<std::size_t>(e_)] != 0 ? widened(own(), nbRoundings)
                                                                   : own();
     }
-    [[nodiscard]] const Range& range(std::size_t k) const {
-        return narrowing_.rangeOf(operands_[k]);
-    }
+    [[nodiscard]] Range range(std::size_t k) const { return narrowing_.rangeOf(operands_[k]); }
     void restrict(std::size_t k, double lower, double upper) {
         narrowing_.restrict(operands_[k], lower, upper);
     }
@@ -296,7 +294,7 @@ void Step::elementAt() {
     const auto fits = [&](double k) {
         const auto position = static_cast<std::size_t>(std::trunc(k));
         if (position >= array.size()) return false;
-        const Range& r = narrowing_.rangeOf(array[position]);
+        const Range r = narrowing_.rangeOf(array[position]);
         return r.lower <= whole.upper && r.upper >= whole.lower;
     };
     Range index = range(1);
@@ -417,7 +415,7 @@ void Step::run() {
 }  // namespace
 
 void narrowOperands(const ClosedModel& model, ExpressionIndex e, Narrowing& narrowing) {
-    const Range& own = narrowing.rangeOf(e);
+    const Range own = narrowing.rangeOf(e);
     // An infinite result may be an overflow: its operands need not be infinite.
     if (own.lower == infinity || own.upper == -infinity) return;
     Step(model, e, narrowing).run();

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <span>
-
 #include "model/closed_model.hpp"
-#include "prove/range.hpp"
+#include "prove/range_store.hpp"
 
 namespace engine {
 
@@ -12,11 +10,9 @@ class Narrowing {
 public:
     /// The value of `e` is not NaN and lies in [lower, upper].
     virtual void restrict(ExpressionIndex e, double lower, double upper) = 0;
-    /// [nbExpressions] what is known now.
-    [[nodiscard]] virtual std::span<const Range> ranges() const = 0;
-    [[nodiscard]] const Range& rangeOf(ExpressionIndex e) const {
-        return ranges()[static_cast<std::size_t>(e)];
-    }
+    /// What is known now.
+    [[nodiscard]] virtual const RangeStore& ranges() const = 0;
+    [[nodiscard]] Range rangeOf(ExpressionIndex e) const { return ranges().of(e); }
 
 protected:
     ~Narrowing() = default;

@@ -143,7 +143,7 @@ bool cannotImprove(const ClosedModel& model, const Propagator& propagator,
     if (!incumbent.hasPoint()) return false;
     for (std::size_t k = 0; k < model.objective.size(); ++k) {
         const Objective& o = model.objective[k];
-        const Range& r = propagator.rangeOf(o.expression);
+        const Range r = propagator.rangeOf(o.expression);
         const double value = incumbent.verdict().objectives[k].asDouble();
         if (std::isnan(value)) return false;
         const double bound = o.maximise ? r.upper : r.lower;

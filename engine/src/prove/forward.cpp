@@ -12,22 +12,19 @@ constexpr double nbFunctionRoundings = 8.0;
 /// The operands' ranges, seen through their indices.
 class Operands {
 public:
-    Operands(std::span<const ExpressionIndex> indices, std::span<const Range> ranges)
+    Operands(std::span<const ExpressionIndex> indices, const RangeStore& ranges)
         : indices_(indices), ranges_(ranges) {}
     [[nodiscard]] std::size_t size() const { return indices_.size(); }
-    [[nodiscard]] const Range& operator[](std::size_t k) const {
-        return ranges_[static_cast<std::size_t>(indices_[k])];
-    }
+    [[nodiscard]] Range operator[](std::size_t k) const { return ranges_.of(indices_[k]); }
     [[nodiscard]] ExpressionIndex indexOf(std::size_t k) const { return indices_[k]; }
     [[nodiscard]] bool someIsEmpty() const {
-        return std::any_of(indices_.begin(), indices_.end(), [this](ExpressionIndex e) {
-            return ranges_[static_cast<std::size_t>(e)].isEmpty();
-        });
+        return std::any_of(indices_.begin(), indices_.end(),
+                           [this](ExpressionIndex e) { return ranges_.of(e).isEmpty(); });
     }
 
 private:
     std::span<const ExpressionIndex> indices_;
-    std::span<const Range> ranges_;
+    const RangeStore& ranges_;
 };
 
 Range sum(const Operands& x) {
@@ -279,10 +276,10 @@ Range tangent(const Range& r) {
     return widened({std::tan(r.lower), std::tan(r.lower), r.mayBeNan}, nbFunctionRoundings);
 }
 
-Range elementAt(const ClosedModel& model, const Operands& x, std::span<const Range> ranges) {
+Range elementAt(const ClosedModel& model, const Operands& x, const RangeStore& ranges) {
     const Operands array(model.operandsOf(x.indexOf(0)), ranges);
     const auto size = static_cast<double>(array.size());
-    const Range& index = x[1];
+    const Range index = x[1];
     Range result = emptyRange;
     for (double k = std::max(0.0, std::trunc(index.lower));
          k < size && k <= std::trunc(index.upper); k += 1.0) {
@@ -292,7 +289,7 @@ Range elementAt(const ClosedModel& model, const Operands& x, std::span<const Ran
     return result;
 }
 
-Range scalarProduct(const ClosedModel& model, const Operands& x, std::span<const Range> ranges) {
+Range scalarProduct(const ClosedModel& model, const Operands& x, const RangeStore& ranges) {
     const Operands a(model.operandsOf(x.indexOf(0)), ranges);
     const Operands b(model.operandsOf(x.indexOf(1)), ranges);
     if (a.size() != b.size()) return anything;
@@ -343,15 +340,14 @@ bool isSmallInteger(const ClosedModel& model, ExpressionIndex e, const Range& r)
 
 }  // namespace
 
-bool isExactRelation(const ClosedModel& model, ExpressionIndex relation,
-                     std::span<const Range> ranges) {
+bool isExactRelation(const ClosedModel& model, ExpressionIndex relation, const RangeStore& ranges) {
     const auto sides = model.operandsOf(relation);
     return std::all_of(sides.begin(), sides.end(), [&](ExpressionIndex side) {
-        return isSmallInteger(model, side, ranges[static_cast<std::size_t>(side)]);
+        return isSmallInteger(model, side, ranges.of(side));
     });
 }
 
-Range imageOf(const ClosedModel& model, ExpressionIndex e, std::span<const Range> ranges) {
+Range imageOf(const ClosedModel& model, ExpressionIndex e, const RangeStore& ranges) {
     const Operands x(model.operandsOf(e), ranges);
     const ls_operator op = model.operatorOf(e);
     if (isStrict(op) && x.someIsEmpty()) return {infinity, -infinity, true};

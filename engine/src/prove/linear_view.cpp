@@ -118,7 +118,7 @@ std::optional<Row> LinearView::rowOfRelation(ExpressionIndex e) {
 /// large as the smaller of their largest magnitudes.
 double LinearView::toleranceOf(ExpressionIndex left, ExpressionIndex right) const {
     const auto magnitude = [this](ExpressionIndex e) {
-        const Range& r = propagator_.rangeOf(e);
+        const Range r = propagator_.rangeOf(e);
         return std::max(std::fabs(r.lower), std::fabs(r.upper));
     };
     const double smaller = std::min(magnitude(left), magnitude(right));

@@ -32,9 +32,8 @@ bool isSignificant(const Range& before, const Range& after, bool isInteger) {
 }  // namespace
 
 void Propagator::Queue::push(std::int32_t rank) {
-    std::uint8_t& waits = isWaiting_[static_cast<std::size_t>(rank)];
-    if (waits != 0) return;
-    waits = 1;
+    if (isWaiting_[static_cast<std::size_t>(rank)]) return;
+    isWaiting_[static_cast<std::size_t>(rank)] = true;
     heap_.push_back(rank * direction_);
     std::push_heap(heap_.begin(), heap_.end(), std::greater<>());
 }
@@ -43,12 +42,12 @@ std::int32_t Propagator::Queue::pop() {
     std::pop_heap(heap_.begin(), heap_.end(), std::greater<>());
     const std::int32_t rank = heap_.back() * direction_;
     heap_.pop_back();
-    isWaiting_[static_cast<std::size_t>(rank)] = 0;
+    isWaiting_[static_cast<std::size_t>(rank)] = false;
     return rank;
 }
 
 void Propagator::Queue::clear() {
-    for (const std::int32_t r : heap_) isWaiting_[static_cast<std::size_t>(r * direction_)] = 0;
+    for (const std::int32_t r : heap_) isWaiting_[static_cast<std::size_t>(r * direction_)] = false;
     heap_.clear();
 }
 
@@ -67,15 +66,16 @@ void Propagator::initialise(const std::vector<Interval>& domain) {
     for (const ExpressionIndex e : model_.order) {
         const auto i = static_cast<std::size_t>(e);
         if (model_.operatorOf(e) == LS_OP_CONST) {
-            ranges_[i] = rangeOfConstant(model_.constantValue[i]);
+            ranges_.set(e, rangeOfConstant(model_.constantValue[i]));
         } else if (const DecisionIndex d = model_.decisionOf[i]; d >= 0) {
             const Interval own = domain[static_cast<std::size_t>(d)];
-            ranges_[i] = {own.lower, own.upper, false};
+            ranges_.set(e, {own.lower, own.upper, false});
         } else {
-            ranges_[i] = rounded(e, imageOf(model_, e, ranges_));
+            ranges_.set(e, rounded(e, imageOf(model_, e, ranges_)));
             work_ += static_cast<std::int64_t>(model_.operandsOf(e).size()) + 1;
         }
-        if (ranges_[i].isEmpty() && !ranges_[i].mayBeNan) conflict_ = true;
+        const Range r = ranges_.of(e);
+        if (r.isEmpty() && !r.mayBeNan) conflict_ = true;
     }
 }
 
@@ -116,7 +116,7 @@ bool Propagator::settle(std::int64_t workLimit) {
 void Propagator::visitForward(ExpressionIndex e) {
     work_ += static_cast<std::int64_t>(model_.operandsOf(e).size()) + 1;
     const Range image = rounded(e, imageOf(model_, e, ranges_));
-    const Range own = ranges_[static_cast<std::size_t>(e)];
+    const Range own = ranges_.of(e);
     const Range both{std::max(own.lower, image.lower), std::min(own.upper, image.upper),
                      own.mayBeNan && image.mayBeNan};
     replace(e, both, /*fromAbove=*/false);
@@ -127,7 +127,7 @@ void Propagator::visitForward(ExpressionIndex e) {
 }
 
 void Propagator::visitBackward(ExpressionIndex e) {
-    if (ranges_[static_cast<std::size_t>(e)].mayBeNan) return;
+    if (ranges_.of(e).mayBeNan) return;
     work_ += static_cast<std::int64_t>(model_.operandsOf(e).size()) + 1;
     narrowOperands(model_, e, *this);
 }
@@ -140,7 +140,7 @@ Range Propagator::rounded(ExpressionIndex e, Range r) const {
 
 void Propagator::restrict(ExpressionIndex e, double lower, double upper) {
     if (conflict_) return;
-    const Range own = ranges_[static_cast<std::size_t>(e)];
+    const Range own = ranges_.of(e);
     const Range narrowed =
         rounded(e, {std::max(own.lower, lower), std::min(own.upper, upper), /*mayBeNan=*/false});
     replace(e, narrowed, /*fromAbove=*/true);
@@ -148,11 +148,11 @@ void Propagator::restrict(ExpressionIndex e, double lower, double upper) {
 
 void Propagator::replace(ExpressionIndex e, const Range& r, bool fromAbove) {
     const auto i = static_cast<std::size_t>(e);
-    Range& own = ranges_[i];
+    const Range own = ranges_.of(e);
     if (r.lower == own.lower && r.upper == own.upper && r.mayBeNan == own.mayBeNan) return;
     const bool significant = isSignificant(own, r, model_.isDouble[i] == 0);
     if (keepsTrail_) trail_.push_back({e, own});
-    own = r;
+    ranges_.set(e, r);
     if (r.isEmpty() && !r.mayBeNan) {
         conflict_ = true;
         return;
@@ -171,7 +171,7 @@ std::size_t Propagator::mark() {
 
 void Propagator::undoTo(std::size_t mark) {
     while (trail_.size() > mark) {
-        ranges_[static_cast<std::size_t>(trail_.back().expression)] = trail_.back().range;
+        ranges_.set(trail_.back().expression, trail_.back().range);
         trail_.pop_back();
     }
     conflict_ = false;

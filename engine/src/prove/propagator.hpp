@@ -5,7 +5,7 @@
 
 #include "model/closed_model.hpp"
 #include "prove/backward.hpp"
-#include "prove/range.hpp"
+#include "prove/range_store.hpp"
 
 namespace engine {
 
@@ -32,9 +32,9 @@ public:
     [[nodiscard]] std::size_t mark();
     void undoTo(std::size_t mark);
 
-    [[nodiscard]] std::span<const Range> ranges() const override { return ranges_; }
+    [[nodiscard]] const RangeStore& ranges() const override { return ranges_; }
     [[nodiscard]] Interval domainOf(DecisionIndex d) const {
-        const Range& r = rangeOf(model_.decision[static_cast<std::size_t>(d)]);
+        const Range r = rangeOf(model_.decision[static_cast<std::size_t>(d)]);
         return {r.lower, r.upper};
     }
     /// Operands looked at since construction.
@@ -47,7 +47,7 @@ private:
     class Queue {
     public:
         Queue(std::size_t nbExpressions, int direction)
-            : isWaiting_(nbExpressions, 0), direction_(direction) {}
+            : isWaiting_(nbExpressions, false), direction_(direction) {}
         void push(std::int32_t rank);
         std::int32_t pop();
         void clear();
@@ -55,7 +55,7 @@ private:
 
     private:
         std::vector<std::int32_t> heap_;  ///< ranks times direction, smallest on top
-        std::vector<std::uint8_t> isWaiting_;
+        std::vector<bool> isWaiting_;
         int direction_;
     };
     struct Saved {
@@ -72,7 +72,7 @@ private:
     void replace(ExpressionIndex e, const Range& r, bool fromAbove);
 
     const ClosedModel& model_;
-    std::vector<Range> ranges_;
+    RangeStore ranges_;
     Queue forward_;
     Queue backward_;
     std::vector<Saved> trail_;

@@ -145,7 +145,7 @@ void expectRangesHold(const std::string& text, const ClosedModel& model,
         ASSERT_TRUE(consistent) << text;
         for (ExpressionIndex e = 0; e < model.nbExpressions(); ++e) {
             const double v = values[static_cast<std::size_t>(e)].asDouble();
-            const Range& r = propagator.rangeOf(e);
+            const Range r = propagator.rangeOf(e);
             if (std::isnan(v)) {
                 ASSERT_TRUE(r.mayBeNan) << text << "\nexpression " << e;
             } else {
@@ -185,17 +185,17 @@ TEST(Propagator, UndoRestoresEveryRange) {
         const ModelText text(statements + "leq(" + random.linear(true) + ",3);");
         Propagator propagator(text.model);
         if (!propagator.start(text.model.domain, 100000)) continue;
-        const std::vector<Range> before(propagator.ranges().begin(), propagator.ranges().end());
+        const RangeStore before = propagator.ranges();
         const std::size_t mark = propagator.mark();
         for (DecisionIndex d = 0; d < text.model.nbDecisions(); ++d) {
             const double v = propagator.domainOf(d).lower;
             if (!propagator.restrictDecision(d, {v, v}, 100000)) break;
         }
         propagator.undoTo(mark);
-        for (std::size_t e = 0; e < before.size(); ++e) {
-            ASSERT_EQ(before[e].lower, propagator.ranges()[e].lower);
-            ASSERT_EQ(before[e].upper, propagator.ranges()[e].upper);
-            ASSERT_EQ(before[e].mayBeNan, propagator.ranges()[e].mayBeNan);
+        for (ExpressionIndex e = 0; e < text.model.nbExpressions(); ++e) {
+            ASSERT_EQ(before.of(e).lower, propagator.rangeOf(e).lower);
+            ASSERT_EQ(before.of(e).upper, propagator.rangeOf(e).upper);
+            ASSERT_EQ(before.of(e).mayBeNan, propagator.rangeOf(e).mayBeNan);
         }
     }
 }
