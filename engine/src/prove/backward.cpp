@@ -132,7 +132,11 @@ void Step::extreme(bool largest) {
     std::size_t nbAble = 0;
     std::size_t able = 0;
     for (std::size_t k = 0; k < n; ++k) {
-        restrict(k, largest ? -infinity : whole.lower, largest ? whole.upper : infinity);
+        if (largest) {
+            restrict(k, -infinity, whole.upper);
+        } else {
+            restrict(k, whole.lower, infinity);
+        }
         const bool reaches =
             largest ? range(k).upper >= whole.lower : range(k).lower <= whole.upper;
         if (reaches) {

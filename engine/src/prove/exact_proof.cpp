@@ -25,10 +25,9 @@ using Outcome = Preparation::Outcome;
 
 class ExactProver {
 public:
-    ExactProver(const ClosedModel& model, const Propagator& propagator, const Point& start,
-                ProvedIncumbent& incumbent, const ProveLimits& limits, LinearModel linear)
+    ExactProver(const ClosedModel& model, const Point& start, ProvedIncumbent& incumbent,
+                const ProveLimits& limits, LinearModel linear)
         : model_(model),
-          propagator_(propagator),
           start_(start),
           incumbent_(incumbent),
           limits_(limits),
@@ -63,7 +62,6 @@ private:
     }
 
     const ClosedModel& model_;
-    const Propagator& propagator_;
     const Point& start_;
     ProvedIncumbent& incumbent_;
     const ProveLimits& limits_;
@@ -254,7 +252,7 @@ ExactProof proveExactly(const ClosedModel& model, const Propagator& propagator, 
     judge(model, start, values);
     std::optional<LinearModel> linear = linearViewOf(model, propagator, values);
     if (!linear) return {};
-    return ExactProver(model, propagator, start, incumbent, limits, *std::move(linear)).run();
+    return ExactProver(model, start, incumbent, limits, *std::move(linear)).run();
 }
 
 }  // namespace engine

@@ -200,6 +200,7 @@ std::int32_t LinearForms::productColumn(const std::vector<ExpressionIndex>& bina
     if (known != productColumn_.end()) return known->second;
     workLeft_ -= static_cast<std::int64_t>(key.size()) * 4;
     std::vector<std::int32_t> columns;
+    columns.reserve(binaries.size());
     for (const ExpressionIndex b : binaries) {
         columns.push_back(columnOf(model_.decisionOf[static_cast<std::size_t>(b)]));
     }

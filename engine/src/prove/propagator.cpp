@@ -21,10 +21,12 @@ bool isSignificant(const Range& before, const Range& after, bool isInteger) {
     if (std::isinf(before.upper) != std::isinf(after.upper)) return true;
     const double width =
         std::isinf(before.upper - before.lower) ? 0.0 : before.upper - before.lower;
-    const double scale =
-        std::max(1.0, std::min(std::isinf(after.lower) ? infinity : std::fabs(after.lower),
-                               std::isinf(after.upper) ? infinity : std::fabs(after.upper)));
-    const double least = std::max(1e-3 * width, 1e-9 * (std::isinf(scale) ? 1.0 : scale));
+    // An infinite bound says nothing about the scale.
+    double scale = 1.0;
+    if (std::isfinite(after.lower) && std::isfinite(after.upper)) {
+        scale = std::max(scale, std::min(std::fabs(after.lower), std::fabs(after.upper)));
+    }
+    const double least = std::max(1e-3 * width, 1e-9 * scale);
     return after.lower - before.lower > least || before.upper - after.upper > least ||
            after.isPoint();
 }
@@ -47,7 +49,10 @@ std::int32_t Propagator::Queue::pop() {
 }
 
 void Propagator::Queue::clear() {
-    for (const std::int32_t r : heap_) isWaiting_[static_cast<std::size_t>(r * direction_)] = false;
+    for (const std::int32_t entry : heap_) {
+        const std::int32_t rank = entry * direction_;
+        isWaiting_[static_cast<std::size_t>(rank)] = false;
+    }
     heap_.clear();
 }
 

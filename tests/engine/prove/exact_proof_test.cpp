@@ -231,13 +231,15 @@ std::string marketSplit(int nbItems, int nbRows) {
         for (int j = 0; j < nbItems; ++j) {
             const int c = random.below(100);
             total += c;
-            row += "prod(b" + std::to_string(j) + "," + std::to_string(c) + ".0),";
+            row.append("prod(b").append(std::to_string(j)).append(",");
+            row.append(std::to_string(c)).append(".0),");
         }
-        const std::string s = std::to_string(i);
-        text += "s" + s + ": real 0 1e4; t" + s + ": real 0 1e4;";
-        text += "eq(sum(" + row + "s" + s + ",prod(t" + s + ",-1.0)), " +
-                std::to_string(total / 2) + ".0);";
-        cost += "s" + s + ",t" + s + ",";
+        const std::string s = "s" + std::to_string(i);
+        const std::string t = "t" + std::to_string(i);
+        text.append(s).append(": real 0 1e4;").append(t).append(": real 0 1e4;");
+        text.append("eq(sum(").append(row).append(s).append(",prod(").append(t).append(",-1.0)), ");
+        text.append(std::to_string(total / 2)).append(".0);");
+        cost.append(s).append(",").append(t).append(",");
     }
     return text + "minimise sum(" + cost + "0.0);";
 }

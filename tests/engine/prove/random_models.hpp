@@ -33,9 +33,8 @@ public:
             const std::string bounds =
                 std::to_string(lower) + " " + std::to_string(lower + below(5)) + ";";
             const int kind = below(withReals ? 4 : 3);
-            text += name + (kind == 0   ? ": bool;"
-                            : kind == 3 ? ": real " + bounds
-                                        : ": int " + bounds);
+            text.append(name).append(kind == 0 ? ": bool;" : kind == 3 ? ": real " : ": int ");
+            if (kind != 0) text.append(bounds);
             names_.push_back(name);
         }
         return text;
@@ -68,7 +67,7 @@ public:
         for (const std::string& n : names_) {
             if (below(4) == 0) continue;
             const std::string c = std::to_string(below(9) - 4) + (whole ? "" : ".5");
-            text += "prod(" + n + "," + c + "),";
+            text.append("prod(").append(n).append(",").append(c).append("),");
         }
         return text + (whole ? std::to_string(below(5)) : constant()) + ")";
     }
