@@ -76,10 +76,10 @@ TEST(HostLibrariesDeathTest, MissingFunctionEndsTheProcessWithItsLine) {
             if (nmoBinding.ensureLoaded({message, sizeof message},
                                         loadingFrom(folder("lacks_function")))) {
                 nmoM(nullptr);  // there; no end here
-                nmoN(nullptr);
+                nmoNameOptFile(nullptr, message);
             }
         },
-        exits, "^nmoN could not be loaded: this host is too old for it\\.\n$");
+        exits, "^nmoNameOptFile could not be loaded: this host is too old for it\\.\n$");
     EXPECT_EXIT(
         {
             showStandardOutput();

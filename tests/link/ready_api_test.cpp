@@ -24,11 +24,11 @@ const ModelHandle model = reinterpret_cast<ModelHandle>(&objects[0]);
 const OptionHandle hostOptions = reinterpret_cast<OptionHandle>(&objects[1]);
 
 // What a preparation does, step by step.
-const Lines banner = {"nevLogStat", "nevLogStat: audit line", "nevStatAudit: audit line",
+const Lines banner = {"nevLogStat: ", "nevLogStat: audit line", "nevStatAudit: audit line",
                       "huxXFree"};
-const Lines info = {"nevLogStat", "nevLogStat: engine"};
+const Lines info = {"nevLogStat: ", "nevLogStat: engine"};
 const Lines definition = {"nevGetStrOpt: NameSysDir", "optReadDefinition: /sys/optlocalsolver.def",
-                          "nevStatCon", "nevStatCoff", "optClearMessages"};
+                          "nevStatCon:", "nevStatCoff:", "optClearMessages:"};
 const Lines endOfLine = {"optEOLOnlySet: 1"};
 const Lines newSolver = {"resetTranslation", "hook", "ls_create_solver", "ls_set_verbosity: 0"};
 const Lines replacedSolver = {"resetTranslation", "ls_delete_solver", "hook", "ls_create_solver",
@@ -86,38 +86,39 @@ TEST_F(ReadyAPITest, EachOutcomeHasItsCallsAndResult) {
     const auto deep = [] { throw RecursionDepthLimitReached(); };
     const Lines tooDeep = {"nevLogStatPChar: Recursion depth limit reached during model setup.\n"};
     const Lines disabling = {"nevLogStatPChar: Disabling aggregation of variables.\n",
-                             "optSetIntStr: aggrvars 0"};
+                             "optSetIntStr: aggrvars, 0"};
     const Lines consider = {"nevLogStatPChar: Consider not using option 'defvar'.\n"};
     const Case cases[] = {
         {"ready", [] {}, 0, prepared + newSolver + setup},
         {"no audit object", [] { world.auditObject = false; }, 1, {}},
         {"definition file refused: all its messages",
          [] {
-             world.definitionFailure = 7;
-             world.definitionMessages = {{8, "eight"}, {2, "two"}};
+             world.numbers["optReadDefinition"] = 7;
+             world.messages["optReadDefinition"] = {{8, "eight"}, {2, "two"}};
          },
          1,
          banner + info +
              Lines{"nevGetStrOpt: NameSysDir", "optReadDefinition: /sys/optlocalsolver.def",
-                   "nevStatCon", "nevLogStat: eight", "nevLogStat: two", "nevStatCoff",
-                   "optClearMessages"}},
+                   "nevStatCon:", "nevLogStat: eight", "nevLogStat: two",
+                   "nevStatCoff:", "optClearMessages:"}},
         {"system directory as long as the scratch text",
-         [] { world.systemDirectory = std::string(1023, 'd'); }, 0,
+         [] { world.texts["nevGetStrOpt"] = std::string(1023, 'd'); }, 0,
          banner + info + Lines{definition[0]} +
              Lines{"optReadDefinition: " + std::string(1023, 'd') + "optlocalsolver.def"} +
              Lines(definition.begin() + 2, definition.end()) + endOfLine + newSolver + setup},
         {"option file: types up to 7, and 9; its result does not matter",
          [] {
-             world.optionFile = 1;
+             world.numbers["nmoOptFile"] = 1;
              for (const std::int32_t type : {-1, 0, 7, 8, 9, 10}) {
-                 world.optionFileMessages.emplace_back(type, "type " + std::to_string(type));
+                 world.messages["optReadParameterFile"].emplace_back(
+                     type, "type " + std::to_string(type));
              }
          },
          0,
          prepared +
-             Lines{"optEchoSet: 1", "optReadParameterFile: localsolver.opt", "nevStatCon",
-                   "nevLogStat: type -1", "nevLogStat: type 0", "nevLogStat: type 7",
-                   "nevLogStat: type 9", "nevStatCoff", "optClearMessages", "optEchoSet: 0"} +
+             Lines{"optEchoSet: 1", "optReadParameterFile: localsolver.opt",
+                   "nevStatCon:", "nevLogStat: type -1", "nevLogStat: type 0", "nevLogStat: type 7",
+                   "nevLogStat: type 9", "nevStatCoff:", "optClearMessages:", "optEchoSet: 0"} +
              newSolver + setup},
         {"the link's own error",
          setupThrows(LSException(LS_ERROR_CALLER, "f", 1, "g", "Unsupported equation type.")), 0,
@@ -138,13 +139,13 @@ TEST_F(ReadyAPITest, EachOutcomeHasItsCallsAndResult) {
         {"too deep with aggregation: once more without",
          [=] {
              world.setups = {deep};
-             world.aggrvars = 1;
+             world.numbers["optGetIntStr"] = 1;
          },
          0, prepared + newSolver + setup + tooDeep + disabling + replacedSolver + setup},
         {"too deep both times",
          [=] {
              world.setups = {deep, deep};
-             world.aggrvars = 1;
+             world.numbers["optGetIntStr"] = 1;
          },
          0,
          prepared + newSolver + setup + tooDeep + disabling + replacedSolver + setup + consider +
@@ -153,7 +154,7 @@ TEST_F(ReadyAPITest, EachOutcomeHasItsCallsAndResult) {
          [=] {
              world.setups = {deep,
                              [] { throw LSException(LS_ERROR_CALLER, "f", 1, "g", "again"); }};
-             world.aggrvars = 1;
+             world.numbers["optGetIntStr"] = 1;
          },
          0,
          prepared + newSolver + setup + tooDeep + disabling + replacedSolver + setup +

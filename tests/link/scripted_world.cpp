@@ -1,7 +1,9 @@
 #include "link/scripted_world.hpp"
 
 #include <cstring>
-#include <map>
+#include <set>
+#include <stdexcept>
+#include <type_traits>
 
 #include "host/host_interfaces.hpp"
 #include "host/operations.hpp"
@@ -17,159 +19,139 @@ namespace {
 
 char anObject = 0;  // stands for every object of the host
 
-void record(const char* name, const std::string& arguments = {}) {
-    world.calls.push_back(arguments.empty() ? name : std::string(name) + ": " + arguments);
+/// Questions, which change nothing, are not recorded.
+const std::set<std::string> questions = {"nmoEnvironment",  "nmoOptFile",      "nmoNameOptFile",
+                                         "huxSetAuditLine", "huxGetAuditLine", "optMessageCount",
+                                         "optGetMessage",   "optGetIntStr"};
+
+template <class Argument>
+void appendArgument(std::string& line, Argument argument) {
+    if constexpr (std::is_same_v<Argument, const char*>) {
+        line += std::string(line.back() == ':' ? " " : ", ") + argument;
+    } else if constexpr (std::is_same_v<Argument, std::int32_t>) {
+        line += (line.back() == ':' ? " " : ", ") + std::to_string(argument);
+    }
 }
 
-template <class Handle>
-Handle handleOf(void* object) {
-    return static_cast<Handle>(object);
+template <class Argument>
+void fillText(const std::string& name, [[maybe_unused]] Argument argument) {
+    if constexpr (std::is_same_v<Argument, char*>) {
+        const std::string& text = world.texts[name];
+        std::memcpy(argument, text.c_str(), text.size() + 1);
+    }
 }
+
+/// The scripted form of an operation, from its name and type.
+template <class Traits, class Function = typename Traits::Function>
+struct Script;
+
+template <class Traits, class Result, class Object, class... Arguments>
+struct Script<Traits, Result(Object, Arguments...)> {
+    static Result call(Object, Arguments... arguments) {
+        const std::string name = Traits::name;
+        std::string line = name + ":";
+        (appendArgument(line, arguments), ...);
+        if (questions.count(name) == 0) world.calls.push_back(line);
+        if (world.messages.count(name) != 0) world.pending = world.messages[name];
+        (fillText(name, arguments), ...);
+        if constexpr (std::is_same_v<Result, EnvironmentHandle>) {
+            return reinterpret_cast<EnvironmentHandle>(&anObject);
+        } else if constexpr (std::is_same_v<Result, std::int32_t>) {
+            return world.numbers[name];
+        } else {
+            return Result();
+        }
+    }
+};
 
 template <class Function>
 AnyFunction any(Function* function) {
     return reinterpret_cast<AnyFunction>(function);
 }
 
-/// `function` behind `slot`'s type: a script that does not fit the operation does not compile.
-template <class Function>
-AnyFunction as(const Slot<Function>&, std::type_identity_t<Function>* function) {
-    return any(function);
+std::int32_t messageCount(OptionHandle) {
+    return static_cast<std::int32_t>(world.pending.size());
 }
 
-std::int32_t checkEntry(const char* name, std::int32_t nbArguments, const std::int32_t* signature,
-                        char* message);
+void getMessage(OptionHandle, std::int32_t message, char* text, std::int32_t* type) {
+    const auto& [pendingType, pending] = world.pending.at(static_cast<std::size_t>(message - 1));
+    std::memcpy(text, pending.c_str(), pending.size() + 1);
+    *type = pendingType;
+}
 
 std::int32_t createAudit(void** handle) {
     if (world.auditObject) *handle = &anObject;
     return world.auditObject ? 1 : 0;
 }
 std::int32_t createOptions(void** handle) {
-    record("XCreate");
+    world.calls.emplace_back("XCreate");
     if (world.optionObject) *handle = &anObject;
     return world.optionObject ? 1 : 0;
 }
-void freeAudit(void** handle) {
-    record("huxXFree");
-    *handle = nullptr;
+void freeAudit(void**) {
+    world.calls.emplace_back("huxXFree");
 }
-void freeOptions(void** handle) {
-    record("XFree");
-    *handle = nullptr;
+void freeOptions(void**) {
+    world.calls.emplace_back("XFree");
+}
+std::int32_t acceptName(const char*, std::int32_t, const std::int32_t*, char*) {
+    return 1;
 }
 std::int32_t acceptVersion(std::int32_t, char*, std::int32_t*) {
     return 1;
 }
 
-const std::map<std::string, AnyFunction>& symbols() {
-    static const std::map<std::string, AnyFunction> table = {
-        {"nmoXCreate", any(createAudit)},
-        {"CnmoXCreateD", any(createAudit)},
-        {"nmoXFree", any(freeAudit)},
-        {"nevXCreate", any(createAudit)},
-        {"CnevXCreateD", any(createAudit)},
-        {"nevXFree", any(freeAudit)},
-        {"huxXCreate", any(createAudit)},
-        {"huxXFree", any(freeAudit)},
+#define HOST_OPERATION(operation, form, ...)            \
+    struct operation##Traits {                          \
+        using Function = __VA_ARGS__;                   \
+        static constexpr const char* name = #operation; \
+    };
+#include "hostapi/hux_operations.inc"
+#include "hostapi/nev_operations.inc"
+#include "hostapi/nmo_operations.inc"
+#include "hostapi/opt_operations.inc"
+#undef HOST_OPERATION
+
+std::map<std::string, AnyFunction> scriptedSymbols() {
+    std::map<std::string, AnyFunction> symbols = {
+#define SYMBOL_plain(operation) #operation
+#define SYMBOL_text(operation) "C" #operation
+#define HOST_OPERATION(operation, form, ...) \
+    {SYMBOL_##form(operation), any(&Script<operation##Traits>::call)},
+#include "hostapi/hux_operations.inc"
+#include "hostapi/nev_operations.inc"
+#include "hostapi/nmo_operations.inc"
+#include "hostapi/opt_operations.inc"
+#undef HOST_OPERATION
         {"XCreate", any(createOptions)},
         {"XFree", any(freeOptions)},
-        {"CnmoXCheck", any(checkEntry)},
-        {"CnevXCheck", any(checkEntry)},
-        {"ChuxXCheck", any(checkEntry)},
-        {"CXCheck", any(checkEntry)},
-        {"CnmoXAPIVersion", any(acceptVersion)},
-        {"CnevXAPIVersion", any(acceptVersion)},
-        {"ChuxXAPIVersion", any(acceptVersion)},
+        {"CXCheck", any(acceptName)},
         {"CXAPIVersion", any(acceptVersion)},
-        {"nmoEnvironment",
-         as(nmoEnvironment, [](ModelHandle) { return handleOf<EnvironmentHandle>(&anObject); })},
-        {"nmoOptFile", as(nmoOptFile, [](ModelHandle) { return world.optionFile; })},
-        {"CnmoNameOptFile",
-         as(nmoNameOptFile,
-            [](ModelHandle, char* name) { return std::strcpy(name, "localsolver.opt"); })},
-        {"nmoModelStatSet",
-         as(nmoModelStatSet,
-            [](ModelHandle, std::int32_t s) { record("nmoModelStatSet", std::to_string(s)); })},
-        {"nmoSolveStatSet",
-         as(nmoSolveStatSet,
-            [](ModelHandle, std::int32_t s) { record("nmoSolveStatSet", std::to_string(s)); })},
-        {"CnevLogStat",
-         as(nevLogStat,
-            [](EnvironmentHandle, const char* s) { record("nevLogStat", std::string(s)); })},
-        {"nevLogStatPChar",
-         as(nevLogStatPChar,
-            [](EnvironmentHandle, const char* s) { record("nevLogStatPChar", std::string(s)); })},
-        {"CnevStatAudit",
-         as(nevStatAudit, [](EnvironmentHandle, const char* s) { record("nevStatAudit", s); })},
-        {"nevStatCon", as(nevStatCon, [](EnvironmentHandle) { record("nevStatCon"); })},
-        {"nevStatCoff", as(nevStatCoff, [](EnvironmentHandle) { record("nevStatCoff"); })},
-        {"CnevGetStrOpt", as(nevGetStrOpt,
-                             [](EnvironmentHandle, const char* name, char* value) {
-                                 record("nevGetStrOpt", name);
-                                 return std::strcpy(value, world.systemDirectory.c_str());
-                             })},
-        {"ChuxSetAuditLine", as(huxSetAuditLine, [](AuditHandle, const char*) {})},
-        {"ChuxGetAuditLine",
-         as(huxGetAuditLine,
-            [](AuditHandle, char* line, std::int32_t) { return std::strcpy(line, "audit line"); })},
-        {"CoptReadDefinition", as(optReadDefinition,
-                                  [](OptionHandle, const char* path) {
-                                      record("optReadDefinition", path);
-                                      world.pending = world.definitionMessages;
-                                      return world.definitionFailure;
-                                  })},
-        {"CoptReadParameterFile", as(optReadParameterFile,
-                                     [](OptionHandle, const char* path) -> std::int32_t {
-                                         record("optReadParameterFile", path);
-                                         world.pending = world.optionFileMessages;
-                                         return 1;
-                                     })},
-        {"optEOLOnlySet",
-         as(optEOLOnlySet,
-            [](OptionHandle, std::int32_t f) { record("optEOLOnlySet", std::to_string(f)); })},
-        {"optEchoSet",
-         as(optEchoSet,
-            [](OptionHandle, std::int32_t f) { record("optEchoSet", std::to_string(f)); })},
-        {"optMessageCount",
-         as(optMessageCount,
-            [](OptionHandle) { return static_cast<std::int32_t>(world.pending.size()); })},
-        {"CoptGetMessage", as(optGetMessage,
-                              [](OptionHandle, std::int32_t k, char* text, std::int32_t* type) {
-                                  const auto& [messageType, message] =
-                                      world.pending.at(static_cast<std::size_t>(k - 1));
-                                  std::strcpy(text, message.c_str());
-                                  *type = messageType;
-                              })},
-        {"optClearMessages", as(optClearMessages,
-                                [](OptionHandle) {
-                                    record("optClearMessages");
-                                    world.pending.clear();
-                                })},
-        {"CoptGetIntStr",
-         as(optGetIntStr, [](OptionHandle, const char*) { return world.aggrvars; })},
-        {"CoptSetIntStr", as(optSetIntStr,
-                             [](OptionHandle, const char* name, std::int32_t value) {
-                                 record("optSetIntStr", name + (" " + std::to_string(value)));
-                                 world.aggrvars = value;
-                             })},
     };
-    return table;
-}
-
-std::int32_t checkEntry(const char* name, std::int32_t, const std::int32_t*, char* message) {
-    message[0] = '\0';
-    return symbols().count(name) + symbols().count(std::string("C") + name) > 0 ? 1 : 0;
+    symbols["optMessageCount"] = any(messageCount);
+    symbols["CoptGetMessage"] = any(getMessage);
+    for (const std::string prefix : {"nmo", "nev", "hux"}) {
+        symbols[prefix + "XCreate"] = any(createAudit);
+        symbols["C" + prefix + "XCreateD"] = any(createAudit);  // bound, never called
+        symbols[prefix + "XFree"] = any(freeAudit);
+        symbols["C" + prefix + "XCheck"] = any(acceptName);
+        symbols["C" + prefix + "XAPIVersion"] = any(acceptVersion);
+    }
+    return symbols;
 }
 
 void bind(Binding& binding) {
+    static const std::map<std::string, AnyFunction> symbols = scriptedSymbols();
     const LibraryLoading loading = {
         [](const std::string&, std::string&) -> LibraryHandle { return &anObject; },
         [](LibraryHandle, const std::string& symbol) {
-            const auto found = symbols().find(symbol);
-            return found != symbols().end() ? found->second : nullptr;
+            const auto found = symbols.find(symbol);
+            return found != symbols.end() ? found->second : nullptr;
         }};
     char message[256];
-    if (!binding.ensureLoaded({message, sizeof message}, loading)) throw message;
+    if (!binding.ensureLoaded({message, sizeof message}, loading)) {
+        throw std::runtime_error(message);
+    }
 }
 
 }  // namespace
@@ -198,10 +180,10 @@ NorvLocalSolver::~NorvLocalSolver() {
     if (ownsOptions) optBinding.destroy(reinterpret_cast<void**>(&opt));
 }
 void NorvLocalSolver::resetTranslation() {
-    test::record("resetTranslation");
+    world.calls.emplace_back("resetTranslation");
 }
 void NorvLocalSolver::setupModel() {
-    test::record("setupModel");
+    world.calls.emplace_back("setupModel");
     if (world.nbSetups < world.setups.size()) world.setups[world.nbSetups++]();
 }
 std::int32_t runSolveDriver(NorvLocalSolver&) {
@@ -218,11 +200,11 @@ int ls_info(char* text, int length) {
     return sizeof info;
 }
 void ls_set_exception_callback(ls_exception_callback hook, void*) {
-    vex::test::record(hook != nullptr ? "hook" : "no hook");
+    vex::test::world.calls.emplace_back(hook != nullptr ? "hook" : "no hook");
     vex::test::world.hook = hook;
 }
 ls_solver* ls_create_solver() {
-    vex::test::record("ls_create_solver");
+    vex::test::world.calls.emplace_back("ls_create_solver");
     if (!vex::test::world.creationError.empty()) {
         vex::test::world.hook(LS_ERROR_MEMORY, vex::test::world.creationError.c_str(), "file",
                               "function", 1, nullptr);
@@ -230,8 +212,8 @@ ls_solver* ls_create_solver() {
     return reinterpret_cast<ls_solver*>(&vex::test::anObject);
 }
 void ls_delete_solver(ls_solver*) {
-    vex::test::record("ls_delete_solver");
+    vex::test::world.calls.emplace_back("ls_delete_solver");
 }
 void ls_set_verbosity(ls_solver*, int level) {
-    vex::test::record("ls_set_verbosity", std::to_string(level));
+    vex::test::world.calls.push_back("ls_set_verbosity: " + std::to_string(level));
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,9 +10,7 @@
 #include "localsolver.h"
 
 /// Everything outside the entry points, scripted: the host's libraries, the translator's setup, the
-/// solve driver and the optimizer. Every call is recorded as a line of text.
-///
-/// The host's operations that are not scripted do not exist: calling one ends the process.
+/// solve driver and the optimizer. Every call that does something is recorded as a line of text.
 
 namespace vex::test {
 
@@ -19,22 +18,21 @@ using Messages = std::vector<std::pair<std::int32_t, std::string>>;  // type, te
 
 /// What the outside answers, and what was asked of it.
 struct World {
-    bool auditObject = true;  ///< whether the create entries succeed
+    std::map<std::string, std::int32_t> numbers;  ///< by operation; others answer 0
+    std::map<std::string, std::string> texts = {{"nevGetStrOpt", "/sys/"},
+                                                {"nmoNameOptFile", "localsolver.opt"},
+                                                {"huxGetAuditLine", "audit line"}};
+    std::map<std::string, Messages> messages;  ///< pending once the operation was called
+    bool auditObject = true;                   ///< whether the create entries succeed
     bool optionObject = true;
-    std::string systemDirectory = "/sys/";
-    std::int32_t definitionFailure = 0;
-    Messages definitionMessages;  ///< pending once the definition file is read
-    std::int32_t optionFile = 0;
-    Messages optionFileMessages;  ///< pending once the option file is read
-    std::int32_t aggrvars = 0;
     std::vector<std::function<void()>> setups;  ///< what each setupModel does; then: nothing
     std::function<std::int32_t()> drive = [] { return 0; };
     std::string creationError;  ///< reported by ls_create_solver, code 8; empty: none
 
     std::vector<std::string> calls;  ///< "operation: arguments", in order
     Messages pending;
-    ls_exception_callback hook = nullptr;
     std::size_t nbSetups = 0;
+    ls_exception_callback hook = nullptr;
 };
 extern World world;
 
