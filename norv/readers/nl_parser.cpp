@@ -139,8 +139,10 @@ void NlParser::readStartingPoint(bool isPrimal) {
 }
 
 void NlParser::readBounds(double& lower, double& upper, bool isRow) {
+    constexpr const char* expected = "the kind of a bound, 0 to 4";
+    if (input.atEnd()) input.refuse(expected);
     const std::size_t place = input.offset();
-    switch (input.letter("the kind of a bound, 0 to 4")) {
+    switch (input.letter(expected)) {
         case '0':
             lower = input.number("a lower bound");
             upper = input.number("an upper bound");
