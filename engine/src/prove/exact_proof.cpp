@@ -46,7 +46,7 @@ public:
 
 private:
     [[nodiscard]] ExactProblem problemFor(const LinearForm& cost, double sign) const;
-    ExactAnswer solve(const ExactProblem& problem, double tolerance);
+    ExactAnswer solve(const ExactProblem& problem, double tolerance, std::int64_t leastBudget = 0);
     ExactAnswer solveWithoutLargeBounds(const ExactProblem& problem);
     bool proveObjective(const LinearForm& form, bool maximise);
     ExactAnswer solveRelaxed(double share);
@@ -80,10 +80,14 @@ ExactProblem ExactProver::problemFor(const LinearForm& cost, double sign) const 
     return problem;
 }
 
-ExactAnswer ExactProver::solve(const ExactProblem& problem, double tolerance) {
-    const ExactSettings settings{std::max<std::int64_t>(0, limits_.iterations - result_.effort),
-                                 (limits_.seed % 1'000'000) * 64 + limits_.attempt % 64,
-                                 limits_.shouldStop, tolerance};
+/// @param leastBudget  granted even when the budget is used up.
+ExactAnswer ExactProver::solve(const ExactProblem& problem, double tolerance,
+                               std::int64_t leastBudget) {
+    constexpr int nbAttempts = 64;
+    const ExactSettings settings{
+        std::max(leastBudget, limits_.iterations - result_.effort),
+        (limits_.seed % 1'000'000) * nbAttempts + limits_.attempt % nbAttempts, limits_.shouldStop,
+        tolerance};
     ExactAnswer answer = solveExactly(problem, settings);
     result_.effort += answer.effort;
     return answer;
@@ -136,7 +140,9 @@ void ExactProver::offerSolvedAgain(ExactProblem problem, const std::vector<doubl
         problem.lower[j] = level;
         problem.upper[j] = level;
     }
-    offer(solve(problem, tightTolerance).levels);
+    // Few pivots, and without them the point found would be lost.
+    constexpr std::int64_t enough = 10'000;
+    offer(solve(problem, tightTolerance, enough).levels);
 }
 
 /// Whether the incumbent's objective cannot be told from the proved bound.
