@@ -10,6 +10,11 @@ namespace norv {
 ExpressionStore::ExpressionStore(std::int32_t nbVariables)
     : variables(nbVariables), nodes(static_cast<std::size_t>(nbVariables)) {}
 
+void ExpressionStore::reserve(std::size_t moreNodes, std::size_t moreOperands) {
+    nodes.reserve(nodes.size() + moreNodes);
+    operandLists.reserve(operandLists.size() + moreOperands);
+}
+
 NodeIndex ExpressionStore::append(const Node& node) {
     if (nodes.size() >= static_cast<std::size_t>(std::numeric_limits<NodeIndex>::max()))
         throw std::length_error("the model has more than 2147483647 expressions");
@@ -28,11 +33,10 @@ NodeIndex ExpressionStore::addOperation(NodeKind kind, Function function,
                                         std::span<const NodeIndex> operands) {
     Node node;
     node.kind = kind;
-    node.function = function;
-    node.nbOperands = static_cast<std::int32_t>(operands.size());
+    node.function = static_cast<std::uint8_t>(function);
+    node.nbOperands = static_cast<std::uint32_t>(operands.size());
     node.start = static_cast<std::int64_t>(operandLists.size());
-    node.holdsForeign = kind == NodeKind::foreign;
-    for (const NodeIndex each : operands) node.holdsForeign |= at(each).holdsForeign;
+    for (const NodeIndex each : operands) node.holdsForeign |= holdsForeign(each);
     operandLists.insert(operandLists.end(), operands.begin(), operands.end());
     return append(node);
 }
@@ -105,19 +109,22 @@ NodeIndex ExpressionStore::truth(NodeIndex a) {
     return call(Function::relopne, a, constant(0.0));
 }
 
-NodeIndex ExpressionStore::foreign(std::int32_t label, std::span<const NodeIndex> operands) {
-    return addOperation(NodeKind::foreign, static_cast<Function>(label), operands);
+NodeIndex ExpressionStore::foreign(std::int32_t label) {
+    Node node;
+    node.kind = NodeKind::foreign;
+    node.holdsForeign = true;
+    node.start = label;
+    return append(node);
 }
 
 std::int32_t ExpressionStore::labelOf(NodeIndex node) const {
-    return static_cast<std::int32_t>(at(node).function);
+    return static_cast<std::int32_t>(at(node).start);
 }
 
 std::span<const NodeIndex> ExpressionStore::operandsOf(NodeIndex node) const {
     const Node& each = at(node);
     if (each.nbOperands == 0) return {};
-    return std::span(operandLists)
-        .subspan(static_cast<std::size_t>(each.start), static_cast<std::size_t>(each.nbOperands));
+    return std::span(operandLists).subspan(static_cast<std::size_t>(each.start), each.nbOperands);
 }
 
 }  // namespace norv

@@ -32,6 +32,9 @@ class ExpressionStore {
 public:
     explicit ExpressionStore(std::int32_t nbVariables = 0);
 
+    /// Makes room for so many more nodes and operands.
+    void reserve(std::size_t moreNodes, std::size_t moreOperands);
+
     [[nodiscard]] NodeIndex variable(std::int32_t j) const noexcept { return j; }
     NodeIndex constant(double value);
     /// Of no terms: 0. Of one: that one.
@@ -47,17 +50,24 @@ public:
     NodeIndex call(Function function, NodeIndex x, NodeIndex y);
     /// `a` as 0 or 1: itself when it is nothing else, or whether it differs from 0.
     NodeIndex truth(NodeIndex a);
-    /// @param label     the maker's own number for what this is.
-    NodeIndex foreign(std::int32_t label, std::span<const NodeIndex> operands = {});
+    /// @param label  the maker's own number for what this is.
+    NodeIndex foreign(std::int32_t label);
 
-    [[nodiscard]] NodeKind kind(NodeIndex node) const { return at(node).kind; }
+    /// Most operands are variables; their index tells, so that no memory is touched.
+    [[nodiscard]] NodeKind kind(NodeIndex node) const {
+        return isVariable(node) ? NodeKind::variable : at(node).kind;
+    }
     [[nodiscard]] bool isConstant(NodeIndex node) const { return kind(node) == NodeKind::constant; }
-    [[nodiscard]] bool isVariable(NodeIndex node) const { return kind(node) == NodeKind::variable; }
+    [[nodiscard]] bool isVariable(NodeIndex node) const noexcept { return node < variables; }
     [[nodiscard]] double valueOf(NodeIndex node) const { return at(node).value; }  ///< of constants
-    [[nodiscard]] Function functionOf(NodeIndex node) const { return at(node).function; }
+    [[nodiscard]] Function functionOf(NodeIndex node) const {
+        return static_cast<Function>(at(node).function);
+    }
     [[nodiscard]] std::int32_t labelOf(NodeIndex node) const;
     /// Is there something foreign in it?
-    [[nodiscard]] bool holdsForeign(NodeIndex node) const { return at(node).holdsForeign; }
+    [[nodiscard]] bool holdsForeign(NodeIndex node) const {
+        return !isVariable(node) && at(node).holdsForeign;
+    }
     [[nodiscard]] std::span<const NodeIndex> operandsOf(NodeIndex node) const;
 
     [[nodiscard]] std::int32_t nbVariables() const noexcept { return variables; }
@@ -69,14 +79,14 @@ private:
     struct Node {
         NodeKind kind = NodeKind::variable;
         bool holdsForeign = false;
-        Function function = {};
-        std::int32_t nbOperands = 0;
+        std::uint8_t function = 0;  ///< the code of the called one
+        std::uint32_t nbOperands = 0;
         union {
             double value;            ///< of a constant
-            std::int64_t start = 0;  ///< of the operands of anything else
+            std::int64_t start = 0;  ///< of the operands; of a foreign node, its label
         };
     };
-    static_assert(sizeof(Node) <= 24);
+    static_assert(sizeof(Node) == 16 && functionRows.size() <= 256);
 
     [[nodiscard]] const Node& at(NodeIndex node) const {
         return nodes[static_cast<std::size_t>(node)];

@@ -181,6 +181,30 @@ constexpr auto counterparts = std::to_array<Counterpart>({
     {opSquare, Function::sqr},
 });
 
+constexpr std::size_t nbCodes = 79;
+
+/// By code: the row of `table`, or -1.
+template <class Table>
+constexpr std::array<std::int8_t, nbCodes> rowsByCode(const Table& table) {
+    std::array<std::int8_t, nbCodes> rows{};
+    rows.fill(-1);
+    for (std::size_t k = 0; k < table.size(); ++k)
+        rows[static_cast<std::size_t>(table[k].code)] = static_cast<std::int8_t>(k);
+    return rows;
+}
+
+/// Null where the table has no such row.
+template <class Table>
+constexpr auto findRow(const Table& table, const std::array<std::int8_t, nbCodes>& rows,
+                       std::int32_t code) -> decltype(table.data()) {
+    if (code < 0 || code >= static_cast<std::int32_t>(nbCodes)) return nullptr;
+    const std::int8_t row = rows[static_cast<std::size_t>(code)];
+    return row < 0 ? nullptr : &table[static_cast<std::size_t>(row)];
+}
+
+constexpr auto operatorRows = rowsByCode(operators);
+constexpr auto counterpartRows = rowsByCode(counterparts);
+
 /// More items make more pairs than a model can use.
 constexpr std::size_t mostDifferent = 2000;
 
@@ -355,17 +379,12 @@ NodeIndex Maker::make(std::int32_t code, Operands x) {
 }  // namespace
 
 const NlOperator* findNlOperator(std::int32_t code) noexcept {
-    const auto* const place =
-        std::lower_bound(operators.begin(), operators.end(), code,
-                         [](const NlOperator& each, std::int32_t c) { return each.code < c; });
-    return place != operators.end() && place->code == code ? &*place : nullptr;
+    return findRow(operators, operatorRows, code);
 }
 
 NodeIndex makeNlOperation(ExpressionStore& store, std::int32_t code, Operands operands) {
-    const auto* const counterpart =
-        std::find_if(counterparts.begin(), counterparts.end(),
-                     [code](const Counterpart& each) { return each.code == code; });
-    if (counterpart == counterparts.end()) return Maker(store).make(code, operands);
+    const Counterpart* counterpart = findRow(counterparts, counterpartRows, code);
+    if (counterpart == nullptr) return Maker(store).make(code, operands);
     if (!counterpart->takesTruth) return store.call(counterpart->function, operands);
     std::vector<NodeIndex> truths(operands.begin(), operands.end());
     for (NodeIndex& each : truths) each = store.truth(each);

@@ -29,6 +29,7 @@ NlInstance NlParser::parse() {
     instance.logicalRows.resize(static_cast<std::size_t>(header.nbLogicalRows), noNode);
     instance.objectives.resize(static_cast<std::size_t>(header.nbObjectives));
     expressions.setCounts(header);
+    makeRoom();
     while (!input.atEnd()) {
         const std::size_t place = input.offset();
         constexpr const char* expected = "a segment: one of C L O V F S d x r b k K J G";
@@ -44,6 +45,17 @@ NlInstance NlParser::parse() {
                                     " objectives, the first one is taken");
     }
     return std::move(instance);
+}
+
+/// Growing step by step would touch most memory twice. An expression takes five bytes of text an
+/// item, about, and every other item a node; the rest is never touched.
+void NlParser::makeRoom() {
+    const NlHeader& header = instance.header;
+    const std::size_t nbBytes = input.nbBytesLeft();
+    const bool hasExpressions = header.nbNonlinearRows > 0 || header.nbNonlinearObjectives > 0 ||
+                                header.nbLogicalRows > 0 || header.nbDefinedVariables > 0;
+    if (hasExpressions) instance.expressions.reserve(nbBytes / 8, nbBytes / 5);
+    instance.entries.reserve(std::min(static_cast<std::size_t>(header.nbJacobianEntries), nbBytes));
 }
 
 void NlParser::readSegment(char kind) {

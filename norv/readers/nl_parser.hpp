@@ -17,6 +17,7 @@ public:
     NlInstance parse();
 
 private:
+    void makeRoom();
     void readSegment(char kind);
     void readRowExpression();
     void readLogicalRow();
