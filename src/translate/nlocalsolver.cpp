@@ -1,7 +1,6 @@
 #include "translate/nlocalsolver.hpp"
 
 #include "host/libraries.hpp"
-#include "host/operations.hpp"
 
 namespace vex {
 
@@ -10,10 +9,8 @@ NorvLocalSolver::~NorvLocalSolver() {
 }
 
 void NorvLocalSolver::callback(localsolver::LocalSolver& /*search*/,
-                               localsolver::LSCallbackType /*type*/) {
-    if (nevTerminateGet(nev) == 0) return;
-    interrupted = true;
-    solver->stop();
+                               localsolver::LSCallbackType type) {
+    if (onSearchEvent != nullptr) onSearchEvent(*this, type);
 }
 
 void NorvLocalSolver::resetTranslation() {

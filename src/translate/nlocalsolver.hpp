@@ -49,7 +49,10 @@ public:
     NorvLocalSolver(const NorvLocalSolver&) = delete;
     NorvLocalSolver& operator=(const NorvLocalSolver&) = delete;
 
-    /// Receives the events of the search, paused meanwhile.
+    /// What happens at an event of the search, with the search paused; may throw.
+    using SearchEventHandler = void (*)(NorvLocalSolver&, localsolver::LSCallbackType);
+
+    /// Receives the events of the search and hands them to `onSearchEvent`.
     void callback(localsolver::LocalSolver& search, localsolver::LSCallbackType type) override;
     /// Deletes the LocalSolver instance and, when `ownsOptions`, the option object.
     ~NorvLocalSolver() override;
@@ -70,12 +73,30 @@ public:
     }
 
     /// The function of `row` (0-based, -1: the objective) without its right-hand side: a new sum of
-    /// linear terms, then quadratic terms, in the host's order.
+    /// linear terms, then quadratic terms, in the host's order, then the nonlinear part.
     /// @param buffers     grown when the row needs more room.
     /// @param definedVar  -1, or the variable whose linear term is left out.
     /// @param coefOut     receives that term's coefficient; unused when `definedVar` is -1.
     LSExpression makeFunction(std::int32_t row, RowBuffers& buffers, std::int32_t definedVar,
                               double* coefOut);
+
+    /// The value that a postfix instruction list computes, as an expression.
+    /// @param opcodes, fields  [nbInstructions]; fields count variables and pool entries from 1.
+    /// @param pool             the host's constants.
+    /// @throws LSException for opcodes and functions without a counterpart and for lists that are
+    ///         not well formed.
+    LSExpression convertExpression(std::int32_t nbInstructions, const std::int32_t* opcodes,
+                                   const std::int32_t* fields, const double* pool);
+
+    /// Adds every variable of the linear objective as an objective of its own, the one with the
+    /// largest absolute coefficient first (of equal ones the variable with the larger index), in
+    /// the direction that the coefficient's sign asks for. Fills `objectives`.
+    /// @throws LSException for an objective that is not linear.
+    void makeHierarchicalObjectives(RowBuffers& buffers);
+
+    /// Gives the host's levels to the decisions as starting values, integers cut toward zero. The
+    /// model must be closed.
+    void setupStartingPoint();
 
     /// Registered constant of `value`: an integer when it is integral, else a double.
     LSExpression makeConstant(double value);
@@ -116,12 +137,17 @@ public:
     std::set<std::int32_t> varsInProgress;  ///< defined variables being built at the moment
     char textBuf[1024] = {};                ///< scratch for the host's texts
     bool interrupted = false;               ///< the host asked to stop the search
-    SolveTrace* trace = nullptr;            ///< the open solve trace, or null
+    SearchEventHandler onSearchEvent = nullptr;   ///< set by the solve driver, null before
+    SolveTrace* trace = nullptr;                  ///< the open solve trace, the driver's; or null
     ConstantRegistry<std::int64_t> intConstants;  ///< empty outside `setupModel`
     ConstantRegistry<double> doubleConstants;     ///< empty outside `setupModel`
 
 private:
-    struct RowStatistics;
+    struct RowStatistics {
+        std::int32_t nbEntries = 0;    ///< of the sparse part, linear and nonlinear
+        std::int32_t nbQuadratic = 0;  ///< pairs
+        std::int32_t nbNonlinear = 0;  ///< entries
+    };
 
     void addObjective(RowBuffers& buffers);
     void addRow(std::int32_t i, RowBuffers& buffers);
@@ -137,6 +163,8 @@ private:
                         std::int32_t definedVar, double* coefOut);
     void addQuadraticTerms(LSExpression sum, std::int32_t row, const RowBuffers& buffers,
                            std::int32_t nbPairs);
+    LSExpression addNonlinearPart(LSExpression sum, std::int32_t row, RowBuffers& buffers);
+    [[nodiscard]] double objectiveFactor() const;
     [[nodiscard]] std::int32_t orderOf(std::int32_t row) const;
 
     /// May an operand be appended to `e`? Not when `e` stands for a variable, whatever the flag.
@@ -148,6 +176,9 @@ private:
     /// Indices of expressions in `variables` that are no decisions. Decisions have no operands of
     /// which there could be more, so only definitions need to be known.
     std::unordered_set<std::int32_t> definitions;
+
+    /// Shared by the conversions of instruction lists, which may nest; empty between rows.
+    std::vector<LSExpression> conversionStack;
 };
 
 }  // namespace vex

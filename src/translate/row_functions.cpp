@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <string>
 
@@ -13,16 +14,16 @@ namespace vex {
 using localsolver::LSExpression;
 using localsolver::LSModel;
 
-struct NorvLocalSolver::RowStatistics {
-    std::int32_t nbEntries = 0;    ///< of the sparse part, linear and nonlinear
-    std::int32_t nbQuadratic = 0;  ///< pairs
-    std::int32_t nbNonlinear = 0;  ///< entries
-};
+namespace {
+
+constexpr const char* thisMethod = "NorvLocalSolver::makeFunction";
+
+}  // namespace
 
 LSExpression NorvLocalSolver::makeFunction(std::int32_t row, RowBuffers& buffers,
                                            std::int32_t definedVar, double* coefOut) {
     if (++setupDepth > deepestNesting) throw RecursionDepthLimitReached();
-    const LSExpression sum = solver->getModel().createExpression(LS_OP_SUM);
+    LSExpression sum = solver->getModel().createExpression(LS_OP_SUM);
     RowStatistics statistics = rowStatistics(row);
     buffers.reserveEntries(std::max(statistics.nbEntries, statistics.nbQuadratic));
     fetchSparsePart(row, buffers, statistics);
@@ -30,20 +31,14 @@ LSExpression NorvLocalSolver::makeFunction(std::int32_t row, RowBuffers& buffers
         addLinearTerms(sum, buffers, statistics.nbEntries, definedVar, coefOut);
     if (definedVar >= 0 && !definedVarFound) {
         char equationName[longestText + 1];
-        throw translationError(__LINE__, "NorvLocalSolver::makeFunction",
+        throw translationError(__LINE__, thisMethod,
                                std::string("Defined variable ") +
                                    nmoGetVarNameOne(nmo, definedVar, textBuf) +
                                    " does not appear linearly in equation " +
                                    nmoGetEquNameOne(nmo, row, equationName));
     }
     addQuadraticTerms(sum, row, buffers, statistics.nbQuadratic);
-    if (orderOf(row) == function_order::nonlinear) {
-        throw translationError(
-            __LINE__, "NorvLocalSolver::makeFunction",
-            row < 0 ? std::string("Nonlinear objective functions are not supported by this build.")
-                    : std::string("Nonlinear equations are not supported by this build: ") +
-                          nmoGetEquNameOne(nmo, row, textBuf));
-    }
+    if (orderOf(row) == function_order::nonlinear) sum = addNonlinearPart(sum, row, buffers);
     --setupDepth;
     return sum;
 }
@@ -133,6 +128,41 @@ void NorvLocalSolver::addQuadraticTerms(LSExpression sum, std::int32_t row,
         if (coefficient != 1.0) term.addOperand(model.createConstant(coefficient));
         sum.addOperand(term);
     }
+}
+
+/// @return `sum`, extended: it is unnamed and nobody else holds it.
+LSExpression NorvLocalSolver::addNonlinearPart(LSExpression sum, std::int32_t row,
+                                               RowBuffers& buffers) {
+    buffers.reserveInstructions(nmoNLCodeSizeMaxRow(nmo));
+    std::int32_t nbInstructions = 0;
+    if (row >= 0) {
+        nmoDirtyGetRowFNLInstr(nmo, row, &nbInstructions, buffers.instrOpcodes.get(),
+                               buffers.instrFields.get());
+    } else {
+        nmoDirtyGetObjFNLInstr(nmo, &nbInstructions, buffers.instrOpcodes.get(),
+                               buffers.instrFields.get());
+    }
+    if (nbInstructions > buffers.instrSize + 1) {
+        throw translationError(__LINE__, thisMethod,
+                               "The host delivered " + std::to_string(nbInstructions) +
+                                   " instructions where it announced at most " +
+                                   std::to_string(buffers.instrSize) + ".");
+    }
+    const double factor = row >= 0 ? 1.0 : objectiveFactor();
+    const LSExpression nonlinear = convertExpression(nbInstructions, buffers.instrOpcodes.get(),
+                                                     buffers.instrFields.get(), nmoPPool(nmo));
+    return makeLinearCombination(1.0, sum, /*xExtendable=*/true, factor, nonlinear,
+                                 /*yExtendable=*/true, 0.0);
+}
+
+/// The instruction list of the objective belongs to a row objective · J + list = 0.
+double NorvLocalSolver::objectiveFactor() const {
+    const double jacobianValue = nmoObjJacVal(nmo);
+    if (jacobianValue == 0.0 || std::isnan(jacobianValue)) {
+        throw translationError(__LINE__, thisMethod,
+                               "The objective function cannot be scaled by its Jacobian value.");
+    }
+    return -1.0 / jacobianValue;
 }
 
 std::int32_t NorvLocalSolver::orderOf(std::int32_t row) const {

@@ -83,8 +83,8 @@ void NorvLocalSolver::setupModel() {
 
 void NorvLocalSolver::addObjective(RowBuffers& buffers) {
     if (optGetIntStr(opt, option::hierarchicalobj) != 0 && nmoObjNZ(nmo) > 0) {
-        throw translationError(__LINE__, thisMethod,
-                               "Hierarchical objectives are not supported by this build.");
+        makeHierarchicalObjectives(buffers);
+        return;
     }
     const LSExpression f =
         makeFunction(/*row=*/-1, buffers, /*definedVar=*/-1, /*coefOut=*/nullptr);
