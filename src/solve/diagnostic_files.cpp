@@ -25,15 +25,6 @@ bool dumpModelOnRequest(const NorvLocalSolver& link) {
     return true;
 }
 
-void reportIgnoredTrace(NorvLocalSolver& link) {
-    link.textBuf[0] = '\0';
-    const char* fileName = optGetStrStr(link.opt, option::solvetrace, link.textBuf);
-    if (fileName == nullptr || *fileName == '\0') return;
-    nevLogStat(link.nev,
-               "Warning: Solve traces (option solvetrace) are not supported by this build, the "
-               "option is ignored.");
-}
-
 bool saveEnvironmentOnRequest(const NorvLocalSolver& link) {
     if (optGetDefinedStr(link.opt, option::writelsp) == 0) return true;
     char fileName[longestText + 1] = {};

@@ -10,9 +10,6 @@ namespace vex {
 /// Writes the text of the model to the file of the option "dumpmodel", when it is set.
 [[nodiscard]] bool dumpModelOnRequest(const NorvLocalSolver& link);
 
-/// Says so when the option "solvetrace" names a file: this build writes no traces.
-void reportIgnoredTrace(NorvLocalSolver& link);
-
 /// Saves LocalSolver's environment to the file of the option "writelsp", when it is set.
 [[nodiscard]] bool saveEnvironmentOnRequest(const NorvLocalSolver& link);
 

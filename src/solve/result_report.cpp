@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "diag/number_text.hpp"
+#include "diag/solve_trace.hpp"
 #include "host/operations.hpp"
 #include "host/option_names.hpp"
 
@@ -113,23 +114,34 @@ void reportObjective(const NorvLocalSolver& link) {
     nevLogStatPChar(link.nev, (label + value + "\n").c_str());
 }
 
-void reportVerdict(const NorvLocalSolver& link, bool noUsablePoint) {
+/// @return whether the final point turned out to be of no use, which `noUsablePoint` may say
+/// already.
+bool reportVerdict(const NorvLocalSolver& link, bool noUsablePoint) {
     switch (const auto status = link.solver->getSolution().getStatus(); status) {
         case LS_STATUS_INCONSISTENT:
             reportInconsistent(link);
-            break;
+            return true;
         case LS_STATUS_INFEASIBLE:
             nmoModelStatSet(link.nmo, model_status::locallyInfeasible);
             nevLogStat(link.nev, "No feasible solution found.\n");
-            break;
+            return true;
         case LS_STATUS_FEASIBLE:
         case LS_STATUS_OPTIMAL:
             reportPoint(link, /*proved=*/status == LS_STATUS_OPTIMAL, noUsablePoint);
             reportObjective(link);
-            break;
+            return noUsablePoint;
         default:
-            break;  // a status of a later optimizer: the host's own stands
+            return noUsablePoint;  // a status of a later optimizer: the host's own stands
     }
+}
+
+void finishTrace(const NorvLocalSolver& link, bool noUsablePoint) {
+    if (link.trace == nullptr) return;
+    const double infinity = nmoPinf(link.nmo);
+    const double worst = nmoSense(link.nmo) == objective_sense::minimise ? infinity : -infinity;
+    const double bestFound =
+        noUsablePoint ? worst : nmoGetHeadnTail(link.nmo, head_and_tail::objective);
+    link.trace->finish(/*node=*/0, /*bestBound=*/-worst, bestFound);
 }
 
 }  // namespace
@@ -141,7 +153,7 @@ void reportResult(NorvLocalSolver& link, int phase) {
     writeLevels(link, noUsablePoint);
     nmoSetHeadnTail(link.nmo, head_and_tail::marginals, 0.0);
     nmoCompleteSolution(link.nmo);
-    reportVerdict(link, noUsablePoint);
+    finishTrace(link, reportVerdict(link, noUsablePoint));
 }
 
 void reportSquareSystem(ModelHandle nmo) {

@@ -3,7 +3,9 @@
 #include "host/operations.hpp"
 #include "solve/diagnostic_files.hpp"
 #include "solve/parameters.hpp"
+#include "solve/progress_callback.hpp"
 #include "solve/result_report.hpp"
+#include "solve/trace_holder.hpp"
 
 namespace vex {
 
@@ -11,6 +13,14 @@ namespace {
 
 bool modelIsClosed(const NorvLocalSolver& link) {
     return link.solver != nullptr && link.solver->getState() == LS_STATE_CLOSED;
+}
+
+void registerCallbacks(NorvLocalSolver& link) {
+    link.onSearchEvent = &handleSearchEvent;
+    localsolver::LSCallback* listener = &link;
+    for (const auto type : {LS_CALLBACK_PHASE_STARTED, LS_CALLBACK_TIME_TICKED,
+                            LS_CALLBACK_ITERATION_TICKED, LS_CALLBACK_PHASE_ENDED})
+        link.solver->addCallback(type, &callbackDispatch, listener);
 }
 
 /// @return the driver's result after `error`.
@@ -31,11 +41,14 @@ std::int32_t reportError(const NorvLocalSolver& link, const localsolver::LSExcep
 
 std::int32_t runSolveDriver(NorvLocalSolver& link) {
     std::int32_t result = 0;
+    TraceHolder trace(link);  // closes the trace on every path
     try {
         if (!modelIsClosed(link)) return 0;
+        link.setupStartingPoint();
+        registerCallbacks(link);
         link.interrupted = false;
         if (!dumpModelOnRequest(link)) return 1;
-        reportIgnoredTrace(link);
+        if (const std::int32_t failure = trace.openOnRequest(); failure != 0) return failure;
         setParameters(link);
         const int phase = addLimitedPhase(link);
         if (!saveEnvironmentOnRequest(link)) return 1;
@@ -44,6 +57,7 @@ std::int32_t runSolveDriver(NorvLocalSolver& link) {
     } catch (const localsolver::LSException& error) {
         result = reportError(link, error);
     }
+    trace.close();
     reportSquareSystem(link.nmo);
     return result;
 }

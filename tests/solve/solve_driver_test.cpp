@@ -58,7 +58,19 @@ TEST(SolveDriver, DoesNothingWithoutAClosedModel) {
     EXPECT_EQ(fixture.model.modelStatus(), 14);
 }
 
-/// Lines of the calls between the first look at the state and the end of the search.
+/// What comes before the parameters: the starting point, then the events in this order.
+const std::vector<std::string> opening = {
+    "ls_expr_is_decision(1) = 1",
+    "ls_expr_set_int_value(1, 0)",
+    "ls_expr_is_decision(4) = 1",
+    "ls_expr_set_int_value(4, 0)",
+    "ls_add_callback(0, callback, address)",
+    "ls_add_callback(3, callback, address)",
+    "ls_add_callback(4, callback, address)",
+    "ls_add_callback(1, callback, address)",
+};
+
+/// Lines of the calls between the opening and the end of the search.
 std::vector<std::string> callsOfSearch(LinkFixture& fixture) {
     recording::reset();
     fixture.setUp();
@@ -70,6 +82,9 @@ std::vector<std::string> callsOfSearch(LinkFixture& fixture) {
     const auto solve = std::find(calls.begin(), calls.end(), "ls_solve()");
     calls.erase(solve, calls.end());
     calls.erase(calls.begin());
+    const auto end = calls.begin() + static_cast<std::ptrdiff_t>(opening.size());
+    EXPECT_EQ(std::vector<std::string>(calls.begin(), end), opening);
+    calls.erase(calls.begin(), end);
     return calls;
 }
 
@@ -114,8 +129,9 @@ TEST(SolveDriver, SetsNoLimitsThatNobodyAskedFor) {
 TEST(SolveDriver, WritesFilesOnRequest) {
     const ScratchFile dump("driver_dump.txt");
     const ScratchFile environment("driver_environment.txt");
-    LinkFixture fixture(instance,
-                        {"dumpmodel " + dump.path, "writelsp " + environment.path, "solvetrace t"});
+    const ScratchFile trace("driver_trace.txt");
+    LinkFixture fixture(instance, {"dumpmodel " + dump.path, "writelsp " + environment.path,
+                                   "solvetrace " + trace.path, "solvetracetime 0"});
     recording::reset();
     fixture.environment.setTimeLimit(1);
     fixture.environment.setIterationLimit(100);
@@ -124,10 +140,13 @@ TEST(SolveDriver, WritesFilesOnRequest) {
     EXPECT_EQ(dump.text(), "obj0: sum(x, prod(y, 2))\nc1: leq(sum(x, y), 4)\n");
     EXPECT_NE(environment.text(), "");
     const auto dumping = fixture.log.find("Dumping model to file.\n");
-    const auto ignoring = fixture.log.find("the option is ignored.\n");
     const auto writing = fixture.log.find("Writing LocalSolver environment to file.\n");
-    EXPECT_TRUE(dumping < ignoring && ignoring < writing && writing != std::string::npos)
-        << fixture.log;
+    EXPECT_TRUE(dumping < writing && writing != std::string::npos) << fixture.log;
+    EXPECT_EQ(trace.text().find("* solvetrace file " + trace.path + ": ID = LocalSolver"), 0U);
+    EXPECT_NE(trace.text().find("\n1, S, 0, "), std::string::npos);
+    EXPECT_NE(trace.text().find("\n2, E, 0, "), std::string::npos);
+    EXPECT_NE(trace.text().find(", 8, na\n* solvetrace file closed\n"), std::string::npos);
+    EXPECT_EQ(fixture.link.trace, nullptr);
 }
 
 TEST(SolveDriver, DoesNotSolveWhenTheDumpCannotBeWritten) {
@@ -139,8 +158,61 @@ TEST(SolveDriver, DoesNotSolveWhenTheDumpCannotBeWritten) {
     EXPECT_EQ(vex::runSolveDriver(fixture.link), 1);
     EXPECT_EQ(fixture.log, "Could not create dumpmodel file.\n");
     EXPECT_EQ(fixture.model.modelStatus(), 13);
-    EXPECT_EQ(recording::lines(), std::vector<std::string>{"ls_get_state() = 3"});
+    std::vector<std::string> expected = {"ls_get_state() = 3"};
+    expected.insert(expected.end(), opening.begin(), opening.end());
+    EXPECT_EQ(recording::lines(), expected);
     recording::reset();
+}
+
+TEST(SolveDriver, GivesUpWithoutTheTraceThatWasAskedFor) {
+    LinkFixture fixture(instance, {"solvetrace /no/such/folder/trace.txt"});
+    recording::reset();
+    fixture.setUp();
+    EXPECT_EQ(vex::runSolveDriver(fixture.link), 3);
+    EXPECT_EQ(fixture.log, "ERROR: Could not create solvetrace file.\n");
+    EXPECT_EQ(fixture.link.trace, nullptr);
+}
+
+TEST(SolveDriver, StopsWhenTheHostAsks) {
+    const ScratchFile trace("driver_stop.txt");
+    LinkFixture fixture("cont x in 0 1 ; cont y in 0 1 ; max x * y - x * x * y ; c1 : x + y <= 9",
+                        {"solvetrace " + trace.path, "logfreq 1"});
+    recording::reset();
+    fixture.setUp();
+    fixture.environment.requestTermination();
+    EXPECT_EQ(vex::runSolveDriver(fixture.link), 0);
+    EXPECT_EQ(fixture.model.solveStatus(), 8);
+    EXPECT_NE(fixture.log.find("\nStopped due to user interrupt (Ctrl+C event).\n"),
+              std::string::npos)
+        << fixture.log;
+}
+
+TEST(SolveDriver, LogsDescriptionAndProgress) {
+    LinkFixture fixture("cont x in 0 1 ; cont y in 0 1 ; max x * y - x * x ; c1 : x + y <= 9",
+                        {"logfreq 100"});
+    recording::reset();
+    fixture.environment.setIterationLimit(1000);
+    fixture.environment.setTimeLimit(60);
+    fixture.setUp();
+    EXPECT_EQ(vex::runSolveDriver(fixture.link), 0);
+    EXPECT_EQ(fixture.log.find("\nmodel: "), 0U) << fixture.log;
+    EXPECT_NE(fixture.log.find(" iterations, feasible, objectives "), std::string::npos);
+    EXPECT_NE(fixture.log.find(" || "), std::string::npos);
+    EXPECT_NE(fixture.log.find("\nStopped due to iteration limit.\n"), std::string::npos);
+}
+
+TEST(SolveDriver, LetsNothingThroughTheCallback) {
+    LinkFixture fixture(instance);
+    recording::reset();
+    fixture.setUp();
+    fixture.environment.setTimeLimit(60);
+    const SlotOverride broken(
+        vex::nevTerminateGet, "nevTerminateGet",
+        +[](vex::EnvironmentHandle) -> std::int32_t { throw 7; });
+    EXPECT_EQ(vex::runSolveDriver(fixture.link), 1);
+    EXPECT_EQ(fixture.log, "Unknown error\n");
+    EXPECT_EQ(fixture.model.modelStatus(), 13);
+    EXPECT_EQ(fixture.model.solveStatus(), 10);
 }
 
 TEST(SolveDriver, DoesNotSolveWhenAFileNameCannotBeRead) {
@@ -168,6 +240,7 @@ TEST(SolveDriver, TurnsEveryErrorOfTheOptimizerIntoStatuses) {
             fixture.environment.setTimeLimit(1);
             recording::reset();
             recording::failCall(failing, code);
+            recording::startRecording();
             bool ready = true;
             try {
                 fixture.setUp();
@@ -180,7 +253,12 @@ TEST(SolveDriver, TurnsEveryErrorOfTheOptimizerIntoStatuses) {
             const std::int32_t result = vex::runSolveDriver(fixture.link);
             hit = recording::nbCalls() >= failing;
             const bool reported = fixture.log.find("planned failure\n") != std::string::npos;
-            const bool caller = code == LS_ERROR_CALLER;
+            // Inside a callback the error ends the search, which then reports that as its own.
+            const std::vector<std::string> calls = recording::lines();
+            const bool interrupted = std::any_of(calls.begin(), calls.end(), [](const auto& call) {
+                return call.rfind("ls_interrupt", 0) == 0;
+            });
+            const bool caller = code == LS_ERROR_CALLER && !interrupted;
             if (!ready) {
                 EXPECT_EQ(fixture.model.modelStatus(), 0) << "left to who prepared the model";
             } else if (reported) {

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "diag/solve_trace.hpp"
+#include "translate/nlocalsolver.hpp"
+
+namespace vex {
+
+/// Owns the solve trace for the time of one solve and lends it to the link object, whose callback
+/// writes to it.
+class TraceHolder {
+public:
+    /// `link_` must outlive this object and has no open trace.
+    explicit TraceHolder(NorvLocalSolver& link_) : link(link_) {}
+    TraceHolder(const TraceHolder&) = delete;
+    TraceHolder& operator=(const TraceHolder&) = delete;
+    ~TraceHolder() { close(); }
+
+    /// Opens the trace when the option "solvetrace" names a file.
+    /// @return 0, or the reason's number after a line in the host's log.
+    [[nodiscard]] std::int32_t openOnRequest();
+
+    /// Writes the closing line of an open trace; the link object has none afterwards.
+    void close();
+
+private:
+    NorvLocalSolver& link;
+    std::unique_ptr<SolveTrace> trace;
+};
+
+}  // namespace vex
