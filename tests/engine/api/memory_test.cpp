@@ -25,23 +25,26 @@ void* allocate(std::size_t size) {
 
 }  // namespace
 
-// The engine's library takes these too: they stand in the program.
-[[gnu::visibility("default")]] void* operator new(std::size_t size) {
+// The engine's library takes these too: they stand in the program. Not inlined, or the compiler
+// takes a block of malloc for one of new.
+[[gnu::noinline, gnu::visibility("default")]] void* operator new(std::size_t size) {
     return allocate(size);
 }
-[[gnu::visibility("default")]] void* operator new[](std::size_t size) {
+[[gnu::noinline, gnu::visibility("default")]] void* operator new[](std::size_t size) {
     return allocate(size);
 }
-[[gnu::visibility("default")]] void operator delete(void* block) noexcept {
+[[gnu::noinline, gnu::visibility("default")]] void operator delete(void* block) noexcept {
     std::free(block);
 }
-[[gnu::visibility("default")]] void operator delete[](void* block) noexcept {
+[[gnu::noinline, gnu::visibility("default")]] void operator delete[](void* block) noexcept {
     std::free(block);
 }
-[[gnu::visibility("default")]] void operator delete(void* block, std::size_t) noexcept {
+[[gnu::noinline, gnu::visibility("default")]] void operator delete(void* block,
+                                                                   std::size_t) noexcept {
     std::free(block);
 }
-[[gnu::visibility("default")]] void operator delete[](void* block, std::size_t) noexcept {
+[[gnu::noinline, gnu::visibility("default")]] void operator delete[](void* block,
+                                                                     std::size_t) noexcept {
     std::free(block);
 }
 // NOLINTEND(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
