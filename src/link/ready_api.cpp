@@ -10,6 +10,7 @@
 #include "link/build_banner.hpp"
 #include "link/option_messages.hpp"
 #include "localsolver.hpp"
+#include "translate/error_report.hpp"
 
 namespace vex {
 
@@ -125,11 +126,6 @@ void renewSolver(NorvLocalSolver& link) {
     link.solver->setVerbosity(0);
 }
 
-void setStatuses(const NorvLocalSolver& link, std::int32_t modelStatus, std::int32_t solveStatus) {
-    nmoModelStatSet(link.nmo, modelStatus);
-    nmoSolveStatSet(link.nmo, solveStatus);
-}
-
 /// @return whether setup came to its end without nesting too deep.
 bool setUpWithinDepth(NorvLocalSolver& link) {
     try {
@@ -152,17 +148,6 @@ void setUpModel(NorvLocalSolver& link) {
     }
     nevLogStatPChar(link.nev, "Consider not using option 'defvar'.\n");
     setStatuses(link, model_status::noSolutionReturned, solve_status::capabilityProblem);
-}
-
-std::int32_t reportError(const NorvLocalSolver& link, const LSException& error) {
-    nevLogStatPChar(link.nev, error.what());
-    nevLogStatPChar(link.nev, "\n");
-    if (error.getErrorCode() == LS_ERROR_CALLER) {
-        setStatuses(link, model_status::noSolutionReturned, solve_status::capabilityProblem);
-        return 0;
-    }
-    setStatuses(link, model_status::errorNoSolution, solve_status::setupFailure);
-    return 1;
 }
 
 std::int32_t buildModel(NorvLocalSolver& link) {

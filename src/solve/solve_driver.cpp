@@ -1,11 +1,11 @@
 #include "solve/solve_driver.hpp"
 
-#include "host/operations.hpp"
 #include "solve/diagnostic_files.hpp"
 #include "solve/parameters.hpp"
 #include "solve/progress_callback.hpp"
 #include "solve/result_report.hpp"
 #include "solve/trace_holder.hpp"
+#include "translate/error_report.hpp"
 
 namespace vex {
 
@@ -21,20 +21,6 @@ void registerCallbacks(NorvLocalSolver& link) {
     for (const auto type : {LS_CALLBACK_PHASE_STARTED, LS_CALLBACK_TIME_TICKED,
                             LS_CALLBACK_ITERATION_TICKED, LS_CALLBACK_PHASE_ENDED})
         link.solver->addCallback(type, &callbackDispatch, listener);
-}
-
-/// @return the driver's result after `error`.
-std::int32_t reportError(const NorvLocalSolver& link, const localsolver::LSException& error) {
-    nevLogStatPChar(link.nev, error.what());
-    nevLogStatPChar(link.nev, "\n");
-    if (error.getErrorCode() == LS_ERROR_CALLER) {
-        nmoModelStatSet(link.nmo, model_status::noSolutionReturned);
-        nmoSolveStatSet(link.nmo, solve_status::capabilityProblem);
-        return 0;
-    }
-    nmoModelStatSet(link.nmo, model_status::errorNoSolution);
-    nmoSolveStatSet(link.nmo, solve_status::setupFailure);
-    return 1;
 }
 
 }  // namespace
