@@ -11,48 +11,42 @@ Phase& requirePhase(Solver& s, int phase, RefusalSite site = RefusalSite::here()
     return s.phases[static_cast<std::size_t>(requirePosition("phases", phase, size, site))];
 }
 
+/// Sets the parameter `member` after a check of state and range.
+template <class Integer>
+void setParameter(const char* function, ls_solver* solver, Integer Parameters::*member,
+                  const ParameterRange& range, Integer value,
+                  RefusalSite site = RefusalSite::here()) {
+    guarded(function, [&] {
+        Solver& s = requireState(solver, notDuringSolve, site);
+        s.parameters.*member = requireInRange(range, value, site);
+    });
+}
+
 }  // namespace
 
 void ls_set_verbosity(ls_solver* solver, int level) {
-    guarded(__func__, [&] {
-        Solver& s = requireState(solver, notDuringSolve);
-        s.parameters.verbosity = requireInRange(verbosityRange, level);
-    });
+    setParameter(__func__, solver, &Parameters::verbosity, verbosityRange, level);
 }
 
 void ls_set_nb_threads(ls_solver* solver, int nb_threads) {
-    guarded(__func__, [&] {
-        Solver& s = requireState(solver, notDuringSolve);
-        s.parameters.nbThreads = requireInRange(nbThreadsRange, nb_threads);
-    });
+    setParameter(__func__, solver, &Parameters::nbThreads, nbThreadsRange, nb_threads);
 }
 
 void ls_set_seed(ls_solver* solver, int seed) {
-    guarded(__func__, [&] {
-        Solver& s = requireState(solver, notDuringSolve);
-        s.parameters.seed = requireInRange(seedRange, seed);
-    });
+    setParameter(__func__, solver, &Parameters::seed, seedRange, seed);
 }
 
 void ls_set_annealing_level(ls_solver* solver, int level) {
-    guarded(__func__, [&] {
-        Solver& s = requireState(solver, notDuringSolve);
-        s.parameters.annealingLevel = requireInRange(annealingLevelRange, level);
-    });
+    setParameter(__func__, solver, &Parameters::annealingLevel, annealingLevelRange, level);
 }
 
 void ls_set_iteration_between_ticks(ls_solver* solver, int64_t nb_iterations) {
-    guarded(__func__, [&] {
-        Solver& s = requireState(solver, notDuringSolve);
-        s.parameters.iterationsBetweenTicks = requireInRange(iterationTickRange, nb_iterations);
-    });
+    setParameter(__func__, solver, &Parameters::iterationsBetweenTicks, iterationTickRange,
+                 nb_iterations);
 }
 
 void ls_set_time_between_ticks(ls_solver* solver, int seconds) {
-    guarded(__func__, [&] {
-        Solver& s = requireState(solver, notDuringSolve);
-        s.parameters.secondsBetweenTicks = requireInRange(timeTickRange, seconds);
-    });
+    setParameter(__func__, solver, &Parameters::secondsBetweenTicks, timeTickRange, seconds);
 }
 
 void ls_set_double_objective_threshold(ls_solver* solver, int position, double threshold) {
