@@ -3,11 +3,11 @@
 
 #include <cstdint>
 #include <fstream>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "norv/environment.hpp"
+#include "norv/readers/mutation.hpp"
 #include "readers/mps_model.hpp"
 #include "readers/mps_reader.hpp"
 #include "readers/read_error.hpp"
@@ -67,29 +67,9 @@ std::string gzipped(const std::string& content) {
     return packed;
 }
 
-void mutate(std::string content, std::uint32_t seed) {
-    std::mt19937 random(seed);
-    const int nbChanges = 1 + static_cast<int>(random() % 4);
-    for (int change = 0; change < nbChanges; ++change) {
-        const std::size_t at = random() % content.size();
-        switch (random() % 4) {
-            case 0:
-                content[at] = static_cast<char>(random() % 256);
-                break;
-            case 1:
-                content.erase(at, 1 + random() % 8);
-                break;
-            case 2:
-                content.insert(at, content.substr(random() % content.size(), random() % 40));
-                break;
-            default:
-                content[at] = content[random() % content.size()];
-                break;
-        }
-        if (content.empty()) content = "x";
-    }
+void mutate(const std::string& content, std::uint32_t seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
-    endsInAModelOrOneLine(content);
+    endsInAModelOrOneLine(mutated(content, seed));
 }
 
 TEST(DamagedInput, everyTruncationEndsInAModelOrOneLine) {

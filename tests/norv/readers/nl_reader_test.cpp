@@ -4,10 +4,10 @@
 
 #include <limits>
 #include <map>
-#include <random>
 
 #include "hostapi/codes.hpp"
 #include "norv/environment.hpp"
+#include "norv/readers/mutation.hpp"
 #include "norv/readers/nl_writer.hpp"
 #include "readers/nl_model.hpp"
 #include "readers/read_error.hpp"
@@ -250,28 +250,9 @@ TEST(NlReader, ReadsAMillionLevels) {
     EXPECT_EQ(model.evaluateRow(0, std::vector{0.0, 0.0}).value, depth / 2);
 }
 
-void mutate(std::string content, std::uint32_t seed) {
+void mutate(const std::string& content, std::uint32_t seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
-    for (std::size_t change = 0; change <= random() % 4; ++change) {
-        const std::size_t at = random() % content.size();
-        switch (random() % 4) {
-            case 0:
-                content[at] = static_cast<char>(random() % 256);
-                break;
-            case 1:
-                content.erase(at, 1 + random() % 8);
-                break;
-            case 2:
-                content.insert(at, content.substr(random() % content.size(), random() % 40));
-                break;
-            default:
-                content[at] = content[random() % content.size()];
-                break;
-        }
-        if (content.empty()) content = "g";
-    }
-    const std::string complaint = complaintAbout(content);
+    const std::string complaint = complaintAbout(mutated(content, seed));
     EXPECT_EQ(complaint.find('\n'), std::string::npos) << complaint;
 }
 
