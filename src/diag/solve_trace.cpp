@@ -18,32 +18,27 @@ double wallClock() {
     return static_cast<double>(now.count()) / 1000.0;
 }
 
-void write(std::FILE* file, const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), file);
-}
-
 }  // namespace
 
 std::int32_t SolveTrace::create(std::unique_ptr<SolveTrace>& trace, const Subject& subject) {
     trace.reset();
-    File file(std::fopen(subject.fileName.c_str(), "w"));  // text mode: the platform's line ends
-    if (file == nullptr) return cannotOpen;
-    trace.reset(new SolveTrace(std::move(file), subject));
+    std::ofstream opened(subject.fileName);  // as text: the platform's line ends
+    if (!opened) return cannotOpen;
+    trace = std::make_unique<SolveTrace>(std::move(opened), subject);
     return 0;
 }
 
-SolveTrace::SolveTrace(File opened, const Subject& subject)
+SolveTrace::SolveTrace(std::ofstream opened, const Subject& subject)
     : file(std::move(opened)),
       infinity(subject.infinity),
       timeInterval(subject.timeInterval),
       startTime(wallClock()) {
     const std::string suffix =
         subject.optionFile == 0 ? "" : "." + std::to_string(subject.optionFile);
-    write(file.get(), "* solvetrace file " + subject.fileName + ": ID = " + subject.solverId +
-                          suffix + " Instance = " +
-                          (subject.instanceName != nullptr ? subject.instanceName : "") + "\n");
-    write(file.get(), "* fields are lineNum, seriesID, node, seconds, bestFound, bestBound\n");
-    std::fflush(file.get());
+    file << "* solvetrace file " << subject.fileName << ": ID = " << subject.solverId << suffix
+         << " Instance = " << (subject.instanceName != nullptr ? subject.instanceName : "") << "\n"
+         << "* fields are lineNum, seriesID, node, seconds, bestFound, bestBound\n"
+         << std::flush;
 }
 
 void SolveTrace::update(std::int64_t node, double bestBound, double bestFound) {
@@ -56,19 +51,19 @@ void SolveTrace::update(std::int64_t node, double bestBound, double bestFound) {
         writeRecord('T', node, now, bestBound, bestFound);
         lastTime = now;
     }
-    std::fflush(file.get());
+    file.flush();
 }
 
 void SolveTrace::finish(std::int64_t node, double bestBound, double bestFound) {
     const double now = wallClock();
     if (lineNumber == 1) writeRecord('S', node, now, bestBound, bestFound);
     writeRecord('E', node, now, bestBound, bestFound);
-    std::fflush(file.get());
+    file.flush();
 }
 
 void SolveTrace::close(std::unique_ptr<SolveTrace>& trace) {
     if (trace == nullptr) return;
-    write(trace->file.get(), "* solvetrace file closed\n");
+    trace->file << "* solvetrace file closed\n";
     trace.reset();
 }
 
@@ -76,9 +71,10 @@ void SolveTrace::writeRecord(char series, std::int64_t node, double now, double 
                              double bestFound) {
     // A clock that was set back must not make the time run backwards past the start.
     const double elapsed = std::fmax(now - startTime, 0.0);
-    write(file.get(), std::to_string(lineNumber) + ", " + series + ", " + std::to_string(node) +
-                          ", " + generalText(elapsed, /*digits=*/6) + ", " + textOf(bestFound) +
-                          ", " + textOf(bestBound) + "\n");
+    // Integers as text too: a stream would group their digits under some locales.
+    file << std::to_string(lineNumber) << ", " << series << ", " << std::to_string(node) << ", "
+         << generalText(elapsed, /*digits=*/6) << ", " << textOf(bestFound) << ", "
+         << textOf(bestBound) << "\n";
     ++lineNumber;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
+#include <fstream>
 #include <memory>
 #include <string>
 
@@ -25,6 +25,9 @@ public:
         double timeInterval = 0.0;  ///< seconds between T records; 0 or less: none
     };
 
+    /// Writes the header lines to `opened`; use `create`.
+    SolveTrace(std::ofstream opened, const Subject& subject);
+
     /// Opens the file and writes the header lines.
     /// @return 0; 3 when the file cannot be opened, and then `trace` is null.
     [[nodiscard]] static std::int32_t create(std::unique_ptr<SolveTrace>& trace,
@@ -40,17 +43,11 @@ public:
     static void close(std::unique_ptr<SolveTrace>& trace);
 
 private:
-    struct CloseFile {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-    using File = std::unique_ptr<std::FILE, CloseFile>;
-
-    SolveTrace(File opened, const Subject& subject);
     void writeRecord(char series, std::int64_t node, double now, double bestBound,
                      double bestFound);
     [[nodiscard]] std::string textOf(double value) const;
 
-    File file;
+    std::ofstream file;
     double infinity;
     double timeInterval;
     std::int64_t lineNumber = 1;  ///< of the next record

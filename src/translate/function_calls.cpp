@@ -5,8 +5,6 @@
 
 namespace vex {
 
-using localsolver::LSExpression;
-
 void InstructionConverter::call(std::int32_t function) {
     const auto code = static_cast<std::size_t>(function);
     const bool known = function >= 0 && code < functionRows.size();

@@ -254,7 +254,7 @@ TEST(SolveDriver, TurnsEveryErrorOfTheOptimizerIntoStatuses) {
             hit = recording::nbCalls() >= failing;
             const bool reported = fixture.log.find("planned failure\n") != std::string::npos;
             // Inside a callback the error ends the search, which then reports that as its own.
-            const std::vector<std::string> calls = recording::lines();
+            const std::vector<std::string>& calls = recording::lines();
             const bool interrupted = std::any_of(calls.begin(), calls.end(), [](const auto& call) {
                 return call.rfind("ls_interrupt", 0) == 0;
             });
