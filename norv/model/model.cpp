@@ -59,6 +59,10 @@ bool Model::isQuadratic() const noexcept {
 bool Model::isNonlinear() const noexcept {
     return !record->instance.lists.empty();
 }
+bool Model::hasObjective() const noexcept {
+    // Occurrences in quadratic entries and instruction lists are entries too.
+    return record->instance.entries.nbEntries(record->instance.objective()) > 0;
+}
 std::int32_t Model::sense() const noexcept {
     return record->instance.sense;
 }

@@ -40,6 +40,8 @@ public:
     [[nodiscard]] std::int64_t nbCoefficients() const noexcept;  ///< without the objective's
     [[nodiscard]] bool isQuadratic() const noexcept;             ///< any quadratic entry anywhere
     [[nodiscard]] bool isNonlinear() const noexcept;             ///< any instruction list anywhere
+    /// Does any variable occur in the objective?
+    [[nodiscard]] bool hasObjective() const noexcept;
     [[nodiscard]] std::int32_t sense() const noexcept;
     [[nodiscard]] std::int32_t modelType() const noexcept;
 
