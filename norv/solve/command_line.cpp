@@ -11,23 +11,28 @@ namespace {
 void describeSolve(CLI::App& app, CommandLine& line) {
     constexpr std::int32_t mostIterations = std::numeric_limits<std::int32_t>::max();
     app.add_option("FILE", line.model, "Model to solve: .mps or .nl, plain or gzipped")->required();
-    app.add_option("SETTINGS", line.settings,
-                   "Options of the link, as name=value; they override "
-                   "the option file")
+    app.add_option_function<std::vector<std::string>>(
+           "SETTINGS",
+           [&line](const std::vector<std::string>& settings) {
+               for (const std::string& each : settings) line.solve.assignments.push_back({each});
+           },
+           "Options of the link, as name=value; they override the option file")
         ->check([](const std::string& setting) {
             const bool named = setting.find('=') != std::string::npos && setting[0] != '=';
             return named ? std::string() : "found \"" + setting + "\", expected name=value";
         });
-    app.add_option("-o,--option-file", line.optionFile, "Option file of the link");
-    app.add_option("-t,--time-limit", line.timeLimit, "Time limit in seconds")
+    app.add_option("-o,--option-file", line.solve.optionFile, "Option file of the link");
+    app.add_option("-t,--time-limit", line.solve.timeLimit, "Time limit in seconds")
         ->check(CLI::Range(0.0, std::numeric_limits<double>::max()))
         ->capture_default_str();
-    app.add_option("-i,--iteration-limit", line.iterationLimit,
+    app.add_option("-i,--iteration-limit", line.solve.iterationLimit,
                    "Iteration limit (default: none; so does 2000000000)")
         ->check(CLI::Range(std::int32_t{0}, mostIterations));
-    app.add_option("--threads", line.threads, "Number of threads")
+    app.add_option("--threads", line.solve.threads, "Number of threads")
         ->check(CLI::Range(std::int32_t{1}, std::int32_t{1024}))
         ->capture_default_str();
+    app.add_flag("--square", line.isSquareSystem,
+                 "Solve equations: as many as variables, without an objective");
 }
 
 void describeOutput(CLI::App& app, CommandLine& line) {
@@ -37,8 +42,8 @@ void describeOutput(CLI::App& app, CommandLine& line) {
     app.add_option("--json", line.jsonFile,
                    "Write the result as JSON here; - is the standard output, and the log then goes "
                    "to standard error");
-    app.add_option("--link", line.link, "The link, by name or path")->capture_default_str();
-    app.add_option("--system-directory", line.systemDirectory,
+    app.add_option("--link", line.solve.link, "The link, by name or path")->capture_default_str();
+    app.add_option("--system-directory", line.solve.systemDirectory,
                    "Directory of optlocalsolver.def (default: the program's)");
     app.set_version_flag("--version", std::string("norvsolve ") + NORV_VERSION);
 }

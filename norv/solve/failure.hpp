@@ -17,4 +17,13 @@ private:
     ExitCode code_;
 };
 
+/// How the program ends and what it says on the way out.
+struct Complaint {
+    ExitCode code;
+    std::string text;  ///< one line or more, without the last line's end
+};
+
+/// What the exception in flight comes to. Called inside a catch block only.
+Complaint currentComplaint();
+
 }  // namespace norv

@@ -35,7 +35,7 @@ void printSummary(std::ostream& out, const Model& model, const std::optional<Poi
     out << "Model status " << model.modelStatus() << " (" << modelStatusText(model.modelStatus())
         << "), solve status " << model.solveStatus() << " (" << solveStatusText(model.solveStatus())
         << ").\n";
-    if (check) {
+    if (check && model.modelType() != hostapi::model_type::squareSystem) {
         out << "Objective: " << numberText(model.headAndTail(hostapi::head_and_tail::objective))
             << '\n';
     }

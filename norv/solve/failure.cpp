@@ -1,0 +1,25 @@
+#include "solve/failure.hpp"
+
+#include <new>
+
+#include "readers/read_error.hpp"
+
+namespace norv {
+
+Complaint currentComplaint() {
+    const std::string speaker = "norvsolve: ";
+    try {
+        throw;
+    } catch (const ReadError& error) {
+        // The line starts with file, line and column, as editors and users expect it.
+        return {ExitCode::badInput, error.what()};
+    } catch (const Failure& failure) {
+        return {failure.code(), speaker + failure.what()};
+    } catch (const std::bad_alloc&) {
+        return {ExitCode::internalError, speaker + "memory exhausted"};
+    } catch (const std::exception& error) {
+        return {ExitCode::internalError, speaker + error.what()};
+    }
+}
+
+}  // namespace norv

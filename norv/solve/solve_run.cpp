@@ -1,0 +1,78 @@
+#include "solve/solve_run.hpp"
+
+#include <fstream>
+
+#include "solve/failure.hpp"
+#include "solve/link_library.hpp"
+#include "solve/shared_library.hpp"
+#include "solve/termination_signals.hpp"
+
+namespace norv {
+namespace {
+
+/// With a separator at the end.
+std::string systemDirectory(const SolveSettings& settings) {
+    return settings.systemDirectory.empty() ? programDirectory() : settings.systemDirectory + '/';
+}
+
+/// The messages, a line each, without the last line's end; then forgets them.
+std::string takeMessages(Options& options) {
+    std::string lines;
+    for (const OptionMessage& message : options.messages()) {
+        if (!lines.empty()) lines += '\n';
+        lines += message.text;
+    }
+    options.clearMessages();
+    return lines;
+}
+
+/// The link goes on without an option file that it cannot open; who names one wants it read.
+void requireReadable(const std::string& path) {
+    if (path.empty() || std::ifstream(path)) return;
+    throw Failure(ExitCode::badInput, path + ": the option file cannot be opened");
+}
+
+}  // namespace
+
+void configure(Environment& environment, const SolveSettings& settings) {
+    environment.setSystemDirectory(systemDirectory(settings));
+    environment.setTimeLimit(settings.timeLimit);
+    if (settings.iterationLimit) environment.setIterationLimit(*settings.iterationLimit);
+    environment.setThreads(settings.threads);
+}
+
+Options definedOptions(const SolveSettings& settings) {
+    Options options;
+    const bool defined = options.readDefinition(systemDirectory(settings) + "optlocalsolver.def");
+    if (!defined) throw Failure(ExitCode::badInput, takeMessages(options));
+    options.clearMessages();
+    return options;
+}
+
+std::optional<Options> makeOptions(const SolveSettings& settings, std::ostream& log) {
+    requireReadable(settings.optionFile);
+    if (settings.assignments.empty()) return std::nullopt;
+    Options options = definedOptions(settings);
+    if (!settings.optionFile.empty()) options.readFile(settings.optionFile);
+    if (!options.messages().empty()) log << takeMessages(options) << '\n';
+    for (const Assignment& each : settings.assignments) {
+        if (!options.set(each.text, each.source))
+            throw Failure(ExitCode::badCommandLine, takeMessages(options));
+    }
+    return options;
+}
+
+std::optional<PointCheck> solve(Model& model, Environment& environment,
+                                const SolveSettings& settings,
+                                const std::optional<Options>& options) {
+    if (!options && !settings.optionFile.empty()) model.setOptionFile(settings.optionFile);
+    const LinkLibrary link(settings.link);
+    {
+        const TerminationSignals signals(environment);
+        link.solve(model, options ? options->handle() : nullptr);
+    }
+    if (!claimsFeasiblePoint(model.modelStatus())) return std::nullopt;
+    return checkPoint(model);
+}
+
+}  // namespace norv

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "norv/environment.hpp"
+#include "norv/model.hpp"
+#include "norv/options.hpp"
+#include "solve/point_check.hpp"
+
+namespace norv {
+
+/// A setting of one of the link's options, "name=value" or "name value".
+struct Assignment {
+    std::string text;
+    std::string source = "command line";  ///< stands in front of a complaint about it
+};
+
+/// What the solve of a model needs to know, however the user said it.
+struct SolveSettings {
+    std::vector<Assignment> assignments;         ///< in the order given
+    std::string optionFile;                      ///< of the link; empty: none
+    double timeLimit = 60.0;                     ///< seconds, 0 or more
+    std::optional<std::int32_t> iterationLimit;  ///< 0 or more
+    std::int32_t threads = 1;                    ///< 1 or more
+    std::string link = "vexcclib64.so";          ///< by name or path
+    std::string systemDirectory;                 ///< of optlocalsolver.def; empty: the program's
+};
+
+/// Limits, threads and directory, as the settings want them.
+void configure(Environment& environment, const SolveSettings& settings);
+
+/// An object with the definitions alone. Failure (badInput) when they cannot be read.
+Options definedOptions(const SolveSettings& settings);
+
+/// The options for the link: those of the option file, then the assignments, which are of no use
+/// to the link itself. Nothing without assignments: the link then reads the option file.
+/// @param log  receives what the option library says about the option file.
+/// Failure: badInput when the option file cannot be read, badCommandLine for a refused assignment,
+/// with the option library's reason.
+std::optional<Options> makeOptions(const SolveSettings& settings, std::ostream& log);
+
+/// Loads the link, has it solve the model and checks the point it claims. In the meantime Ctrl+C
+/// asks it to stop, and a second one ends the process.
+/// @param options  as made by `makeOptions` from the same settings.
+/// @return nothing when the model status claims no feasible point.
+std::optional<PointCheck> solve(Model& model, Environment& environment,
+                                const SolveSettings& settings,
+                                const std::optional<Options>& options);
+
+}  // namespace norv

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+
+namespace norv {
+
+enum class StandardStream : std::uint8_t { output, error };
+
+/// Width of the terminal that the stream writes to, in characters; 0 when that is a file, a pipe,
+/// or a terminal that cannot go back to the start of a line. Asks the system at each call.
+int terminalColumns(StandardStream stream);
+
+}  // namespace norv

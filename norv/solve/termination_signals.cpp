@@ -1,0 +1,53 @@
+#include "solve/termination_signals.hpp"
+
+#include <atomic>
+#include <csignal>
+
+namespace norv {
+namespace {
+
+// A handler has no argument that could carry these.
+std::atomic<Environment*> receiver{nullptr};
+std::atomic<bool> wasAsked{false};
+static_assert(std::atomic<Environment*>::is_always_lock_free &&
+                  std::atomic<bool>::is_always_lock_free,
+              "a signal handler may touch nothing else");
+
+extern "C" void askToStop(int signal) {
+    if (wasAsked.exchange(true)) {
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+        return;
+    }
+    // Some systems put the default action back before they call a handler.
+    std::signal(signal, askToStop);
+    if (Environment* environment = receiver.load()) environment->requestTermination();
+}
+
+/// @return the handler of before.
+auto* install(int signal) {
+    auto* const before = std::signal(signal, askToStop);
+    if (before == SIG_IGN) std::signal(signal, SIG_IGN);
+    return before;
+}
+
+void restore(int signal, void (*before)(int)) {
+    std::signal(signal, before == SIG_ERR ? SIG_DFL : before);
+}
+
+}  // namespace
+
+TerminationSignals::TerminationSignals(Environment& environment) {
+    wasAsked = false;
+    receiver = &environment;
+    interruptBefore = install(SIGINT);
+    terminateBefore = install(SIGTERM);
+}
+
+TerminationSignals::~TerminationSignals() {
+    restore(SIGTERM, terminateBefore);
+    restore(SIGINT, interruptBefore);
+    receiver = nullptr;
+}
+
+}  // namespace norv
