@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "defvars/recomputation.hpp"
 #include "diag/number_text.hpp"
 #include "diag/solve_trace.hpp"
 #include "host/operations.hpp"
@@ -151,6 +152,8 @@ void reportResult(NorvLocalSolver& link, int phase) {
     reportStatistics(link);
     const bool noUsablePoint = violatesRow(link);
     writeLevels(link, noUsablePoint);
+    if (!evaluateDefinedVariables(link.nmo, link.definedVariables))
+        nevLogPChar(link.nev, "Issues evaluating aggregated variables.\n");
     nmoSetHeadnTail(link.nmo, head_and_tail::marginals, 0.0);
     nmoCompleteSolution(link.nmo);
     finishTrace(link, reportVerdict(link, noUsablePoint));

@@ -149,6 +149,7 @@ private:
         std::int32_t nbNonlinear = 0;  ///< entries
     };
 
+    void findDefinitions();
     void addObjective(RowBuffers& buffers);
     void addRow(std::int32_t i, RowBuffers& buffers);
     void warnOfClampedBounds() const;

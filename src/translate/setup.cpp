@@ -1,7 +1,8 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "defvars/ignored_options.hpp"
+#include "defvars/detection.hpp"
+#include "defvars/option_pairs.hpp"
 #include "host/operations.hpp"
 #include "host/option_names.hpp"
 #include "translate/nlocalsolver.hpp"
@@ -58,7 +59,7 @@ void NorvLocalSolver::setupModel() {
     intConstants.clear();
     doubleConstants.clear();
     configureInstance(nmo);
-    reportIgnoredOptions(nev, opt);
+    findDefinitions();
     RowBuffers buffers = makeBuffers(nmo);
     variables.assign(static_cast<std::size_t>(nmoN(nmo)), LSExpression());
     constraints.assign(static_cast<std::size_t>(nmoM(nmo)), LSExpression());
@@ -79,6 +80,16 @@ void NorvLocalSolver::setupModel() {
     warnOfClampedBounds();
     intConstants.clear();
     doubleConstants.clear();
+}
+
+/// What the user says comes first: the search keeps it.
+void NorvLocalSolver::findDefinitions() {
+    if (!readDefinedVariableOptions(nmo, opt, definedVariables, definingEquations)) {
+        throw translationError(__LINE__, thisMethod,
+                               "Error processing defined variables information from options file.");
+    }
+    if (optGetIntStr(opt, option::aggrvars) != 0)
+        findDefiningEquations(nmo, definedVariables, definingEquations);
 }
 
 void NorvLocalSolver::addObjective(RowBuffers& buffers) {

@@ -238,12 +238,6 @@ TEST(Setup, WarnsOnceOfClampedBounds) {
     EXPECT_EQ(fixture.link.nbUpperClamped, 3);
 }
 
-TEST(Setup, SaysThatAggregationIsNotToBeHad) {
-    LinkFixture fixture("min x", {"aggrvars 1"});
-    fixture.setUp();
-    EXPECT_EQ(count(fixture.log, "without aggregation"), 1U);
-}
-
 TEST(Setup, MakesItsCallsInThisOrder) {
     LinkFixture fixture("cont x ; bin b in 1 1 ; max 2 x + 3 ; c1 : x + b <= 4.5");
     fixture.link.solver = std::make_unique<localsolver::LocalSolver>();

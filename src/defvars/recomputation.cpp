@@ -1,0 +1,123 @@
+#include "defvars/recomputation.hpp"
+
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+#include "host/operations.hpp"
+
+namespace vex {
+
+namespace {
+
+/// One recomputation of all levels, depth first.
+class Recomputation {
+public:
+    Recomputation(ModelHandle model, const DefinedVariables& definitions)
+        : nmo(model),
+          definedVariables(definitions),
+          levels(static_cast<std::size_t>(nmoN(model))),
+          states(levels.size(), State::open) {
+        nmoGetVarL(nmo, levels.data());
+    }
+
+    /// Recomputes `variable` and, before it, the defined variables that its row needs.
+    bool evaluateDefinedVariable(std::int32_t variable, std::int32_t row);
+
+    [[nodiscard]] bool isDone(std::int32_t variable) const {
+        return states[index(variable)] == State::done;
+    }
+
+private:
+    enum class State : std::uint8_t { open, inProgress, done };
+
+    /// A variable whose row is being looked through.
+    struct Visit {
+        std::int32_t variable;
+        std::int32_t row;
+        double coefficient;    ///< 0 unless the variable occurs in the row
+        std::size_t first;     ///< of the row's variables in `pending`
+        std::size_t nbPassed;  ///< of them
+    };
+
+    static std::size_t index(std::int32_t k) { return static_cast<std::size_t>(k); }
+    void begin(std::int32_t variable, std::int32_t row);
+    bool finish(const Visit& visit);
+
+    ModelHandle nmo;
+    const DefinedVariables& definedVariables;
+    std::vector<double> levels;         ///< [nbVariables] recomputed ones replaced
+    std::vector<State> states;          ///< [nbVariables]
+    std::vector<Visit> visits;          ///< each one waits for the next
+    std::vector<std::int32_t> pending;  ///< variables of the rows of `visits`, one after another
+    std::vector<double> values;         ///< scratch: coefficients of one row
+};
+
+bool Recomputation::evaluateDefinedVariable(std::int32_t variable, std::int32_t row) {
+    begin(variable, row);
+    while (!visits.empty()) {
+        Visit& visit = visits.back();
+        if (visit.first + visit.nbPassed == pending.size()) {
+            if (!finish(visit)) return false;
+            pending.resize(visit.first);
+            visits.pop_back();
+            continue;
+        }
+        const std::int32_t needed = pending[visit.first + visit.nbPassed++];
+        if (needed == visit.variable || isDone(needed)) continue;
+        const auto definition = definedVariables.find(needed);
+        if (definition == definedVariables.end()) continue;
+        if (states[index(needed)] == State::inProgress) return false;
+        begin(needed, definition->second);
+    }
+    return true;
+}
+
+void Recomputation::begin(std::int32_t variable, std::int32_t row) {
+    states[index(variable)] = State::inProgress;
+    std::int32_t nbEntries = 0;
+    std::int32_t nbQuadratic = 0;
+    std::int32_t nbNonlinear = 0;
+    nmoGetRowStat(nmo, row, &nbEntries, &nbQuadratic, &nbNonlinear);
+    const std::size_t first = pending.size();
+    pending.resize(first + index(nbEntries));
+    values.resize(index(nbEntries));
+    nmoGetRowSparse(nmo, row, pending.data() + first, values.data(), /*nonlinear=*/nullptr,
+                    &nbEntries, &nbNonlinear);
+    pending.resize(first + index(nbEntries));
+    double coefficient = 0.0;
+    for (std::size_t k = 0; k < index(nbEntries); ++k) {
+        if (pending[first + k] == variable) coefficient = values[k];
+    }
+    visits.push_back({variable, row, coefficient, first, /*nbPassed=*/0});
+}
+
+/// Solves the row for the variable, with all others at their levels.
+bool Recomputation::finish(const Visit& visit) {
+    double& level = levels[index(visit.variable)];
+    level = 0.0;
+    double othersValue = 0.0;
+    std::int32_t nbErrors = 0;
+    nmoEvalFunc(nmo, visit.row, levels.data(), &othersValue, &nbErrors);
+    if (nbErrors != 0) return false;
+    level = (nmoGetRhsOne(nmo, visit.row) - othersValue) / visit.coefficient;
+    if (!std::isfinite(level)) return false;
+    nmoSetVarLOne(nmo, visit.variable, level);
+    states[index(visit.variable)] = State::done;
+    return true;
+}
+
+}  // namespace
+
+bool evaluateDefinedVariables(ModelHandle nmo, const DefinedVariables& definedVariables) {
+    if (definedVariables.empty()) return true;
+    Recomputation recomputation(nmo, definedVariables);
+    for (const auto& [variable, row] : definedVariables) {
+        if (!recomputation.isDone(variable) &&
+            !recomputation.evaluateDefinedVariable(variable, row))
+            return false;
+    }
+    return true;
+}
+
+}  // namespace vex
