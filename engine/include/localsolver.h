@@ -46,7 +46,8 @@ typedef enum ls_operator {
     LS_OP_CONST = 2, /**< made by ls_create_int_constant, ls_create_double_constant */
     LS_OP_SUM = 3,   /**< any number of operands; empty: 0 */
     LS_OP_SUB = 4,
-    LS_OP_PROD = 5, /**< any number of operands; empty: 1; an exact 0 times an infinity is 0 */
+    LS_OP_PROD = 5, /**< any number of operands; empty: 1; an exact 0 times an infinity, or times
+                       0 to a negative power, is 0 */
     LS_OP_MAX = 6,  /**< one operand or more */
     LS_OP_MIN = 7,  /**< one operand or more */
     LS_OP_EQ = 8,   /**< relations: exact between integers, within 1e-6 between doubles */

@@ -169,8 +169,7 @@ Distance Evaluator::computeDistance(ExpressionIndex e) {
 }
 
 Value Evaluator::computeAbsorbed(ExpressionIndex e) const {
-    const auto factors = plan_.model().operandsOf(e);
-    return multiply(value_[index(factors[0])], value_[index(factors[1])]);
+    return computeValue(plan_.model(), e, value_);
 }
 
 ExactSum Evaluator::computeSum(ExpressionIndex e) const {

@@ -14,7 +14,8 @@ namespace engine {
 /// depend on the order of the terms: an integer when all terms are integers and the total fits in
 /// 64 bits, else a double. Doubles are kept as an unevaluated pair of two doubles (Knuth's exact
 /// two-sum; Dekker 1971), so that millions of additions and removals leave no visible error.
-/// Infinities and NaN are counted, not added: removing them restores the finite total.
+/// Infinities and NaN are counted, not added: removing them restores the finite total. While there
+/// are any, and when the total leaves the doubles' range, it is NaN.
 class ExactSum {
 public:
     void add(Value v) { v.isInt() ? addInt(v.asInt()) : addDouble(v.asDouble(), 1); }
@@ -37,10 +38,8 @@ private:
         nbDoubles_ += sign;
         if (std::isfinite(d)) {
             addFinite(sign > 0 ? d : -d);
-        } else if (std::isnan(d)) {
-            nbNans_ += sign;
         } else {
-            (d > 0.0 ? nbPlusInfinities_ : nbMinusInfinities_) += sign;
+            nbUndefined_ += sign;
         }
     }
     void addFinite(double d) {
@@ -65,25 +64,18 @@ private:
         return Value::ofInt(static_cast<std::int64_t>(integers_));
     }
     [[nodiscard]] double doubleTotal() const {
-        constexpr double infinity = std::numeric_limits<double>::infinity();
-        if (nbNans_ > 0 || (nbPlusInfinities_ > 0 && nbMinusInfinities_ > 0)) {
-            return std::numeric_limits<double>::quiet_NaN();
-        }
-        if (nbPlusInfinities_ > 0) return infinity;
-        if (nbMinusInfinities_ > 0) return -infinity;
-        if (integers_ == 0) return high_ + low_;
         ExactSum all = *this;
-        all.addFinite(static_cast<double>(integers_));
-        return all.high_ + all.low_;
+        if (integers_ != 0) all.addFinite(static_cast<double>(integers_));
+        const double total = all.high_ + all.low_;
+        const bool isDefined = nbUndefined_ == 0 && std::isfinite(total);
+        return isDefined ? total : std::numeric_limits<double>::quiet_NaN();
     }
 
     Int128 integers_ = 0;
     double high_ = 0.0;
     double low_ = 0.0;
     std::int32_t nbDoubles_ = 0;
-    std::int32_t nbPlusInfinities_ = 0;
-    std::int32_t nbMinusInfinities_ = 0;
-    std::int32_t nbNans_ = 0;
+    std::int32_t nbUndefined_ = 0;  ///< infinities and NaN
 };
 
 }  // namespace engine

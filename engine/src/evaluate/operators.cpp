@@ -1,5 +1,6 @@
 #include "evaluate/operators.hpp"
 
+#include <bit>
 #include <cassert>
 #include <cmath>
 #include <cstdint>
@@ -13,8 +14,20 @@ namespace {
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr Value notANumber = Value::ofDouble(nan);
 
+/// 0 to a negative power: a NaN that a product with an exact 0 forgives. A bit pattern of its own,
+/// so that a change from one NaN to the other counts as a change.
+constexpr std::uint64_t poleBits = std::bit_cast<std::uint64_t>(nan) + 1;
+constexpr Value pole = Value::ofDouble(std::bit_cast<double>(poleBits));
+
 bool isNan(Value v) {
     return !v.isInt() && std::isnan(v.asDouble());
+}
+bool isPole(Value v) {
+    return !v.isInt() && std::bit_cast<std::uint64_t>(v.asDouble()) == poleBits;
+}
+/// No number, and no pole either.
+bool spoilsProducts(Value v) {
+    return isNan(v) && !isPole(v);
 }
 Value ofBool(bool b) {
     return Value::ofInt(b ? 1 : 0);
@@ -47,8 +60,8 @@ Value product(const Operands& x) {
     bool allIntegers = true;
     Value result = Value::ofInt(1);
     for (std::size_t k = 0; k < x.size(); ++k) {
-        if (isNan(x[k])) return notANumber;
-        hasZero = hasZero || !x[k].isTrue();
+        if (spoilsProducts(x[k])) return notANumber;
+        hasZero = hasZero || (!x[k].isTrue() && !isPole(x[k]));
         allIntegers = allIntegers && x[k].isInt();
         if (!hasZero) result = multiply(result, x[k]);
     }
@@ -121,6 +134,13 @@ Value roundWith(Value v, double (*rule)(double)) {
     return v.isInt() ? v : integral(rule(v.asDouble()));
 }
 
+Value power(Value base, Value exponent) {
+    // The library's pow knows numbers to which what NaN stands for makes no difference.
+    if (isNan(base) || isNan(exponent)) return notANumber;
+    const double result = std::pow(base.asDouble(), exponent.asDouble());
+    return std::isinf(result) && !base.isTrue() ? pole : Value::ofDouble(result);
+}
+
 double logarithm(double d) {
     return d > 0.0 ? std::log(d) : nan;
 }
@@ -182,7 +202,8 @@ Value multiply(Value a, Value b) {
     }
     const double x = a.asDouble();
     const double y = b.asDouble();
-    if ((x == 0.0 && !std::isnan(y)) || (y == 0.0 && !std::isnan(x))) return Value::ofDouble(0.0);
+    if ((x == 0.0 && !spoilsProducts(b)) || (y == 0.0 && !spoilsProducts(a)))
+        return Value::ofDouble(0.0);
     return Value::ofDouble(x * y);
 }
 
@@ -216,7 +237,10 @@ Value relate(ls_operator relation, Value left, Value right) {
     }
 }
 
-Value computeValue(const ClosedModel& model, ExpressionIndex e, std::span<const Value> values) {
+namespace {
+
+/// The result as it comes: an operation that leaves the doubles' range gives an infinity.
+Value apply(const ClosedModel& model, ExpressionIndex e, std::span<const Value> values) {
     const Operands x(model.operandsOf(e), values);
     const ls_operator op = model.operatorOf(e);
     switch (op) {
@@ -266,7 +290,7 @@ Value computeValue(const ClosedModel& model, ExpressionIndex e, std::span<const 
         case LS_OP_ROUND:
             return roundWith(x[0], [](double d) { return std::round(d); });
         case LS_OP_POW:
-            return Value::ofDouble(std::pow(x[0].asDouble(), x[1].asDouble()));
+            return power(x[0], x[1]);
         case LS_OP_ARRAY:
             return Value::ofInt(0);
         case LS_OP_BOOL:
@@ -278,6 +302,14 @@ Value computeValue(const ClosedModel& model, ExpressionIndex e, std::span<const 
         default:
             return Value::ofDouble(unary(op, x[0].asDouble()));
     }
+}
+
+}  // namespace
+
+Value computeValue(const ClosedModel& model, ExpressionIndex e, std::span<const Value> values) {
+    const Value v = apply(model, e, values);
+    const bool isDefined = v.isInt() || std::isfinite(v.asDouble());
+    return isDefined || (isPole(v) && model.operatorOf(e) == LS_OP_POW) ? v : notANumber;
 }
 
 }  // namespace engine

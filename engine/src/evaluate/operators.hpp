@@ -16,9 +16,10 @@ namespace engine {
 /// double. mod takes the dividend's sign.
 ///
 /// Domain errors (division or mod by zero, log of 0 or less, root of a negative number, an index
-/// outside its array) give NaN. NaN goes through everything but `and` with a false operand, `or`
-/// with a true one and the branch of `if` that is not taken: the negation of a domain error is no
-/// way to a feasible point.
+/// outside its array, 0 to a negative power) and results beyond the doubles give NaN; only leaves
+/// may be infinite. In a product an exact 0 makes 0 of an infinity and of 0 to a negative power.
+/// NaN goes through everything but `and` with a false operand, `or` with a true one and the branch
+/// of `if` that is not taken: the negation of a domain error is no way to a feasible point.
 
 /// Value of operator expression `e` from the values of its operands.
 ///

@@ -226,7 +226,7 @@ Range wholePower(const Range& base, double n) {
 }
 
 Range power(const Range& base, const Range& exponent) {
-    // pow(1, NaN) and pow(NaN, 0) are 1; an infinite exponent is no power at all.
+    // An infinite exponent is no power at all.
     if (base.mayBeNan || exponent.mayBeNan) return anything;
     if (std::isinf(exponent.lower) || std::isinf(exponent.upper)) return anything;
     if (exponent.isPoint() && exponent.lower == std::rint(exponent.lower)) {

@@ -15,6 +15,10 @@ constexpr double largestExactInteger = 9007199254740992.0;  // 2^53
 
 /// What is known of an expression's value in every feasible point: it lies in [lower, upper], or it
 /// is NaN where `mayBeNan`. Empty and not mayBeNan: there is no feasible point.
+///
+/// Results beyond the doubles, and 0 to a negative power, count as the infinities of IEEE
+/// arithmetic here. Evaluation calls them undefined and so accepts fewer points than ranges admit,
+/// never more.
 struct Range {
     double lower = -infinity;
     double upper = infinity;

@@ -133,6 +133,15 @@ TEST(Propagator, NeverCutsOffWhatTheJudgeAccepts) {
     }
 }
 
+/// Is there a 0 to a negative power? For ranges it is an infinity, for the judge not a number.
+bool hasPole(const ClosedModel& model, const std::vector<Value>& values) {
+    return std::any_of(model.order.begin(), model.order.end(), [&](ExpressionIndex e) {
+        return model.operatorOf(e) == LS_OP_POW &&
+               std::isnan(values[static_cast<std::size_t>(e)].asDouble()) &&
+               !values[static_cast<std::size_t>(model.operandsOf(e)[0])].isTrue();
+    });
+}
+
 /// Every value of every expression at every feasible point lies in the propagated ranges.
 void expectRangesHold(const std::string& text, const ClosedModel& model,
                       testing::RandomModels& random, int& nbInconsistent, int& nbNarrowed) {
@@ -141,7 +150,7 @@ void expectRangesHold(const std::string& text, const ClosedModel& model,
     nbInconsistent += consistent ? 0 : 1;
     std::vector<Value> values;
     testing::forEachPoint(model, random, [&](const Point& point) {
-        if (!judge(model, point, values).feasible) return;
+        if (!judge(model, point, values).feasible || hasPole(model, values)) return;
         ASSERT_TRUE(consistent) << text;
         for (ExpressionIndex e = 0; e < model.nbExpressions(); ++e) {
             const double v = values[static_cast<std::size_t>(e)].asDouble();
