@@ -26,6 +26,12 @@ std::vector<std::uint32_t> sizesOf(const ExpressionStore& store) {
     return sizes;
 }
 
+/// A constant other than 0. Readers of the code simplify by a constant factor or divisor, and what
+/// a 0 multiplies would lose its errors, what it divides gain a value.
+bool isScale(const ExpressionStore& store, NodeIndex node) {
+    return store.isConstant(node) && store.valueOf(node) != 0.0;
+}
+
 /// The product of a constant and something else, as which of its two operands is the constant.
 struct ScaledNode {
     NodeIndex node = noNode;
@@ -38,7 +44,7 @@ ScaledNode asScaled(const ExpressionStore& store, NodeIndex node) {
     if (factors.size() != 2) return {};
     for (const auto& [constant, other] :
          {std::pair(factors[0], factors[1]), std::pair(factors[1], factors[0])}) {
-        if (store.isConstant(constant)) return {other, store.valueOf(constant)};
+        if (isScale(store, constant)) return {other, store.valueOf(constant)};
     }
     return {};
 }
@@ -131,7 +137,7 @@ void Emitter::planChain(std::span<const NodeIndex> operands, const Forms& forms)
     };
     for (std::size_t k = operands.size() - 1; k >= 2; --k) planNext(operands[k]);
     // Two neighbours may change places without changing the value.
-    const bool exchanges = store.isConstant(operands[0]) && !store.isConstant(operands[1]);
+    const bool exchanges = isScale(store, operands[0]) && !store.isConstant(operands[1]);
     planNext(operands[exchanges ? 0 : 1]);
     plan(operands[exchanges ? 1 : 0]);
 }
@@ -155,7 +161,7 @@ void Emitter::planTerm(NodeIndex term, bool isSubtracted) {
 void Emitter::planFactor(NodeIndex factor, const Forms& forms) {
     if (store.isVariable(factor)) {
         plan(forms.withVariable, factor + 1);
-    } else if (store.isConstant(factor)) {
+    } else if (isScale(store, factor)) {
         plan(forms.withConstant, pool.entryOf(store.valueOf(factor)));
     } else {
         plan(forms.onStack);

@@ -106,7 +106,7 @@ Quantity junction(Quantity x, Quantity y, bool absorbing) {
 
 Quantity ternary(std::span<const Quantity> x) {
     const Quantity& chosen = x[0].value != 0.0 ? x[1] : x[2];
-    return {chosen.value, sumOfErrors(x[0].nbErrors, chosen.nbErrors)};
+    return resultOf(chosen.value, sumOfErrors(x[0].nbErrors, chosen.nbErrors));
 }
 
 std::int32_t errorsOf(std::span<const Quantity> arguments) {
@@ -121,12 +121,12 @@ double distance(std::span<const Quantity> x) {
     return std::sqrt(sum);
 }
 
-/// Of (x, a0, a1, …): a0 + a1 x + …, by Horner's rule.
-double polynomial(std::span<const Quantity> x) {
-    if (x.size() <= 1) return 0.0;
-    double sum = 0.0;
-    for (std::size_t k = x.size() - 1; k >= 1; --k) sum = multiply(sum, x[0].value) + x[k].value;
-    return sum;
+/// Of (x, a0, a1, …): a0 + a1 x + …, by Horner's rule. Without a1, x has no say.
+Quantity polynomial(std::span<const Quantity> x) {
+    if (x.size() <= 1) return {};
+    double sum = x.back().value;
+    for (std::size_t k = x.size() - 2; k >= 1; --k) sum = multiply(sum, x[0].value) + x[k].value;
+    return resultOf(sum, errorsOf(x.size() == 2 ? x.subspan(1) : x));
 }
 
 }  // namespace
@@ -139,7 +139,7 @@ Quantity call(Function function, std::span<const Quantity> arguments) {
         case Function::edist:
             return resultOf(distance(x), errorsOf(x));
         case Function::poly:
-            return resultOf(polynomial(x), errorsOf(x));
+            return polynomial(x);
         case Function::ifthen:
             return ternary(x);
         case Function::booland:

@@ -51,4 +51,24 @@ inline Assembled assemble(const std::string& code) {
     return result;
 }
 
+/// The list as `assemble` reads it, without the frame of nlHeader and nlStore.
+inline std::string describe(const InstructionList& list, const std::vector<double>& pool) {
+    std::ostringstream text;
+    for (std::size_t k = 0; k < list.size(); ++k) {
+        const OpcodeTraits& traits = traitsOf(list.opcodes[k]);
+        if (traits.code == nlHeader || traits.code == nlStore) continue;
+        text << (text.tellp() == 0 ? "" : ", ") << traits.name;
+        const auto field = list.fields[k];
+        if (traits.operand == Operand::constant) {
+            text << " #" << pool[static_cast<std::size_t>(field - 1)];
+        } else if (traits.action == Action::callOne || traits.action == Action::callTwo ||
+                   traits.action == Action::callMany) {
+            text << ' ' << findFunction(field)->name;
+        } else if (traits.operand == Operand::variable || traits.action == Action::announce) {
+            text << ' ' << field;
+        }
+    }
+    return text.str();
+}
+
 }  // namespace norv

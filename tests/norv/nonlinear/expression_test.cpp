@@ -9,31 +9,12 @@
 #include "nonlinear/emitter.hpp"
 #include "nonlinear/evaluator.hpp"
 #include "nonlinear/quadratic_form.hpp"
+#include "norv/nonlinear/assembler.hpp"
 
 namespace norv {
 namespace {
 
 constexpr std::int32_t nbVariables = 4;
-
-std::string describe(const InstructionList& list, const std::vector<double>& pool) {
-    std::string text;
-    for (std::size_t k = 0; k < list.size(); ++k) {
-        const OpcodeTraits& traits = traitsOf(list.opcodes[k]);
-        if (traits.code == nlHeader || traits.code == nlStore) continue;
-        text += (text.empty() ? "" : ", ") + std::string(traits.name);
-        const auto field = list.fields[k];
-        if (traits.operand == Operand::constant) {
-            text +=
-                " #" + std::to_string(static_cast<int>(pool[static_cast<std::size_t>(field - 1)]));
-        } else if (traits.action == Action::callOne || traits.action == Action::callTwo ||
-                   traits.action == Action::callMany) {
-            text += " " + std::string(findFunction(field)->name);
-        } else if (field != 0) {
-            text += " " + std::to_string(field);
-        }
-    }
-    return text;
-}
 
 /// A store with an emitter's surroundings.
 struct Workshop {
@@ -82,11 +63,14 @@ TEST(Emitter, UsesTheCompactForms) {
         {s.call(Function::ifthen, std::array{x, y, z}),
          "nlPushV 1, nlPushV 2, nlPushV 3, nlFuncArgN 3, nlCallArgN ifthen"},
         {s.call(Function::edist, std::array{x, y}), "nlPushV 1, nlPushV 2, nlCallArg2 edist"},
-        {s.call(Function::pi, std::span<const NodeIndex>()), "nlPushI #3"},
+        {s.call(Function::pi, std::span<const NodeIndex>()), "nlPushI #3.14159"},
         // Constants fold unless that would hide an error.
         {w.product({w.number(2), w.number(3)}), "nlPushI #6"},
         {s.call(Function::power, w.number(2), w.number(3)), "nlPushI #8"},
-        {s.quotient(w.number(1), w.number(0)), "nlPushI #1, nlDivI #0"},
+        {s.quotient(w.number(1), w.number(0)), "nlPushI #1, nlPushZero, nlDiv"},
+        // Not 0 * log(y), which a reader may take for 0 also where there is no logarithm.
+        {w.sum({x, w.product({w.number(0), s.call(Function::log, y)})}),
+         "nlPushV 1, nlPushZero, nlPushV 2, nlCallArg1 log, nlMul, nlAdd"},
         {s.call(Function::log, w.number(-1)), "nlPushI #-1, nlCallArg1 log"},
     };
     for (const auto& [root, expected] : cases) EXPECT_EQ(w.code(root), expected);
