@@ -78,22 +78,22 @@ std::string statisticsInfo(const Solver& solver) {
 std::string solverDescription(const Solver& solver) {
     const Model& model = solver.model;
     const Parameters& p = solver.parameters;
-    std::string text =
-        formatText("model: %d expressions, %" PRId64
-                   " operands, %d decisions, %zu constraints, %zu objectives\n"
-                   "parameters: threads %d, seed %d, annealing level %d, iterations between ticks "
-                   "%" PRId64 ", seconds between ticks %d",
-                   model.nbExpressions(), model.nbOperands(), nbDecisions(model),
-                   model.constraints().size(), model.objectives().size(), p.nbThreads, p.seed,
-                   p.annealingLevel, p.iterationsBetweenTicks, p.secondsBetweenTicks);
+    std::string text = formatText(
+        "model: %d expressions, %" PRId64
+        " operands, %d decisions, %d constraints, %d objectives\n"
+        "parameters: threads %d, seed %d, annealing level %d, iterations between ticks "
+        "%" PRId64 ", seconds between ticks %d",
+        model.nbExpressions(), model.nbOperands(), nbDecisions(model),
+        static_cast<int>(model.constraints().size()), static_cast<int>(model.objectives().size()),
+        p.nbThreads, p.seed, p.annealingLevel, p.iterationsBetweenTicks, p.secondsBetweenTicks);
     for (std::size_t k = 0; k < p.thresholds.size(); ++k) {
         if (!p.thresholds[k]) continue;
-        text += formatText("\nobjective %zu: threshold %s", k,
+        text += formatText("\nobjective %d: threshold %s", static_cast<int>(k),
                            numberText(Value::ofDouble(*p.thresholds[k])).c_str());
     }
     for (std::size_t k = 0; k < solver.phases.size(); ++k) {
         const Phase& phase = solver.phases[k];
-        text += formatText("\nphase %zu: time limit %s, iteration limit %s", k,
+        text += formatText("\nphase %d: time limit %s, iteration limit %s", static_cast<int>(k),
                            limitText(phase.timeLimit, timeLimitRange.highest).c_str(),
                            limitText(phase.iterationLimit, iterationLimitRange.highest).c_str());
     }

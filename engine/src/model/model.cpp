@@ -7,7 +7,12 @@ namespace engine {
 
 namespace {
 
-constexpr auto largestCount = static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max());
+constexpr std::int32_t largestCount = std::numeric_limits<std::int32_t>::max();
+
+template <class Entry>
+bool isFull(const std::vector<Entry>& list) {
+    return list.size() >= static_cast<std::size_t>(largestCount);
+}
 
 void checkScalar(ls_operator op, ExpressionIndex e) {
     if (op == LS_OP_ARRAY) {
@@ -24,18 +29,18 @@ Model::Model(StoreLimits limits) : store_(std::make_unique<ExpressionStore>(limi
 
 void Model::addConstraint(ExpressionIndex e) {
     checkScalar(operatorOf(e), e);
-    if (constraints_.size() >= largestCount) {
-        throw Refusal(LS_ERROR_LIMIT, formatText("the model has %zu constraints, the most it holds",
-                                                 constraints_.size()));
+    if (isFull(constraints_)) {
+        throw Refusal(LS_ERROR_LIMIT,
+                      formatText("the model has %d constraints, the most it holds", largestCount));
     }
     constraints_.push_back(e);
 }
 
 void Model::addObjective(Objective objective) {
     checkScalar(operatorOf(objective.expression), objective.expression);
-    if (objectives_.size() >= largestCount) {
-        throw Refusal(LS_ERROR_LIMIT, formatText("the model has %zu objectives, the most it holds",
-                                                 objectives_.size()));
+    if (isFull(objectives_)) {
+        throw Refusal(LS_ERROR_LIMIT,
+                      formatText("the model has %d objectives, the most it holds", largestCount));
     }
     objectives_.push_back(objective);
 }
