@@ -23,12 +23,11 @@
  * The hook is shared by the process. Callbacks run on the thread that is inside ls_solve.
  */
 
-#if defined(_WIN32)
-#if defined(LOCALSOLVER_BUILD)
+/* On Windows callers need no mark: functions are reached through the import library either way. */
+#if defined(_WIN32) && defined(LOCALSOLVER_BUILD)
 #define LS_API __declspec(dllexport)
-#else
-#define LS_API __declspec(dllimport)
-#endif
+#elif defined(_WIN32)
+#define LS_API
 #else
 #define LS_API __attribute__((visibility("default")))
 #endif

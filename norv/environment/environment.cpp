@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -13,11 +14,9 @@ namespace norv {
 namespace {
 
 bool endsWithSeparator(std::string_view directory) {
-#if defined(_WIN32)
-    return directory.ends_with('/') || directory.ends_with('\\');
-#else
-    return directory.ends_with('/');
-#endif
+    constexpr auto platformSeparator =
+        static_cast<char>(std::filesystem::path::preferred_separator);
+    return directory.ends_with('/') || directory.ends_with(platformSeparator);
 }
 
 }  // namespace

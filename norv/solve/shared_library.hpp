@@ -8,6 +8,9 @@ namespace norv {
 /// A library that was loaded at run time and stays loaded as long as this object.
 class SharedLibrary {
 public:
+    /// File name extension of shared libraries, with its dot.
+    static const char* const suffix;
+
     /// @param name  a path, or a bare file name that is looked up beside the program first.
     /// Throws std::runtime_error with the loader's own words.
     explicit SharedLibrary(const std::string& name);
@@ -23,7 +26,8 @@ private:
     struct Unload {
         void operator()(void* library) const;
     };
-    [[nodiscard]] void* find(const char* symbol) const;
+    using AnyFunction = void (*)();
+    [[nodiscard]] AnyFunction find(const char* symbol) const;
 
     std::unique_ptr<void, Unload> library_;
     std::string name_;

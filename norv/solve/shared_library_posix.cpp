@@ -23,6 +23,8 @@ std::string besideProgram(const std::string& name) {
 
 }  // namespace
 
+const char* const SharedLibrary::suffix = ".so";
+
 SharedLibrary::SharedLibrary(const std::string& name)
     : library_(dlopen(besideProgram(name).c_str(), RTLD_NOW | RTLD_LOCAL)), name_(name) {
     if (!library_) throw std::runtime_error(loaderReason());
@@ -32,10 +34,10 @@ void SharedLibrary::Unload::operator()(void* library) const {
     dlclose(library);
 }
 
-void* SharedLibrary::find(const char* symbol) const {
+SharedLibrary::AnyFunction SharedLibrary::find(const char* symbol) const {
     void* address = dlsym(library_.get(), symbol);
     if (address == nullptr) throw std::runtime_error(name_ + " has no function " + symbol);
-    return address;
+    return reinterpret_cast<AnyFunction>(address);
 }
 
 std::string programDirectory() {

@@ -10,6 +10,7 @@
 #include "norv/model.hpp"
 #include "norv/options.hpp"
 #include "solve/point_check.hpp"
+#include "solve/shared_library.hpp"
 
 namespace norv {
 
@@ -26,8 +27,8 @@ struct SolveSettings {
     double timeLimit = 60.0;                     ///< seconds, 0 or more
     std::optional<std::int32_t> iterationLimit;  ///< 0 or more
     std::int32_t threads = 1;                    ///< 1 or more
-    std::string link = "vexcclib64.so";          ///< by name or path
-    std::string systemDirectory;                 ///< of optlocalsolver.def; empty: the program's
+    std::string link = std::string("vexcclib64") + SharedLibrary::suffix;  ///< by name or path
+    std::string systemDirectory;  ///< of optlocalsolver.def; empty: the program's
 };
 
 /// Limits, threads and directory, as the settings want them.

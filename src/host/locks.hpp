@@ -1,55 +1,23 @@
 #pragma once
 
-#if defined(_WIN32)
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
-#include <windows.h>
-#else
-#include <mutex>
-#endif
+#include <cstddef>
 
 namespace vex {
 
-/// A lock of one owner at a time. A critical section on Windows, whose run-time library need not
-/// offer standard mutexes.
+/// A lock of one owner at a time: a critical section on Windows, a mutex elsewhere.
 class Lock {
 public:
-#if defined(_WIN32)
-    Lock() {
-        InitializeCriticalSection(&section_);
-    }
-    ~Lock() {
-        DeleteCriticalSection(&section_);
-    }
-    void enter() {
-        EnterCriticalSection(&section_);
-    }
-    void leave() {
-        LeaveCriticalSection(&section_);
-    }
-#else
-    Lock() = default;
-    ~Lock() = default;
-    void enter() {
-        mutex_.lock();
-    }
-    void leave() {
-        mutex_.unlock();
-    }
-#endif
+    Lock() noexcept;
+    ~Lock();
     Lock(const Lock&) = delete;
     Lock& operator=(const Lock&) = delete;
 
+    void enter();
+    void leave();
+
 private:
-#if defined(_WIN32)
-    CRITICAL_SECTION section_;
-#else
-    std::mutex mutex_;
-#endif
+    // The platform's lock, made in place: making a lock must not fail, so it takes no memory.
+    alignas(std::max_align_t) std::byte storage_[64];
 };
 
 /// Holds a lock for the scope's time; holds nothing when given null.

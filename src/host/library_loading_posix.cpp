@@ -1,39 +1,8 @@
+#include <dlfcn.h>
+
 #include "host/library_loading.hpp"
 
-#if defined(_WIN32)
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
-#include <windows.h>
-#else
-#include <dlfcn.h>
-#endif
-
 namespace vex {
-
-#if defined(_WIN32)
-
-const char* const librarySuffix = ".dll";
-
-namespace {
-
-LibraryHandle openLibrary(const std::string& fileName, std::string& reason) {
-    HMODULE library = LoadLibraryA(fileName.c_str());
-    if (library == nullptr) reason = "Windows error";
-    return library;
-}
-
-AnyFunction findSymbol(LibraryHandle library, const std::string& symbol) {
-    return reinterpret_cast<AnyFunction>(
-        GetProcAddress(static_cast<HMODULE>(library), symbol.c_str()));
-}
-
-}  // namespace
-
-#else
 
 const char* const librarySuffix = ".so";
 
@@ -55,8 +24,6 @@ AnyFunction findSymbol(LibraryHandle library, const std::string& symbol) {
 }
 
 }  // namespace
-
-#endif
 
 const LibraryLoading& platformLoading() {
     static const LibraryLoading loading{openLibrary, findSymbol};
