@@ -7,12 +7,7 @@
 #include <type_traits>
 #include <vector>
 
-#if defined(_WIN32)
-#include <windows.h>
-#else
-#include <dlfcn.h>
-#endif
-
+#include "host/library_loading.hpp"
 #include "hostapi/handles.hpp"
 
 /// The host's operations as a link sees them: symbols of a library loaded by its file name.
@@ -23,31 +18,20 @@ namespace hosttest {
 class Library {
 public:
     explicit Library(const std::string& stem) {
-#if defined(_WIN32)
-        module = LoadLibraryA((stem + ".dll").c_str());
-#else
-        module = dlopen((stem + ".so").c_str(), RTLD_NOW | RTLD_LOCAL);
-#endif
-        EXPECT_NE(module, nullptr) << stem;
+        std::string reason;
+        library_ = vex::platformLoading().open(stem + vex::librarySuffix, reason);
+        EXPECT_NE(library_, nullptr) << reason;
     }
 
     template <class Function>
     Function* find(const std::string& symbol) const {
-#if defined(_WIN32)
-        auto* found = reinterpret_cast<void*>(GetProcAddress(module, symbol.c_str()));
-#else
-        void* found = dlsym(module, symbol.c_str());
-#endif
+        const vex::AnyFunction found = vex::platformLoading().find(library_, symbol);
         EXPECT_NE(found, nullptr) << "missing symbol " << symbol;
         return reinterpret_cast<Function*>(found);
     }
 
 private:
-#if defined(_WIN32)
-    HMODULE module;
-#else
-    void* module;
-#endif
+    vex::LibraryHandle library_ = nullptr;
 };
 
 #define HOST_SYMBOL_plain(name) #name

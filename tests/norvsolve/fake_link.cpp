@@ -9,6 +9,7 @@
 #include <fstream>
 #include <string>
 
+#include "host/exported.hpp"
 #include "hostapi/codes.hpp"
 #include "hostapi/handles.hpp"
 
@@ -24,7 +25,7 @@
 #include "hostapi/nmo_operations.inc"
 #undef HOST_OPERATION
 
-#define EXPORT extern "C" __attribute__((visibility("default")))
+#define EXPORT extern "C" VEX_EXPORTED
 
 namespace {
 
@@ -39,7 +40,8 @@ std::string setting(const char* name) {
 
 /// Writes the call down. @return whether this entry point is to succeed.
 bool succeeds(const std::string& entryPoint, const std::string& arguments = {}) {
-    std::ofstream(setting("FAKE_LINK_CALLS"), std::ios::app) << entryPoint << arguments << '\n';
+    std::ofstream(setting("FAKE_LINK_CALLS"), std::ios::app | std::ios::binary)
+        << entryPoint << arguments << '\n';
     return setting("FAKE_LINK_FAILS") != entryPoint;
 }
 

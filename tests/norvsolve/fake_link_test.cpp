@@ -28,7 +28,7 @@ protected:
     }
 
     static void tell(const char* variable, const std::string& value) {
-        setenv(variable, value.c_str(), 1);
+        setVariable(variable, value);
     }
 
     ProgramRun solve(std::vector<std::string> more = {}) {

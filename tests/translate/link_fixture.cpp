@@ -21,6 +21,17 @@ void bindHost() {
 
 }  // namespace
 
+vex::AnyFunction hostFunction(const char* symbol) {
+    const vex::LibraryLoading& loading = vex::platformLoading();
+    for (const char* library : {"hubdclib64", "prmdclib64"}) {
+        std::string reason;
+        const vex::AnyFunction found =
+            loading.find(loading.open(std::string(library) + vex::librarySuffix, reason), symbol);
+        if (found != nullptr) return found;
+    }
+    return nullptr;
+}
+
 LinkFixture::LinkFixture(std::string_view instance, const std::vector<std::string>& settings)
     : model(readInstance(instance, environment)) {
     bindHost();

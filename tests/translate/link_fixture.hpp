@@ -1,13 +1,12 @@
 #pragma once
 
-#include <dlfcn.h>
-
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/library_loading.hpp"
 #include "host/slot.hpp"
 #include "norv/environment.hpp"
 #include "norv/model.hpp"
@@ -54,13 +53,16 @@ private:
     std::vector<std::pair<std::int32_t, std::int32_t>> definitions;
 };
 
+/// The function that the built-in host exports as `symbol`, or null.
+vex::AnyFunction hostFunction(const char* symbol);
+
 /// The host's operation `slot`, exported as `symbol`, answers by `replacement` for the scope's
 /// time.
 template <class Function>
 class SlotOverride {
 public:
     SlotOverride(vex::Slot<Function>& slot, const char* symbol, Function* replacement)
-        : slot_(slot), original_(reinterpret_cast<vex::AnyFunction>(dlsym(RTLD_DEFAULT, symbol))) {
+        : slot_(slot), original_(hostFunction(symbol)) {
         if (original_ == nullptr) throw std::runtime_error(symbol);
         slot_.bind(reinterpret_cast<vex::AnyFunction>(replacement));
     }

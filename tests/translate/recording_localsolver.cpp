@@ -1,13 +1,12 @@
 #include "translate/recording_localsolver.hpp"
 
-#include <dlfcn.h>
-
 #include <charconv>
 #include <map>
 #include <stdexcept>
 #include <tuple>
 #include <type_traits>
 
+#include "host/library_loading.hpp"
 #include "localsolver.h"
 
 namespace recording {
@@ -32,10 +31,12 @@ State& state() {
 }
 
 /// The engine's own function of that name; the program's functions of these names are this file's.
-void* realAddress(const char* name) {
-    static void* const engine = dlopen(VEXCC_ENGINE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-    void* address = engine != nullptr ? dlsym(engine, name) : nullptr;
-    if (address == nullptr) throw std::runtime_error(dlerror());
+vex::AnyFunction realAddress(const char* name) {
+    const vex::LibraryLoading& loading = vex::platformLoading();
+    static std::string reason;
+    static const vex::LibraryHandle engine = loading.open(VEXCC_ENGINE_LIBRARY, reason);
+    const vex::AnyFunction address = engine != nullptr ? loading.find(engine, name) : nullptr;
+    if (address == nullptr) throw std::runtime_error(std::string(name) + ": " + reason);
     return address;
 }
 

@@ -6,17 +6,14 @@
 #include <cstdlib>
 #include <string>
 
+#include "host/exported.hpp"
 #include "host/library_loading.hpp"
 #include "hostapi/handles.hpp"
 #include "hostapi/library_entries.hpp"
 #include "proxy_answers.hpp"
 #include "proxy_control.hpp"
 
-#if defined(_WIN32)
-#define PROXY_EXPORTED extern "C" __declspec(dllexport)
-#else
-#define PROXY_EXPORTED extern "C" __attribute__((visibility("default")))
-#endif
+#define PROXY_EXPORTED extern "C" VEX_EXPORTED
 
 namespace proxy {
 namespace {

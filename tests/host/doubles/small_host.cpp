@@ -6,13 +6,10 @@
 #include <cstring>
 #include <tuple>
 
+#include "host/exported.hpp"
 #include "hostapi/handles.hpp"
 
-#if defined(_WIN32)
-#define SMALL_HOST_EXPORTED extern "C" __declspec(dllexport)
-#else
-#define SMALL_HOST_EXPORTED extern "C" __attribute__((visibility("default")))
-#endif
+#define SMALL_HOST_EXPORTED extern "C" VEX_EXPORTED
 
 namespace {
 
