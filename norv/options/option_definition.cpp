@@ -113,6 +113,16 @@ OptionValue parseValue(const OptionDefinition& option, const std::string& text) 
     return value;
 }
 
+std::string valuesText(const OptionDefinition& option) {
+    if (option.type == OptionType::pairs) return "a variable and an equation";
+    if (const auto* text = std::get_if<std::string>(&option.initial))
+        return "a text, default " + (text->empty() ? "empty" : excerpt(*text));
+    const auto* integer = std::get_if<std::int32_t>(&option.initial);
+    return numberText(option.lowest) + " to " + numberText(option.highest) + ", default " +
+           (integer != nullptr ? std::to_string(*integer)
+                               : numberText(std::get<double>(option.initial)));
+}
+
 std::vector<OptionDefinition> parseDefinitions(std::string_view contents) {
     std::vector<OptionDefinition> options;
     std::string group;

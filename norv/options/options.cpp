@@ -21,6 +21,17 @@ bool Options::set(std::string_view setting, std::string_view source) {
     return record->takeSetting(setting, std::string(source));
 }
 
+std::string Options::text(std::string_view name) const {
+    return std::get<std::string>(record->settingOf(name, OptionType::text).value);
+}
+
+std::vector<OptionDescription> Options::descriptions() const {
+    std::vector<OptionDescription> all;
+    for (const OptionDefinition& option : record->definitions)
+        all.push_back({option.name, valuesText(option), option.description});
+    return all;
+}
+
 const std::vector<OptionMessage>& Options::messages() const noexcept {
     return record->messages;
 }

@@ -23,6 +23,13 @@ struct DefinedVariablePair {
     std::string equation;
 };
 
+/// What a user is told about an option.
+struct OptionDescription {
+    std::string name;
+    std::string values;  ///< "0 to 9, default 1", "a text, default empty"
+    std::string purpose;
+};
+
 /// The option object: definitions, values, messages.
 class NORV_API Options {
 public:
@@ -45,6 +52,11 @@ public:
     /// @param source  stands in front of the message when the setting is refused.
     /// @return whether the setting was taken; otherwise there is a message.
     bool set(std::string_view setting, std::string_view source);
+
+    /// The value of a text option. @throws std::runtime_error when there is none of that name.
+    [[nodiscard]] std::string text(std::string_view name) const;
+    /// Of all options, in the order of their definitions.
+    [[nodiscard]] std::vector<OptionDescription> descriptions() const;
 
     [[nodiscard]] const std::vector<OptionMessage>& messages() const noexcept;
     void clearMessages() noexcept;
