@@ -1,5 +1,6 @@
 #include "readers/nl_header.hpp"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <initializer_list>
@@ -49,6 +50,30 @@ private:
     std::size_t nbNumbers = 0;
 };
 
+/// Takes a number off the front of `line`. @return whether there was one.
+template <class Number>
+bool takeNumber(std::string_view& line, Number& value) {
+    line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
+    const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), value);
+    if (error != std::errc()) return false;
+    line.remove_prefix(static_cast<std::size_t>(end - line.data()));
+    return true;
+}
+
+/// "3 0 1 0": a count, as many numbers, perhaps one more. They are for the client that wrote them,
+/// so nothing is wrong with fewer.
+void readOptions(std::string_view line, NlHeader& header) {
+    constexpr std::int32_t most = 9;
+    std::int32_t nbOptions = 0;
+    if (!takeNumber(line, nbOptions) || nbOptions > most) return;
+    for (std::int32_t option = 0; nbOptions > 0 && takeNumber(line, option); --nbOptions)
+        header.options.push_back(option);
+    if (header.options.size() < 2 || header.options[1] != 3) return;
+    double tolerance = 0.0;
+    takeNumber(line, tolerance);
+    header.boundTolerance = tolerance;
+}
+
 void readForm(NlInput& input, NlHeader& header) {
     if (input.nbBytesLeft() == 0) input.refuse("\"g\" or \"b\", the form of the file");
     const std::size_t place = input.offset();
@@ -58,6 +83,7 @@ void readForm(NlInput& input, NlHeader& header) {
                        "\"g\" or \"b\" as the first character of an .nl file");
     }
     header.isBinary = line.starts_with('b');
+    readOptions(line.substr(1), header);
 }
 
 void readNonlinearCounts(NlInput& input, NlHeader& header) {
@@ -91,6 +117,7 @@ void readArithmetic(NlInput& input, NlHeader& header, NlInput::Form& form) {
     // 1: the lowest byte of a number first; 2: the highest.
     if (line[2] != 1 && line[2] != 2)
         line.refuse("arithmetic of kind " + std::to_string(line[2]), "1 or 2 in a binary file");
+    header.isBigEndian = line[2] == 2;
     form = line[2] == 1 ? NlInput::Form::littleEndian : NlInput::Form::bigEndian;
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <vector>
 
 #include "readers/nl_input.hpp"
 
@@ -13,6 +15,11 @@ namespace norv {
 /// ones: arcs, others, binary, integer.
 struct NlHeader {
     bool isBinary = false;
+    bool isBigEndian = false;  ///< of a binary file: the highest byte of a number first
+    /// What the first line tells the writer of a solution to repeat; at most 9 numbers.
+    std::vector<std::int32_t> options;
+    /// One more number to repeat, after options whose second is 3.
+    std::optional<double> boundTolerance;
     std::int32_t nbVariables = 0;
     std::int32_t nbRows = 0;  ///< without the logical ones
     std::int32_t nbObjectives = 0;
