@@ -12,13 +12,13 @@ Complaint currentComplaint() {
         throw;
     } catch (const ReadError& error) {
         // The line starts with file, line and column, as editors and users expect it.
-        return {ExitCode::badInput, error.what()};
+        return {ExitCode::badInput, error.what(), ""};
     } catch (const Failure& failure) {
-        return {failure.code(), speaker + failure.what()};
+        return {failure.code(), failure.what(), speaker};
     } catch (const std::bad_alloc&) {
-        return {ExitCode::internalError, speaker + "memory exhausted"};
+        return {ExitCode::internalError, "memory exhausted", speaker};
     } catch (const std::exception& error) {
-        return {ExitCode::internalError, speaker + error.what()};
+        return {ExitCode::internalError, error.what(), speaker};
     }
 }
 

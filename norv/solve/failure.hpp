@@ -20,7 +20,10 @@ private:
 /// How the program ends and what it says on the way out.
 struct Complaint {
     ExitCode code;
-    std::string text;  ///< one line or more, without the last line's end
+    std::string reason;   ///< one line or more, without the last line's end
+    std::string speaker;  ///< stands in front of it on the standard error stream
+
+    [[nodiscard]] std::string line() const { return speaker + reason + '\n'; }
 };
 
 /// What the exception in flight comes to. Called inside a catch block only.
