@@ -42,6 +42,8 @@ void describeOutput(CLI::App& app, CommandLine& line) {
     app.add_option("--json", line.jsonFile,
                    "Write the result as JSON here; - is the standard output, and the log then goes "
                    "to standard error");
+    app.add_option("--plot", line.plotFile,
+                   "Draw the best value found over time, as SVG; FILE may be a solve trace");
     app.add_option("--link", line.solve.link, "The link, by name or path")->capture_default_str();
     app.add_option("--system-directory", line.solve.systemDirectory,
                    "Directory of optlocalsolver.def (default: the program's)");

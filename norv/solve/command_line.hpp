@@ -15,6 +15,7 @@ struct CommandLine {
     std::string statusFile;
     std::string solutionFile;
     bool printsSolution = false;
+    std::string plotFile;
     std::string jsonFile;  ///< "-": standard output; the log then goes to standard error
 };
 

@@ -1,11 +1,14 @@
 #include "solve/solve_command.hpp"
 
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 
 #include "solve/failure.hpp"
 #include "solve/log_writer.hpp"
 #include "solve/model_file.hpp"
+#include "solve/plot/plot_request.hpp"
+#include "solve/plot/trace_file.hpp"
 #include "solve/report.hpp"
 #include "solve/terminal.hpp"
 
@@ -41,9 +44,14 @@ void writeResults(const CommandLine& line, const Model& model,
     }
 }
 
-}  // namespace
+ExitCode drawOnly(const CommandLine& line, const InputText& trace) {
+    if (line.plotFile.empty())
+        throw Failure(ExitCode::badInput, line.model + ": a solve trace, which --plot draws");
+    drawTrace(trace, line.plotFile);
+    return ExitCode::reported;
+}
 
-ExitCode runSolveCommand(const CommandLine& line) {
+ExitCode solveModel(const CommandLine& line, const InputText& file) {
     const bool logsToOutput = line.jsonFile != "-";
     std::ostream& log = logsToOutput ? std::cout : std::cerr;
     const auto stream = logsToOutput ? StandardStream::output : StandardStream::error;
@@ -55,15 +63,25 @@ ExitCode runSolveCommand(const CommandLine& line) {
     configure(environment, line.solve);
     environment.setLogSink([&writer](std::string_view text) { writer.write(text); });
     environment.setStatusSink([&status](std::string_view text) { status << text; });
-    const InputText file = InputText::fromFile(line.model);
     Model model = readModel(file, environment, line.isSquareSystem, log);
-    const std::optional<Options> options = makeOptions(line.solve, log);
+    const bool isPlotted = !line.plotFile.empty();
+    std::optional<Options> options = makeOptions(line.solve, /*always=*/isPlotted, log);
+    std::optional<PlotRequest> plot;
+    if (isPlotted) plot.emplace(*options);
     const std::optional<PointCheck> check = solve(model, environment, line.solve, options);
     writer.finishLine();
     printSummary(log, model, check);
+    if (plot) plot->draw(line.plotFile, std::filesystem::path(line.model).filename().string());
     writeResults(line, model, check, log);
     if (!line.statusFile.empty()) finishOutput(status, line.statusFile);
     return check && !check->passed ? ExitCode::failedCheck : ExitCode::reported;
+}
+
+}  // namespace
+
+ExitCode runSolveCommand(const CommandLine& line) {
+    const InputText file = InputText::fromFile(line.model);
+    return looksLikeTrace(file.text()) ? drawOnly(line, file) : solveModel(line, file);
 }
 
 }  // namespace norv

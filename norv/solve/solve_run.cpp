@@ -34,6 +34,12 @@ void requireReadable(const std::string& path) {
 
 }  // namespace
 
+std::string assignmentText(const std::string& name, const std::string& value) {
+    std::string text = name + "=\"";
+    for (const char each : value) text.append(each == '"' ? 2 : 1, each);
+    return text + '"';
+}
+
 void configure(Environment& environment, const SolveSettings& settings) {
     environment.setSystemDirectory(systemDirectory(settings));
     environment.setTimeLimit(settings.timeLimit);
@@ -49,9 +55,9 @@ Options definedOptions(const SolveSettings& settings) {
     return options;
 }
 
-std::optional<Options> makeOptions(const SolveSettings& settings, std::ostream& log) {
+std::optional<Options> makeOptions(const SolveSettings& settings, bool always, std::ostream& log) {
     requireReadable(settings.optionFile);
-    if (settings.assignments.empty()) return std::nullopt;
+    if (settings.assignments.empty() && !always) return std::nullopt;
     Options options = definedOptions(settings);
     if (!settings.optionFile.empty()) options.readFile(settings.optionFile);
     if (!options.messages().empty()) log << takeMessages(options) << '\n';

@@ -20,6 +20,9 @@ struct Assignment {
     std::string source = "command line";  ///< stands in front of a complaint about it
 };
 
+/// "name=value" as an assignment takes it, whatever is in the value.
+[[nodiscard]] std::string assignmentText(const std::string& name, const std::string& value);
+
 /// What the solve of a model needs to know, however the user said it.
 struct SolveSettings {
     std::vector<Assignment> assignments;         ///< in the order given
@@ -37,12 +40,13 @@ void configure(Environment& environment, const SolveSettings& settings);
 /// An object with the definitions alone. Failure (badInput) when they cannot be read.
 Options definedOptions(const SolveSettings& settings);
 
-/// The options for the link: those of the option file, then the assignments, which are of no use
-/// to the link itself. Nothing without assignments: the link then reads the option file.
+/// The options for the link: those of the option file, then the assignments. Nothing when there are
+/// no assignments and nobody insists: the link then reads the option file.
+/// @param always  insist: the caller has options of its own to set.
 /// @param log  receives what the option library says about the option file.
 /// Failure: badInput when the option file cannot be read, badCommandLine for a refused assignment,
 /// with the option library's reason.
-std::optional<Options> makeOptions(const SolveSettings& settings, std::ostream& log);
+std::optional<Options> makeOptions(const SolveSettings& settings, bool always, std::ostream& log);
 
 /// Loads the link, has it solve the model and checks the point it claims. In the meantime Ctrl+C
 /// asks it to stop, and a second one ends the process.

@@ -52,7 +52,7 @@ void solveModel(AmplRun& run, Environment& environment, const InputText& file, s
     configure(environment, run.settings.solve);
     environment.setLogSink([&writer](std::string_view text) { writer.write(text); });
     run.model = readModel(file, environment, /*isSquareSystem=*/false, log);
-    const std::optional<Options> options = makeOptions(run.settings.solve, log);
+    const std::optional<Options> options = makeOptions(run.settings.solve, /*always=*/false, log);
     run.check = solve(*run.model, environment, run.settings.solve, options);
     writer.finishLine();
     printSummary(log, *run.model, run.check);

@@ -98,12 +98,6 @@ std::string inSmallLetters(std::string_view text) {
     return result;
 }
 
-std::string inQuotes(std::string_view value) {
-    std::string quoted = "\"";
-    for (const char each : value) quoted.append(each == '"' ? 2 : 1, each);
-    return quoted + '"';
-}
-
 /// Takes the words of assignments off the front of a text.
 class Scanner {
 public:
@@ -152,7 +146,7 @@ void takeSetting(AmplSettings& settings, const Setting& setting) {
                      [&](const Keyword& keyword) { return keyword.name == setting.key; });
     if (found != std::end(keywords)) return found->take(settings, setting);
     settings.solve.assignments.push_back(
-        {setting.key + '=' + inQuotes(setting.value), setting.source});
+        {assignmentText(setting.key, setting.value), setting.source});
 }
 
 }  // namespace
@@ -175,7 +169,7 @@ std::string joinedKeywords(const std::vector<std::string>& words) {
     for (const std::string& word : words) {
         const std::size_t equals = word.find('=');
         const bool isWhole = equals != std::string::npos && equals > 0 && equals + 1 < word.size();
-        text += isWhole ? word.substr(0, equals + 1) + inQuotes(word.substr(equals + 1)) : word;
+        text += isWhole ? assignmentText(word.substr(0, equals), word.substr(equals + 1)) : word;
         text += ' ';
     }
     return text;

@@ -1,0 +1,230 @@
+#include "solve/plot/trace_plot.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+#include "solve/plot/axis.hpp"
+
+namespace norv {
+namespace {
+
+// Of the picture, in pixels.
+constexpr double width = 800.0;
+constexpr double height = 480.0;
+constexpr double topEdge = 72.0;
+constexpr double bottomEdge = height - 60.0;
+constexpr double rightEdge = width - 30.0;
+constexpr double characterWidth = 7.0;  // of a label, at most
+
+const char* const foundColour = "#1f5fa8";
+const char* const boundColour = "#c2571a";
+const char* const thick = R"( stroke-width="2")";
+const char* const thickDashes = R"( stroke-width="2" stroke-dasharray="6 4")";
+
+/// A value that an axis can take: differences between two of these are finite.
+double drawable(double value) {
+    return std::clamp(value, -1e300, 1e300);
+}
+
+std::string shortText(double value, int nbDigits = 10) {
+    char text[32];
+    const auto [end, error] =
+        std::to_chars(text, text + sizeof text, value, std::chars_format::general, nbDigits);
+    return error == std::errc() ? std::string(text, end) : std::string();
+}
+
+/// A coordinate, to the hundredth of a pixel.
+std::string pixels(double value) {
+    return shortText(std::round(value * 100.0) / 100.0);
+}
+
+/// Characters that mean something in SVG as references; those that it forbids as blanks.
+std::string escaped(const std::string& text) {
+    std::string result;
+    for (const char each : text) {
+        switch (each) {
+            case '&':
+                result += "&amp;";
+                break;
+            case '<':
+                result += "&lt;";
+                break;
+            case '>':
+                result += "&gt;";
+                break;
+            default:
+                result += each >= 0 && each < ' ' ? ' ' : each;
+        }
+    }
+    return result;
+}
+
+/// The time axis has the unit in which its numbers stay small.
+struct TimeUnit {
+    const char* name;
+    double seconds;
+    double upTo;  ///< seconds
+};
+constexpr TimeUnit timeUnits[] = {{"s", 1.0, 180.0}, {"min", 60.0, 10800.0}, {"h", 3600.0, 1e300}};
+
+const TimeUnit& unitFor(double seconds) {
+    return *std::find_if(std::begin(timeUnits), std::end(timeUnits) - 1,
+                         [seconds](const TimeUnit& unit) { return seconds <= unit.upTo; });
+}
+
+/// One of the two series of a trace, from its first value on.
+struct Series {
+    std::vector<double> seconds;
+    std::vector<double> values;
+};
+
+Series seriesOf(const TraceFile& trace, std::optional<double> TraceRecord::*member) {
+    Series series;
+    for (const TraceRecord& record : trace.records) {
+        if (!(record.*member)) continue;
+        series.seconds.push_back(record.seconds);
+        series.values.push_back(*(record.*member));
+    }
+    return series;
+}
+
+class Picture {
+public:
+    Picture(std::ostream& target, const TraceFile& trace)
+        : out(target),
+          found(seriesOf(trace, &TraceRecord::bestFound)),
+          bound(seriesOf(trace, &TraceRecord::bestBound)),
+          duration(trace.records.empty() ? 0.0 : trace.records.back().seconds),
+          unit(unitFor(duration)),
+          times(Axis::between(0.0, (duration > 0.0 ? duration : 1.0) / unit.seconds)),
+          values(Axis::around(allValues())),
+          leftEdge(labelMargin()) {}
+
+    void draw(const std::string& title) {
+        open();
+        text(leftEdge, 28.0, R"(font-size="17" font-weight="bold")", title);
+        text(leftEdge, 50.0, R"(fill="#555")", summary());
+        drawAxes();
+        if (!bound.values.empty()) drawSteps(bound, boundColour, thickDashes);
+        drawSteps(found, foundColour, thick);
+        drawPoints();
+        if (!bound.values.empty()) drawLegend();
+        out << "</svg>\n";
+    }
+
+private:
+    [[nodiscard]] std::vector<double> allValues() const {
+        // The last value found comes last: it tells the axis what matters.
+        std::vector<double> all = bound.values;
+        all.insert(all.end(), found.values.begin(), found.values.end());
+        std::transform(all.begin(), all.end(), all.begin(), drawable);
+        return all.empty() ? std::vector<double>{0.0} : all;
+    }
+    [[nodiscard]] double labelMargin() const {
+        std::size_t longest = 0;
+        for (const Tick& tick : values.ticks()) longest = std::max(longest, tick.label.size());
+        return 44.0 + characterWidth * static_cast<double>(longest);
+    }
+    [[nodiscard]] double x(double seconds) const {
+        return leftEdge + (rightEdge - leftEdge) * times.position(seconds / unit.seconds);
+    }
+    [[nodiscard]] double y(double value) const {
+        return bottomEdge - (bottomEdge - topEdge) * values.position(drawable(value));
+    }
+    [[nodiscard]] std::string timeText(double seconds) const {
+        return shortText(seconds / unit.seconds, 4) + ' ' + unit.name;
+    }
+
+    [[nodiscard]] std::string summary() const {
+        if (found.values.empty()) return "no feasible point in " + timeText(duration);
+        std::size_t k = found.values.size() - 1;
+        while (k > 0 && found.values[k - 1] == found.values.back()) --k;
+        return "best found " + shortText(found.values.back()) + " after " +
+               timeText(found.seconds[k]) + ", end after " + timeText(duration);
+    }
+
+    void open() {
+        out << R"(<svg xmlns="http://www.w3.org/2000/svg" width=")" << pixels(width)
+            << R"(" height=")" << pixels(height) << R"(" viewBox="0 0 )" << pixels(width) << ' '
+            << pixels(height) << R"(" font-family="sans-serif" font-size="12" fill="#222">)" << '\n'
+            << R"(<rect width="100%" height="100%" fill="white"/>)" << '\n';
+    }
+    void text(double atX, double atY, const std::string& attributes, const std::string& content) {
+        out << "<text x=\"" << pixels(atX) << "\" y=\"" << pixels(atY) << "\" " << attributes << '>'
+            << escaped(content) << "</text>\n";
+    }
+    void line(double fromX, double fromY, double toX, double toY, const char* colour,
+              const char* attributes = "") {
+        out << "<line x1=\"" << pixels(fromX) << "\" y1=\"" << pixels(fromY) << "\" x2=\""
+            << pixels(toX) << "\" y2=\"" << pixels(toY) << "\" stroke=\"" << colour << '"'
+            << attributes << "/>\n";
+    }
+
+    void drawAxes() {
+        const bool hasValues = !found.values.empty() || !bound.values.empty();
+        for (const Tick& tick : values.ticks()) {
+            if (!hasValues) break;
+            line(leftEdge, y(tick.value), rightEdge, y(tick.value), "#e3e3e3");
+            text(leftEdge - 8.0, y(tick.value) + 4.0, R"(text-anchor="end")", tick.label);
+        }
+        for (const Tick& tick : times.ticks()) {
+            const double at = x(tick.value * unit.seconds);
+            line(at, bottomEdge, at, bottomEdge + 5.0, "#444");
+            text(at, bottomEdge + 20.0, R"(text-anchor="middle")", tick.label);
+        }
+        line(leftEdge, bottomEdge, rightEdge, bottomEdge, "#444");
+        line(leftEdge, topEdge, leftEdge, bottomEdge, "#444");
+        text((leftEdge + rightEdge) / 2.0, bottomEdge + 44.0, R"(text-anchor="middle")",
+             std::string("time (") + unit.name + ")");
+        const double middle = (topEdge + bottomEdge) / 2.0;
+        text(18.0, middle,
+             R"(text-anchor="middle" transform="rotate(-90 18 )" + pixels(middle) + ")\"",
+             values.isLogarithmic() ? "objective (logarithmic)" : "objective");
+    }
+
+    /// A value holds until the next one replaces it, the last one to the end.
+    void drawSteps(const Series& series, const char* colour, const char* attributes) {
+        if (series.values.empty()) return;
+        out << "<path fill=\"none\" stroke=\"" << colour << '"' << attributes << " d=\"M"
+            << pixels(x(series.seconds.front())) << ' ' << pixels(y(series.values.front()));
+        for (std::size_t k = 1; k < series.values.size(); ++k) {
+            if (series.values[k] == series.values[k - 1]) continue;
+            out << 'H' << pixels(x(series.seconds[k])) << 'V' << pixels(y(series.values[k]));
+        }
+        out << 'H' << pixels(x(duration)) << "\"/>\n";
+    }
+    void drawPoints() {
+        for (std::size_t k = 0; k < found.values.size(); ++k) {
+            if (k > 0 && found.values[k] == found.values[k - 1]) continue;
+            out << "<circle cx=\"" << pixels(x(found.seconds[k])) << "\" cy=\""
+                << pixels(y(found.values[k])) << "\" r=\"3.5\" fill=\"" << foundColour << "\"/>\n";
+        }
+    }
+    void drawLegend() {
+        const auto entry = [this](double atY, const char* colour, const char* attributes,
+                                  const char* name) {
+            line(rightEdge - 104.0, atY - 4.0, rightEdge - 76.0, atY - 4.0, colour, attributes);
+            text(rightEdge - 70.0, atY, "", name);
+        };
+        entry(28.0, foundColour, thick, "best found");
+        entry(46.0, boundColour, thickDashes, "best bound");
+    }
+
+    std::ostream& out;
+    Series found;
+    Series bound;
+    double duration;  ///< seconds
+    const TimeUnit& unit;
+    Axis times;  ///< in `unit`
+    Axis values;
+    double leftEdge;
+};
+
+}  // namespace
+
+void writeTracePlot(std::ostream& out, const TraceFile& trace, const std::string& title) {
+    Picture(out, trace).draw(title);
+}
+
+}  // namespace norv
