@@ -39,11 +39,12 @@ void Gradient::clear() {
 }
 
 void Gradient::accumulate(std::span<const Value> values) {
-    for (std::size_t k = model_.order.size(); k-- > 0;) {
-        const ExpressionIndex e = model_.order[k];
-        const double weight = adjoint_[static_cast<std::size_t>(e)];
-        if (weight != 0.0 && !model_.operandsOf(e).empty()) spread(e, weight, values);
-    }
+    for (std::size_t k = model_.order.size(); k-- > 0;) pass(model_.order[k], values);
+}
+
+void Gradient::pass(ExpressionIndex e, std::span<const Value> values) {
+    const double weight = adjoint_[static_cast<std::size_t>(e)];
+    if (weight != 0.0 && !model_.operandsOf(e).empty()) spread(e, weight, values);
 }
 
 void Gradient::give(ExpressionIndex e, double weight) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "model/closed_model.hpp"
@@ -23,11 +24,21 @@ public:
     }
     /// Carries the weights to the decisions. @param values  of all expressions. O(operands).
     void accumulate(std::span<const Value> values);
+    /// The same along `cone` alone: the weighted expressions with all that they depend on, users
+    /// before their operands. O(its operands).
+    void accumulateAlong(std::span<const ExpressionIndex> cone, std::span<const Value> values) {
+        for (const ExpressionIndex e : cone) pass(e, values);
+    }
+    /// The derivative that has arrived at `e`, forgotten afterwards.
+    double take(ExpressionIndex e) {
+        return std::exchange(adjoint_[static_cast<std::size_t>(e)], 0.0);
+    }
     [[nodiscard]] double byDecision(DecisionIndex d) const {
         return adjoint_[static_cast<std::size_t>(model_.decision[static_cast<std::size_t>(d)])];
     }
 
 private:
+    void pass(ExpressionIndex e, std::span<const Value> values);
     void spread(ExpressionIndex e, double weight, std::span<const Value> values);
     void spreadProduct(std::span<const ExpressionIndex> x, double weight,
                        std::span<const Value> values);

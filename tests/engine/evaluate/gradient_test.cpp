@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "engine/model_builder.hpp"
+#include "evaluate/jacobian.hpp"
 #include "evaluate/judge.hpp"
 
 namespace engine {
@@ -48,10 +49,15 @@ TEST(Gradient, AgreesWithDifferenceQuotientsForEveryOperator) {
         return all;
     };
     Gradient gradient(model);
+    Jacobian jacobian(model);
+    for (const ExpressionIndex e : functions) jacobian.addRow(e, x, 3.0);
+    const std::int32_t columnOf[] = {0, 1};
+    const SparseRows& rows = jacobian.compute(values(at[0], at[1]), columnOf);
     constexpr double h = 1e-6;
     const std::vector<Value> higher[] = {values(at[0] + h, at[1]), values(at[0], at[1] + h)};
     const std::vector<Value> lower[] = {values(at[0] - h, at[1]), values(at[0], at[1] - h)};
-    for (const ExpressionIndex e : functions) {
+    for (std::size_t row = 0; row < std::size(functions); ++row) {
+        const ExpressionIndex e = functions[row];
         gradient.clear();
         gradient.addWeight(e, 3.0);
         gradient.accumulate(values(at[0], at[1]));
@@ -60,6 +66,11 @@ TEST(Gradient, AgreesWithDifferenceQuotientsForEveryOperator) {
             const double quotient = (higher[d][i].asDouble() - lower[d][i].asDouble()) / (2.0 * h);
             EXPECT_NEAR(gradient.byDecision(static_cast<DecisionIndex>(d)), 3.0 * quotient, 1e-6)
                 << "operator " << model.operatorOf(e);
+            const double unit[] = {d == 0 ? 1.0 : 0.0, d == 1 ? 1.0 : 0.0};
+            const double own = d == 0 ? 3.0 : 0.0;
+            EXPECT_NEAR(rows.timesVector(row, unit),
+                        gradient.byDecision(static_cast<DecisionIndex>(d)) - own, 1e-12)
+                << "the Jacobian's row of operator " << model.operatorOf(e);
         }
     }
 }
