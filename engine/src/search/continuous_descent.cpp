@@ -4,9 +4,6 @@
 #include <cmath>
 #include <limits>
 
-#include "evaluate/distance.hpp"
-#include "evaluate/operators.hpp"
-
 namespace engine {
 namespace {
 
@@ -26,7 +23,11 @@ constexpr double fineExcess = 1e-8;
 }  // namespace
 
 ContinuousDescent::ContinuousDescent(const Plan& plan, const std::vector<Interval>& domain)
-    : plan_(plan), model_(plan.model()), domain_(domain), gradientOf_(plan.model()) {
+    : plan_(plan),
+      model_(plan.model()),
+      domain_(domain),
+      evaluation_(plan.model()),
+      gradientOf_(plan.model()) {
     if (model_.operand.size() > mostOperands) return;
     for (DecisionIndex d = 0; d < model_.nbDecisions(); ++d) {
         const Interval& interval = domain[index(d)];
@@ -44,65 +45,20 @@ void ContinuousDescent::start(const Evaluator& evaluator,
     x_.clear();
     for (const DecisionIndex d : free_) x_.push_back(point_[index(d)].asDouble());
     isFree_.assign(x_.size(), 1);
-    collect(evaluator);
+    restrictions_ = restrictionsAt(evaluator);
+    multiplier_.assign(restrictions_.size(), 0.0);
     penalty_ = firstPenalty;
     lastExcess_ = std::numeric_limits<double>::infinity();
     nbSolved_ = nbSteps_ = 0;
     memory_.clear();
     judge(model_, point_, values_);
+    std::vector<ExpressionIndex> targets = sidesOf(restrictions_);
+    if (objective_) targets.push_back(objective_->expression);
+    evaluation_.setTargets(targets);
     scaleObjective();
     lagrangian_ = evaluateAt(x_);
     differentiate();
     isRunning_ = isUseful() && std::isfinite(lagrangian_);
-}
-
-void ContinuousDescent::collect(const Evaluator& evaluator) {
-    restrictions_.clear();
-    std::vector<Wanted> open;
-    for (const ExpressionIndex e : plan_.constraints()) {
-        open.push_back({e, true});
-        while (!open.empty()) {
-            const Wanted wanted = open.back();
-            open.pop_back();
-            if (plan_.isFixed(wanted.expression)) continue;
-            expand(evaluator, wanted, open);
-        }
-    }
-}
-
-void ContinuousDescent::expand(const Evaluator& evaluator, const Wanted& wanted,
-                               std::vector<Wanted>& open) {
-    const ls_operator op = model_.operatorOf(wanted.expression);
-    const auto operands = model_.operandsOf(wanted.expression);
-    if (isRelation(op)) {
-        addRestriction(evaluator, wanted);
-    } else if (op == LS_OP_NOT) {
-        open.push_back({operands[0], !wanted.truth});
-    } else if ((op == LS_OP_AND && wanted.truth) || (op == LS_OP_OR && !wanted.truth)) {
-        for (const ExpressionIndex x : operands) open.push_back({x, wanted.truth});
-    } else if ((op == LS_OP_AND || op == LS_OP_OR) && !operands.empty()) {
-        const auto cost = [&](ExpressionIndex x) {
-            const double margin = evaluator.distanceOf(plan_.logicOf(x)).margin();
-            return wanted.truth ? margin : -margin;
-        };
-        open.push_back({*std::min_element(operands.begin(), operands.end(),
-                                          [&](auto a, auto b) { return cost(a) < cost(b); }),
-                        wanted.truth});
-    }
-}
-
-void ContinuousDescent::addRestriction(const Evaluator& evaluator, const Wanted& wanted) {
-    const auto sides = model_.operandsOf(wanted.expression);
-    const ls_operator asked = model_.operatorOf(wanted.expression);
-    const ls_operator op = wanted.truth ? asked : negated(asked);
-    const Value left = evaluator.valueOf(sides[0]);
-    const Value right = evaluator.valueOf(sides[1]);
-    double sign = op == LS_OP_GEQ || op == LS_OP_GT ? -1.0 : 1.0;
-    if (op == LS_OP_NEQ) sign = compare(left, right) > 0 ? -1.0 : 1.0;
-    const bool isStrict = op == LS_OP_LT || op == LS_OP_GT || op == LS_OP_NEQ;
-    const double scale = plan_.scaleOf(plan_.logicOf(wanted.expression));
-    const double shift = isStrict ? 2.0 * toleranceBetween(left, right) : 0.0;
-    restrictions_.push_back({sides[0], sides[1], sign, scale, shift, op == LS_OP_EQ, 0.0});
 }
 
 void ContinuousDescent::scaleObjective() {
@@ -119,24 +75,21 @@ void ContinuousDescent::scaleObjective() {
     if (objective_->maximise) objectiveScale_ = -objectiveScale_;
 }
 
-double ContinuousDescent::excessOf(const Restriction& r) const {
-    const double gap = values_[index(r.left)].asDouble() - values_[index(r.right)].asDouble();
-    return (r.sign * gap + r.shift) / r.scale;
-}
-
 double ContinuousDescent::evaluateAt(const std::vector<double>& x) {
     for (std::size_t k = 0; k < free_.size(); ++k) {
         point_[index(free_[k])] = Value::ofDouble(x[k]);
+        values_[index(model_.decision[index(free_[k])])] = point_[index(free_[k])];
     }
-    judge(model_, point_, values_);
+    evaluation_.evaluate(values_);
+    work_ += static_cast<std::int64_t>(evaluation_.work());
     double total = 0.0;
     if (objective_) total = objectiveScale_ * values_[index(objective_->expression)].asDouble();
-    for (const Restriction& r : restrictions_) {
-        const double excess = excessOf(r);
-        if (r.isEquation) {
-            total += excess * (r.multiplier + 0.5 * penalty_ * excess);
+    for (std::size_t i = 0; i < restrictions_.size(); ++i) {
+        const double excess = restrictions_[i].excess(values_);
+        if (restrictions_[i].isEquation) {
+            total += excess * (multiplier_[i] + 0.5 * penalty_ * excess);
         } else {
-            const double force = std::fmax(0.0, r.multiplier + penalty_ * excess);
+            const double force = std::fmax(0.0, multiplier_[i] + penalty_ * excess);
             // fmax hides a NaN.
             total += std::isnan(excess) ? excess : 0.5 * force * force / penalty_;
         }
@@ -147,8 +100,9 @@ double ContinuousDescent::evaluateAt(const std::vector<double>& x) {
 void ContinuousDescent::differentiate() {
     gradientOf_.clear();
     if (objective_) gradientOf_.addWeight(objective_->expression, objectiveScale_);
-    for (const Restriction& r : restrictions_) {
-        double force = r.multiplier + penalty_ * excessOf(r);
+    for (std::size_t i = 0; i < restrictions_.size(); ++i) {
+        const Restriction& r = restrictions_[i];
+        double force = multiplier_[i] + penalty_ * r.excess(values_);
         if (!r.isEquation) force = std::fmax(0.0, force);
         const double weight = force * r.sign / r.scale;
         if (weight == 0.0) continue;
@@ -156,6 +110,7 @@ void ContinuousDescent::differentiate() {
         gradientOf_.addWeight(r.right, -weight);
     }
     gradientOf_.accumulate(values_);
+    work_ += static_cast<std::int64_t>(model_.op.size());
     gradient_.clear();
     for (const DecisionIndex d : free_) gradient_.push_back(gradientOf_.byDecision(d));
 }
@@ -230,12 +185,13 @@ bool ContinuousDescent::searchLine() {
 
 void ContinuousDescent::solveNext() {
     double largest = 0.0;
-    for (Restriction& r : restrictions_) {
-        const double excess = excessOf(r);
-        const double force = r.multiplier + penalty_ * excess;
-        const double missed = r.isEquation || force > 0.0 ? std::fabs(excess) : 0.0;
+    for (std::size_t i = 0; i < restrictions_.size(); ++i) {
+        const bool isEquation = restrictions_[i].isEquation;
+        const double excess = restrictions_[i].excess(values_);
+        const double force = multiplier_[i] + penalty_ * excess;
+        const double missed = isEquation || force > 0.0 ? std::fabs(excess) : 0.0;
         largest = std::fmax(largest, missed);
-        r.multiplier = r.isEquation ? force : std::fmax(0.0, force);
+        multiplier_[i] = isEquation ? force : std::fmax(0.0, force);
     }
     const bool solvedEarly = nbSteps_ < stepsPerProblem;
     if ((largest < fineExcess && solvedEarly) || ++nbSolved_ >= mostProblems) {

@@ -5,7 +5,9 @@
 
 #include "evaluate/evaluator.hpp"
 #include "evaluate/gradient.hpp"
+#include "evaluate/partial_evaluation.hpp"
 #include "search/limited_memory.hpp"
+#include "search/restrictions.hpp"
 
 namespace engine {
 
@@ -13,9 +15,9 @@ namespace engine {
 ///
 /// Bound-constrained augmented Lagrangian (Conn, Gould and Toint, "A globally convergent augmented
 /// Lagrangian algorithm", SIAM J. Numer. Anal. 28, 1991) over the relations that the constraints
-/// ask for at the starting point: both operands of an `and`, the nearest operand of an `or`. The
-/// inner problems are solved by projected limited-memory BFGS steps (Bertsekas, "Projected Newton
-/// methods for optimization problems with simple constraints", SIAM J. Control 20, 1982).
+/// ask for at the starting point (restrictionsAt). The inner problems are solved by projected
+/// limited-memory BFGS steps (Bertsekas, "Projected Newton methods for optimization problems with
+/// simple constraints", SIAM J. Control 20, 1982).
 ///
 /// It is a state machine so that a search can spread it over its iterations: `start`, then
 /// `advance` while `isRunning`; whenever that returns true, `point` is worth a look. Values are
@@ -34,29 +36,11 @@ public:
     /// One inner step. @return whether an inner problem has just been solved.
     bool advance();
     [[nodiscard]] const Point& point() const { return point_; }
+    /// Values and derivatives computed since construction.
+    [[nodiscard]] std::int64_t work() const { return work_; }
 
 private:
-    /// sign * (left - right) <= 0, or = 0.
-    struct Restriction {
-        ExpressionIndex left;
-        ExpressionIndex right;
-        double sign;
-        double scale;
-        double shift;  ///< how far beyond the border a strict relation has to be
-        bool isEquation;
-        double multiplier;
-    };
-    struct Wanted {
-        ExpressionIndex expression;
-        bool truth;
-    };
-
-    void collect(const Evaluator& evaluator);
-    void expand(const Evaluator& evaluator, const Wanted& wanted, std::vector<Wanted>& open);
-    void addRestriction(const Evaluator& evaluator, const Wanted& wanted);
     void scaleObjective();
-    /// The scaled amount by which a restriction is exceeded, negative inside.
-    [[nodiscard]] double excessOf(const Restriction& r) const;
     /// Lagrangian at `x`; infinite where it is not defined. Leaves the values at `x`.
     double evaluateAt(const std::vector<double>& x);
     /// Gradient at the point evaluated last.
@@ -73,6 +57,7 @@ private:
     std::optional<Objective> objective_;
     double objectiveScale_ = 1.0;
     std::vector<Restriction> restrictions_;
+    std::vector<double> multiplier_;  ///< of each restriction
     double penalty_ = 1.0;
     double lastExcess_ = 0.0;
     int nbSolved_ = 0;
@@ -81,7 +66,9 @@ private:
 
     Point point_;
     std::vector<Value> values_;
+    PartialEvaluation evaluation_;
     Gradient gradientOf_;
+    std::int64_t work_ = 0;
     LimitedMemory memory_;
     double lagrangian_ = 0.0;
     std::vector<double> x_, gradient_, direction_, trial_, step_, change_;

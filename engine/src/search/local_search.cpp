@@ -7,9 +7,12 @@
 namespace engine {
 namespace {
 
-/// A continuous descent computes the whole model at each step; spread so, it costs about as much
-/// as the iterations in between.
-constexpr std::int64_t operandsPerIteration = 2000;
+/// What the methods beside the iterations may cost, as multiples of the iterations' own work.
+constexpr double descentShare = 2.0;
+constexpr double diveShare = 0.5;
+constexpr double infeasibleDiveShare = 1.0;
+/// Work of an iteration beside the values that it computes.
+constexpr double workPerIteration = 100.0;
 
 double initialStep(const Interval& domain) {
     return std::fmin(1.0, 0.1 * (domain.upper - domain.lower));
@@ -28,7 +31,7 @@ LocalSearch::LocalSearch(const ClosedModel& model, std::vector<Interval> domain,
       cut_(evaluator_),
       best_(model),
       descent_(evaluator_.plan(), domain_),
-      descentPeriod_(1 + static_cast<std::int64_t>(model.operand.size()) / operandsPerIteration),
+      dive_(evaluator_, domain_, cut_, random_),
       tabuUntil_(domain_.size(), 0) {
     stepSize_.reserve(domain_.size());
     for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
@@ -80,7 +83,10 @@ void LocalSearch::run(std::int64_t nbIterations, const std::atomic<bool>& stop) 
         work_ = 0;
         if (movable_.empty()) continue;
         iterate();
-        if (descent_.isUseful()) descend();
+        const double spent = workPerIteration + static_cast<double>(work_);
+        if (descent_.isUseful()) descend(descentShare * spent);
+        const bool isFeasible = best_.claimed().verdict.feasible;
+        if (dive_.isUseful()) dive((isFeasible ? diveShare : infeasibleDiveShare) * spent);
     }
     if (!best_.confirm()) moveTo(best_.incumbent().point);
 }
@@ -172,22 +178,45 @@ bool LocalSearch::claim() {
     return true;
 }
 
-void LocalSearch::descend() {
+void LocalSearch::descend(double earned) {
     constexpr std::int64_t shortestPause = 500;
+    descentAllowance_.earn(earned);
+    if (!descentAllowance_.isLeft()) return;
+    const std::int64_t before = descent_.work();
     if (!descent_.isRunning()) {
         if (statistics_.iterations < nextDescent_) return;
-        descent_.start(evaluator_, cut_.activeObjective());
-        descentStart_ = statistics_.iterations;
-    } else if (statistics_.iterations % descentPeriod_ == 0 && descent_.advance()) {
+        startDescent();
+    } else if (descent_.advance()) {
         visit(descent_.point());
     }
+    descentAllowance_.spend(descent_.work() - before);
     if (!descent_.isRunning()) {
         const std::int64_t duration = statistics_.iterations - descentStart_;
         nextDescent_ = statistics_.iterations + std::max(shortestPause, duration);
     }
 }
 
-void LocalSearch::visit(const Point& point) {
+void LocalSearch::startDescent() {
+    descent_.start(evaluator_, cut_.activeObjective());
+    descentStart_ = statistics_.iterations;
+}
+
+void LocalSearch::dive(double earned) {
+    constexpr std::int64_t shortestPause = 100;
+    diveAllowance_.earn(earned);
+    if (!diveAllowance_.isLeft()) return;
+    const std::int64_t before = dive_.work();
+    if (!dive_.isRunning()) {
+        if (statistics_.iterations < nextDive_) return;
+        dive_.start();
+    } else if (dive_.advance() && visit(dive_.point())) {
+        startDescent();
+    }
+    if (!dive_.isRunning()) nextDive_ = statistics_.iterations + shortestPause;
+    diveAllowance_.spend(dive_.work() - before);
+}
+
+bool LocalSearch::visit(const Point& point) {
     const double before = score();
     const Evaluator::Mark mark = evaluator_.mark();
     for (DecisionIndex d = 0; d < model_.nbDecisions(); ++d) {
@@ -198,9 +227,10 @@ void LocalSearch::visit(const Point& point) {
     const bool isBetter = score() < before;
     if (claim() || isBetter) {
         evaluator_.commit();
-        return;
+        return true;
     }
     evaluator_.undoTo(mark);
+    return false;
 }
 
 }  // namespace engine

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "evaluate/evaluator.hpp"
 #include "search/best_point.hpp"
 #include "search/continuous_descent.hpp"
+#include "search/dive.hpp"
 #include "search/inverse.hpp"
 #include "search/objective_cut.hpp"
 #include "search/random.hpp"
@@ -30,7 +32,7 @@ namespace engine {
 /// breakout method", AAAI 1993), and after a long time without progress the search restarts from
 /// the best point, shaken, with another strategy (Selman, Kautz and Cohen, "Noise strategies for
 /// improving local search", AAAI 1994, for one of its ingredients). Beside the iterations a
-/// ContinuousDescent moves all floats together.
+/// ContinuousDescent moves all floats together, and a Dive all decisions.
 class LocalSearch {
 public:
     LocalSearch(const ClosedModel& model, std::vector<Interval> domain, SearchSettings settings);
@@ -69,10 +71,28 @@ private:
     void accept();
     /// Claims the point as the best if it is. @return whether it is.
     bool claim();
+    /// Work granted to one of the methods that run beside the iterations.
+    class Allowance {
+    public:
+        void earn(double work) { left_ = std::fmin(left_ + work, most); }
+        void spend(std::int64_t work) { left_ -= static_cast<double>(work); }
+        [[nodiscard]] bool isLeft() const { return left_ > 0.0; }
+
+    private:
+        static constexpr double most = 10000.0;
+        double left_ = 0.0;
+    };
+
     /// Advances the continuous descent that runs beside the iterations, or starts one.
-    void descend();
+    /// @param earned  work granted for it, in values computed.
+    void descend(double earned);
+    /// The same for the dives.
+    void dive(double earned);
+    /// Starts a continuous descent from here; one under way is dropped.
+    void startDescent();
     /// Goes to `point` if it is the best or scores better than the current one.
-    void visit(const Point& point);
+    /// @return whether it is.
+    bool visit(const Point& point);
     [[nodiscard]] bool accepts(double before, double after);
     /// Puts the evaluator to `point`, moved into the domain.
     void moveTo(const Point& point);
@@ -118,9 +138,12 @@ private:
     ObjectiveCut cut_;
     BestPoint best_;
     ContinuousDescent descent_;
-    std::int64_t descentPeriod_;  ///< iterations between two of its steps
+    Dive dive_;
+    Allowance descentAllowance_;
     std::int64_t descentStart_ = 0;
     std::int64_t nextDescent_ = 50;
+    Allowance diveAllowance_;
+    std::int64_t nextDive_ = 200;
     SearchStatistics statistics_;
     Strategy strategy_{1.0, 0.1, 0.0};
 

@@ -53,6 +53,13 @@ ExpressionIndex ObjectiveCut::expression() const {
     return objective_[level_].expression;
 }
 
+Restriction ObjectiveCut::restriction(double relative) const {
+    const double sign = objective_[level_].maximise ? -1.0 : 1.0;
+    const double best = std::isfinite(best_[level_]) ? best_[level_] : 0.0;
+    const double shift = stepOf(level_, relative) - sign * best;
+    return {expression(), Restriction::nothing, sign, scale_[level_], shift, /*isEquation=*/false};
+}
+
 Goal ObjectiveCut::improvement(double relative) const {
     const int direction = objective_[level_].maximise ? 1 : -1;
     return Goal::ofNumber(currentOf(level_) + direction * stepOf(level_, relative), direction);

@@ -5,6 +5,7 @@
 
 #include "evaluate/evaluator.hpp"
 #include "search/inverse.hpp"
+#include "search/restrictions.hpp"
 
 namespace engine {
 
@@ -38,6 +39,8 @@ public:
     /// The active objective's expression, and the goal of bettering it by `relative` of its size.
     [[nodiscard]] ExpressionIndex expression() const;
     [[nodiscard]] Goal improvement(double relative) const;
+    /// The active objective is to be better than in the best point by `relative` of its size.
+    [[nodiscard]] Restriction restriction(double relative) const;
 
 private:
     [[nodiscard]] double currentOf(std::size_t level) const;

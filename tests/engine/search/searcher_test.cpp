@@ -174,6 +174,60 @@ void volume(ModelBuilder& b) {
     b.minimise(b.apply(LS_OP_SUM, {b.apply(LS_OP_PROD, {x[0], x[3], front}), x[2]}));
 }
 
+void flowNetwork(ModelBuilder& b) {
+    // A ring of six pipes with flows of either sign, s f |f| equal to the difference of pressures,
+    // fed at one node and drained at three: all that can be chosen is how much pressure to buy.
+    constexpr int n = 6;
+    const double supply[n] = {12.0, -3.0, 0.0, -5.0, -4.0, 0.0};
+    const double resistance[n] = {1.0, 2.0, 0.5, 3.0, 1.5, 0.7};
+    Row pressure;
+    Row flow;
+    for (int k = 0; k < n; ++k) pressure.push_back(b.real(k == 3 ? 20.0 : 0.0, 200.0));
+    for (int k = 0; k < n; ++k) {
+        const auto next = static_cast<std::size_t>((k + 1) % n);
+        const ExpressionIndex forward = b.boolean();
+        const ExpressionIndex f = b.real(-20.0, 20.0);
+        const double twice[] = {2.0, -1.0};
+        const double most[] = {20.0, -20.0};
+        const ExpressionIndex sign = b.linear<double>(Row{forward, b.constant(1.0)}, twice);
+        const ExpressionIndex room = b.linear<double>(Row{forward, b.constant(1.0)}, most);
+        b.require(b.apply(LS_OP_LEQ, {f, b.apply(LS_OP_PROD, {forward, b.constant(20.0)})}));
+        b.require(b.apply(LS_OP_GEQ, {f, room}));
+        b.require(b.apply(LS_OP_EQ, {b.apply(LS_OP_PROD, {sign, b.constant(resistance[k]), f, f}),
+                                     b.apply(LS_OP_SUB, {pressure[static_cast<std::size_t>(k)],
+                                                         pressure[next]})}));
+        flow.push_back(f);
+    }
+    for (std::size_t k = 0; k < n; ++k) {
+        const ExpressionIndex leaving = b.apply(LS_OP_SUB, {flow[k], flow[(k + n - 1) % n]});
+        b.require(b.apply(LS_OP_EQ, {leaving, b.constant(supply[k])}));
+    }
+    b.minimise(pressure[0]);
+}
+
+/// By bisection for the flow of the first pipe, at which the ring's differences add up to 0.
+double flowNetworkOptimum() {
+    const double drained[] = {0.0, 3.0, 3.0, 8.0, 12.0, 12.0};
+    const double resistance[] = {1.0, 2.0, 0.5, 3.0, 1.5, 0.7};
+    const auto dropAlong = [&](double first, int nbPipes) {
+        double drop = 0.0;
+        for (int k = 0; k < nbPipes; ++k) {
+            const double f = first - drained[k];
+            drop += resistance[k] * f * std::fabs(f);
+        }
+        return drop;
+    };
+    double low = 0.0;
+    double high = 12.0;
+    for (int n = 0; n < 100; ++n) {
+        const double middle = 0.5 * (low + high);
+        (dropAlong(middle, 6) < 0.0 ? low : high) = middle;
+    }
+    double leastDrop = 0.0;
+    for (int k = 1; k < 6; ++k) leastDrop = std::fmax(leastDrop, dropAlong(low, k));
+    return std::fmax(20.0 + dropAlong(low, 3), leastDrop);
+}
+
 void rosenbrock(ModelBuilder& b) {
     const ExpressionIndex x = b.real(-5.0, 5.0);
     const ExpressionIndex y = b.real(-5.0, 5.0);
@@ -194,6 +248,7 @@ TEST(Searcher, ReachesKnownOptimaFromTheLowerBounds) {
         {"semicontinuous variables", semicontinuous, 10.0, 1e-4, 2000},
         {"positions in an array", permutationByArray, 24.0, 0.0, 2000},
         {"a curved valley", rosenbrock, 0.0, 1e-6, 2000},
+        {"flows that follow pressures", flowNetwork, flowNetworkOptimum(), 1e-3, 6000},
         {"nonlinear equations", volume, 17.0140173, 1e-4, 2000},
     };
     for (const Instance& instance : instances) {
