@@ -19,29 +19,6 @@ double squared(const std::vector<double>& x) {
     return std::inner_product(x.begin(), x.end(), x.begin(), 0.0);
 }
 
-/// Solves the symmetric system whose lower half is `a`, row by row, which becomes its factor.
-/// @return false when a pivot is not positive.
-bool solveByCholesky(std::vector<double>& a, std::vector<double>& x) {
-    const std::size_t n = x.size();
-    for (std::size_t i = 0; i < n; ++i) {
-        double* row = a.data() + i * n;
-        for (std::size_t j = 0; j <= i; ++j) {
-            const double* other = a.data() + j * n;
-            const double sum = std::inner_product(row, row + j, other, 0.0);
-            row[j] = j < i ? (row[j] - sum) / other[j] : row[i] - sum;
-        }
-        if (!(row[i] > 0.0)) return false;
-        row[i] = std::sqrt(row[i]);
-        x[i] = (x[i] - std::inner_product(row, row + i, x.data(), 0.0)) / row[i];
-    }
-    for (std::size_t i = n; i-- > 0;) {
-        const double* row = a.data() + i * n;
-        x[i] /= row[i];
-        for (std::size_t j = 0; j < i; ++j) x[j] -= row[j] * x[i];
-    }
-    return true;
-}
-
 }  // namespace
 
 /// q(x); leaves the excesses and fit_.
@@ -99,9 +76,35 @@ bool BoxedLeastSquares::solveDirectly(const Problem& problem) {
         normal_[j * n + j] += isFree_[j] != 0 ? problem.damping : 1.0;
     }
     direction_ = descent_;
-    work_ += static_cast<std::int64_t>(n * n * n / 6);
-    if (!solveByCholesky(normal_, direction_)) return false;
+    for (std::size_t j = 0; j < n; ++j) {
+        if (!eliminate(j)) return false;
+    }
+    for (std::size_t i = n; i-- > 0;) {
+        const double* row = normal_.data() + i * n;
+        direction_[i] /= row[i];
+        for (std::size_t j = 0; j < i; ++j) direction_[j] -= row[j] * direction_[i];
+    }
     for (std::size_t j = 0; j < n; ++j) y_[j] += direction_[j];
+    return true;
+}
+
+/// Column `j` of Cholesky's factor, with its effect on the rest and on direction_. Rows that it
+/// does not touch cost nothing: the equations are sparse.
+bool BoxedLeastSquares::eliminate(std::size_t j) {
+    const std::size_t n = x_.size();
+    double& pivot = normal_[j * n + j];
+    if (!(pivot > 0.0)) return false;
+    pivot = std::sqrt(pivot);
+    direction_[j] /= pivot;
+    for (std::size_t i = j + 1; i < n; ++i) scaled_[i] = normal_[i * n + j] /= pivot;
+    for (std::size_t i = j + 1; i < n; ++i) {
+        const double factor = scaled_[i];
+        if (factor == 0.0) continue;
+        double* row = normal_.data() + i * n;
+        for (std::size_t k = j + 1; k <= i; ++k) row[k] -= factor * scaled_[k];
+        direction_[i] -= factor * direction_[j];
+        work_ += static_cast<std::int64_t>(i - j);
+    }
     return true;
 }
 

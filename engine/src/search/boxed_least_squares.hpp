@@ -43,6 +43,7 @@ private:
         return problem.isEquation[row] != 0 || excess_[row] > 0.0;
     }
     bool solveDirectly(const Problem& problem);
+    bool eliminate(std::size_t j);
     void addSquare(const Problem& problem, std::size_t row);
     void iterate(const Problem& problem);
     double computeDescent(const Problem& problem);

@@ -10,7 +10,7 @@ namespace {
 /// What the methods beside the iterations may cost, as multiples of the iterations' own work.
 constexpr double descentShare = 2.0;
 constexpr double diveShare = 0.5;
-constexpr double infeasibleDiveShare = 1.0;
+constexpr double infeasibleDiveShare = 2.0;
 /// Work of an iteration beside the values that it computes.
 constexpr double workPerIteration = 100.0;
 

@@ -135,8 +135,8 @@ double Restoration::computeStep() {
         upper_.push_back(std::fmax(0.0, domain_[index(d)].upper - x));
     }
     const double damping = damping_ * std::fmin(1.0, merit_);
-    // Some twenty operations of linear algebra take as long as a value of an expression.
-    constexpr std::int64_t operationsPerValue = 20;
+    // Some fifty operations of linear algebra take as long as a value of an expression.
+    constexpr std::int64_t operationsPerValue = 50;
     const std::int64_t before = leastSquares_.work();
     const double promised = leastSquares_.solve(
         {*rows_, excesses_, isEquation_, lower_, upper_, scale_, damping}, step_);
