@@ -39,6 +39,7 @@ struct Instance {
 
     Array<InstructionList> lists;
     Array<std::int32_t> listOfRow;  ///< [nbRows + 1] position in `lists` or -1; or empty
+    std::int32_t sizeOfLargestList = 0;
     Array<double> pool;
 
     std::int32_t sense = hostapi::objective_sense::minimise;

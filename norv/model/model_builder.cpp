@@ -150,6 +150,8 @@ void ModelBuilder::Draft::installLists() {
                              static_cast<std::int32_t>(instance.pool.size()));
         }
         instance.listOfRow[i] = static_cast<std::int32_t>(instance.lists.size());
+        instance.sizeOfLargestList =
+            std::max(instance.sizeOfLargestList, static_cast<std::int32_t>(list.size()));
         instance.lists.push_back(std::move(list));
     }
 }

@@ -98,12 +98,7 @@ std::int32_t nmoMaxQNZ(ModelHandle nmo) {
 }
 
 std::int32_t nmoNLCodeSizeMaxRow(ModelHandle nmo) {
-    return guarded(__func__, nmo, 0, [](ModelRecord& m) {
-        std::size_t largest = 0;
-        for (const norv::InstructionList& list : m.instance.lists)
-            largest = std::max(largest, list.opcodes.size());
-        return static_cast<std::int32_t>(largest);
-    });
+    return guarded(__func__, nmo, 0, [](ModelRecord& m) { return m.instance.sizeOfLargestList; });
 }
 
 hostapi::DictionaryHandle nmoDict(ModelHandle nmo) {
