@@ -1,7 +1,6 @@
 #include <cstdint>
 #include <optional>
 #include <utility>
-#include <vector>
 
 #include "translate/nlocalsolver.hpp"
 #include "translate/saturate.hpp"
@@ -29,17 +28,10 @@ LSExpression makeNode(const LSModel& model, LSOperator op, LSExpression first,
     return node;
 }
 
-/// A copy, because the expression may be the one that grows while the list is used.
-std::vector<LSExpression> operandsOf(LSExpression e) {
-    const std::int32_t nbOperands = e.getNbOperands();
-    std::vector<LSExpression> operands;
-    operands.reserve(static_cast<std::size_t>(nbOperands));
-    for (std::int32_t k = 0; k < nbOperands; ++k) operands.push_back(e.getOperand(k));
-    return operands;
-}
-
+/// The number is taken once: the two may be the same expression, which then grows meanwhile.
 LSExpression appendOperandsOf(LSExpression source, LSExpression target) {
-    for (const LSExpression operand : operandsOf(source)) target.addOperand(operand);
+    const std::int32_t nbOperands = source.getNbOperands();
+    for (std::int32_t k = 0; k < nbOperands; ++k) target.addOperand(source.getOperand(k));
     return target;
 }
 
@@ -66,13 +58,12 @@ LSExpression NorvLocalSolver::scaleConstant(LSExpression x, double k) {
 }
 
 LSExpression NorvLocalSolver::scaleExpression(LSExpression x, bool extendable, double k) {
-    if (x.isNamed()) extendable = false;
     if (k == 1.0) return x;
     if (k == 0.0) return makeIntConstant(0);
     const LSOperator op = x.getOperator();
     if (op == LS_OP_CONST) return scaleConstant(x, k);
     const LSModel model = solver->getModel();
-    if (op == LS_OP_PROD && mayGrow(x, extendable)) {
+    if (op == LS_OP_PROD && mayGrow(x, extendable && !x.isNamed())) {
         x.addOperand(model.createConstant(k));
         return x;
     }
@@ -134,12 +125,14 @@ LSExpression NorvLocalSolver::addUp(LSExpression x, bool xExtendable, LSExpressi
 
 LSExpression NorvLocalSolver::makeFlatExpression(LSOperator op, LSExpression x, bool xExtendable,
                                                  LSExpression y, bool yExtendable) {
-    const bool xMayGrow = mayGrow(x, xExtendable && !x.isNamed()) && x.getOperator() == op;
-    const bool yMayGrow = mayGrow(y, yExtendable && !y.isNamed()) && y.getOperator() == op;
+    const bool xIsFlat = x.getOperator() == op;
+    const bool yIsFlat = y.getOperator() == op;
+    const bool xMayGrow = xIsFlat && mayGrow(x, xExtendable && !x.isNamed());
+    const bool yMayGrow = yIsFlat && mayGrow(y, yExtendable && !y.isNamed());
     if (x == y) {
         return xMayGrow ? appendOperandsOf(x, x) : makeNode(solver->getModel(), op, x, x);
     }
-    if (x.getOperator() == op && y.getOperator() == op) {
+    if (xIsFlat && yIsFlat) {
         if (xMayGrow) return appendOperandsOf(y, x);
         if (yMayGrow) return appendOperandsOf(x, y);
     }
