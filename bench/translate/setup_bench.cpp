@@ -24,8 +24,8 @@
 /// are not measured. Closing the model is the engine's work alone and can outweigh all else, so it
 /// is measured by itself as well and a second ratio leaves it out of both sides.
 ///
-/// "--once setup|floor|building linear|quadratic TERMS" runs one of them once, for a profiler that
-/// counts inside `measuredSetup`, `measuredBuilding` and `measuredClosing`.
+/// "--once setup|floor|building linear|quadratic|instructions TERMS" runs one of them once, for a
+/// profiler that counts inside `measuredSetup`, `measuredBuilding` and `measuredClosing`.
 
 namespace {
 
@@ -152,10 +152,16 @@ void registerSizes(benchmark::internal::Benchmark* benchmark) {
 
 BENCHMARK_CAPTURE(setupAgainstFloor, linear, Terms::linear, false)->Apply(registerSizes);
 BENCHMARK_CAPTURE(setupAgainstFloor, quadratic, Terms::quadratic, false)->Apply(registerSizes);
+BENCHMARK_CAPTURE(setupAgainstFloor, instructions, Terms::instructions, false)
+    ->Apply(registerSizes);
+BENCHMARK_CAPTURE(setupAgainstFloor, instructionsWithNames, Terms::instructions, true)
+    ->Apply(registerSizes);
 BENCHMARK_CAPTURE(setupAgainstFloor, linearWithNames, Terms::linear, true)->Apply(registerSizes);
 
 int runOnce(std::string_view what, std::string_view kind, const std::string& nbTerms) {
-    const Terms terms = kind == "linear" ? Terms::linear : Terms::quadratic;
+    const Terms terms = kind == "linear"      ? Terms::linear
+                        : kind == "quadratic" ? Terms::quadratic
+                                              : Terms::instructions;
     const Instance& instance = instanceOf(terms, std::stoi(nbTerms), /*withNames=*/false);
     if (what == "setup")
         secondsOfSetup(instance);

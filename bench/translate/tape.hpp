@@ -18,7 +18,11 @@ enum class CallKind : std::int32_t {
     setName,               ///< a: expression, b: offset of the text
     addConstraint,         ///< a: expression
     addObjective,          ///< a: expression, b: direction
-    close
+    close,
+    isNamed,      ///< a: expression; so for all questions
+    getOperator,  ///<
+    nbOperands,   ///<
+    getOperand    ///< b: position
 };
 
 struct Call {

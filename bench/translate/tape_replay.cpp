@@ -28,6 +28,18 @@ void replayBuilding(const Tape& tape, ls_solver* solver) {
                 break;
             case CallKind::close:
                 break;
+            case CallKind::isNamed:
+                ls_expr_is_named(solver, call.a);
+                break;
+            case CallKind::getOperator:
+                ls_expr_get_operator(solver, call.a);
+                break;
+            case CallKind::nbOperands:
+                ls_expr_nb_operands(solver, call.a);
+                break;
+            case CallKind::getOperand:
+                ls_expr_get_operand(solver, call.a, call.b);
+                break;
         }
     }
 }
