@@ -3,11 +3,16 @@
 /// FAKE_LINK_CALLS    file that receives one line per call
 /// FAKE_LINK_FAILS    name of the entry point that fails, or "nothing"
 /// FAKE_LINK_STATUS   model status that vexCallSolver reports
+/// FAKE_LINK_SOLVE    solve status likewise; 1 without it
 /// FAKE_LINK_LEVEL    level that every variable gets
+/// FAKE_LINK_HANGS    "yes": vexCallSolver says so in the log, heeds the terminate request with one
+///                    more line, and never returns
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <string>
+#include <thread>
 
 #include "host/exported.hpp"
 #include "hostapi/codes.hpp"
@@ -43,6 +48,14 @@ bool succeeds(const std::string& entryPoint, const std::string& arguments = {}) 
     std::ofstream(setting("FAKE_LINK_CALLS"), std::ios::app | std::ios::binary)
         << entryPoint << arguments << '\n';
     return setting("FAKE_LINK_FAILS") != entryPoint;
+}
+
+[[noreturn]] void hang(hostapi::EnvironmentHandle environment) {
+    const auto rest = [] { std::this_thread::sleep_for(std::chrono::milliseconds(5)); };
+    CnevLog(environment, "hanging");
+    while (nevTerminateGet(environment) == 0) rest();
+    CnevLog(environment, "asked to stop");
+    while (true) rest();
 }
 
 std::string word(double number) {
@@ -108,12 +121,14 @@ EXPORT std::int32_t vexReadyAPI(void* handle, hostapi::ModelHandle model,
 EXPORT std::int32_t vexCallSolver(void* handle) {
     if (!succeeds("vexCallSolver")) return 1;
     const hostapi::ModelHandle model = static_cast<FakeLink*>(handle)->model;
+    if (setting("FAKE_LINK_HANGS") == "yes") hang(nmoEnvironment(model));
     nmoIndexBaseSet(model, 0);
     const double level = std::strtod(setting("FAKE_LINK_LEVEL").c_str(), nullptr);
     for (std::int32_t j = 0; j < nmoN(model); ++j) nmoSetVarLOne(model, j, level);
     nmoSetHeadnTail(model, hostapi::head_and_tail::iterations, 17);
     nmoCompleteSolution(model);
     nmoModelStatSet(model, std::atoi(setting("FAKE_LINK_STATUS").c_str()));  // NOLINT(cert-err34-c)
-    nmoSolveStatSet(model, hostapi::solve_status::normal);
+    const std::string solve = setting("FAKE_LINK_SOLVE");
+    nmoSolveStatSet(model, solve.empty() ? 1 : std::atoi(solve.c_str()));  // NOLINT(cert-err34-c)
     return 0;
 }

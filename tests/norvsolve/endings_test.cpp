@@ -1,0 +1,148 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <regex>
+
+#include "norvsolve/running_program.hpp"
+
+/// How searches end, through the real link: the texts in the log, the statuses and the trace.
+namespace norv::test {
+namespace {
+
+using testing::HasSubstr;
+
+/// Without discrete variables and without a proof within reach: any end is the limit's or the
+/// user's.
+const char* const endless =
+    "ROWS\n N cost\n G c1\nCOLUMNS\n x cost 1 c1 1\n y cost 1 c1 1\nRHS\n r c1 -3\nBOUNDS\n"
+    " LO b x -2\n UP b x 3\n LO b y -2\n UP b y 3\nQUADOBJ\n x y 1\nENDATA\n";
+const char* const easy =
+    "ROWS\n N cost\n L c1\nCOLUMNS\n x cost -2 c1 1\nRHS\n r c1 8\nBOUNDS\n UP b x 6\nENDATA\n";
+const char* const equations =
+    "ROWS\n N cost\n E c1\n E c2\nCOLUMNS\n x c1 1 c2 1\n y c1 1 c2 -1\nRHS\n r c1 5 c2 1\n"
+    "BOUNDS\n UP b x 9\n UP b y 9\nENDATA\n";
+
+struct Ending {
+    const char* what;
+    const char* model;
+    std::vector<std::string> arguments;
+    int signal;  ///< sent when the search has begun; 0: none
+    const char* log;
+    const char* verdict;
+    const char* best;  ///< as the trace's last record has it
+};
+
+const Ending endings[] = {
+    {"proved optimal",
+     easy,
+     {},
+     0,
+     "\n\nOptimal solution found.\nObjective Value: -1.20000000e+01\n",
+     "Model status 1 (optimal), solve status 1 (normal completion).\n",
+     "-12"},
+    {"iteration limit",
+     endless,
+     {"-i", "2000"},
+     0,
+     "\n\nStopped due to iteration limit.\nFeasible solution found.\n"
+     "Objective Value: -5.00000000e+00\n",
+     "Model status 7 (feasible), solve status 2 (iteration limit).\n",
+     "-5"},
+    {"time limit",
+     endless,
+     {"-t", "1.9"},
+     0,
+     "\n\nStopped due to time limit.\nFeasible solution found.\nObjective Value: -5.00000000e+00\n",
+     "Model status 7 (feasible), solve status 3 (time limit).\n",
+     "-5"},
+    {"interrupt",
+     endless,
+     {},
+     SIGINT,
+     "\n\nStopped due to user interrupt (Ctrl+C event).\nFeasible solution found.\n"
+     "Objective Value: -5.00000000e+00\n",
+     "Model status 7 (feasible), solve status 8 (user interrupt).\n",
+     "-5"},
+    {"termination counts as interrupt",
+     endless,
+     {"-t", "40"},
+     SIGTERM,
+     "\n\nStopped due to user interrupt (Ctrl+C event).\nFeasible solution found.\n",
+     "Model status 7 (feasible), solve status 8 (user interrupt).\n",
+     "-5"},
+    {"a square system has no objective line",
+     equations,
+     {"--square"},
+     0,
+     "\n\nOptimal solution found.\nModel status 16 (solved), solve status 1 (normal "
+     "completion).\nCheck: passed",
+     "",
+     "0"},
+};
+
+/// The trace with its records shortened, those in between left out: what stays is fixed.
+std::string fixedParts(const std::string& trace) {
+    const std::string number = "[0-9.e+-]+";
+    const auto replace = [](const std::string& text, const std::string& from, const char* to) {
+        return std::regex_replace(text, std::regex(from), to);
+    };
+    std::string text =
+        replace(trace, "1, S, 0, " + number + ", (na|" + number + "), na\n", "start\n");
+    text = replace(text, "[0-9]+, T, 0, " + number + ", " + number + ", na\n", "");
+    return replace(text, "[0-9]+, E, 0, " + number + ", (" + number + "), na\n", "best $1\n");
+}
+
+TEST(Endings, giveTheirTextsStatusesAndTraces) {
+    const std::string model = scratchFile("ending.mps");
+    const std::string trace = scratchFile("trace.txt");
+    for (const Ending& ending : endings) {
+        SCOPED_TRACE(ending.what);
+        writeFile(model, ending.model);
+        std::vector<std::string> arguments = {NORVSOLVE_PROGRAM, model, "solvetrace=" + trace,
+                                              "logfreq=500"};
+        arguments.insert(arguments.end(), ending.arguments.begin(), ending.arguments.end());
+        const RunningProgram program(arguments);
+        if (ending.signal != 0) {
+            // By the first progress line the best point has long been found.
+            program.waitForOutput(" || ");
+            program.send(ending.signal);
+        }
+        const ProgramRun run = program.wait();
+        EXPECT_EQ(run.exitCode, 0) << run.errors;
+        EXPECT_THAT(run.output, HasSubstr(ending.log));
+        EXPECT_THAT(run.output, HasSubstr(ending.verdict));
+        EXPECT_THAT(run.output, HasSubstr("Check: passed"));
+        EXPECT_EQ(fixedParts(contentOf(trace)),
+                  "* solvetrace file " + trace +
+                      ": ID = LocalSolver Instance = \n"
+                      "* fields are lineNum, seriesID, node, seconds, bestFound, bestBound\n"
+                      "start\nbest " +
+                      ending.best + "\n* solvetrace file closed\n");
+    }
+}
+
+TEST(Endings, aSecondSignalEndsTheProcess) {
+    setVariable("FAKE_LINK_HANGS", "yes");
+    const std::string model = scratchFile("ending.mps");
+    writeFile(model, easy);
+    for (const auto& [first, second] : {std::pair(SIGINT, SIGINT), std::pair(SIGINT, SIGTERM)}) {
+        const RunningProgram program({NORVSOLVE_PROGRAM, model, "--link", FAKE_LINK});
+        program.waitForOutput("hanging\n");
+        program.send(first);
+        program.waitForOutput("asked to stop\n");
+        program.send(second);
+        EXPECT_EQ(program.wait().exitCode, -second);
+    }
+}
+
+TEST(Endings, squareSystemsAreSquare) {
+    const std::string model = scratchFile("ending.mps");
+    writeFile(model, easy);
+    const ProgramRun run = runProgram({NORVSOLVE_PROGRAM, model, "--square"});
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_THAT(run.errors, HasSubstr("found 0 equations, 1 inequalities and an objective"));
+}
+
+}  // namespace
+}  // namespace norv::test
