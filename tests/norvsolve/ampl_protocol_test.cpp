@@ -1,0 +1,213 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "norv/readers/nl_writer.hpp"
+#include "norvsolve/run_program.hpp"
+
+/// The program as a client of the AMPL solver protocol meets it. The link is one that reports what
+/// it is told; only the last test asks the real one.
+namespace norv::test {
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+
+class AmplProtocol : public testing::Test {
+protected:
+    void SetUp() override {
+        writeModel(NlForm::text, {});
+        for (const char* unset : {"norvsolve_options", "FAKE_LINK_SOLVE", "FAKE_LINK_HANGS"})
+            setVariable(unset, "");
+        setVariable("FAKE_LINK_CALLS", scratchFile("calls"));
+        setVariable("FAKE_LINK_FAILS", "nothing");
+        report(1, 1, "2.5");
+    }
+
+    void writeModel(NlForm form, const std::string& options) {
+        std::string text = NlWriter(form).write(sketch);
+        // The flag in front of the counts of discrete variables: the client reads codes.
+        text[text.find("\n0 0 0 0 0\n") - 1] = '1';
+        if (!options.empty()) text.replace(1, text.find('\n') - 1, options);
+        writeFile(stub + ".nl", text);
+        writeFile(stub + ".sol", "of an earlier run");
+    }
+    static void report(int modelStatus, int solveStatus, const std::string& level) {
+        setVariable("FAKE_LINK_STATUS", std::to_string(modelStatus));
+        setVariable("FAKE_LINK_SOLVE", std::to_string(solveStatus));
+        setVariable("FAKE_LINK_LEVEL", level);
+    }
+
+    ProgramRun call(std::vector<std::string> words) {
+        words.insert(words.begin(), NORVSOLVE_PROGRAM);
+        writeFile(scratchFile("calls"), "");
+        return runProgram(words);
+    }
+    ProgramRun solve(std::vector<std::string> keywords = {}) {
+        keywords.insert(keywords.begin(), {stub, "-AMPL", "link=" FAKE_LINK});
+        return call(keywords);
+    }
+    [[nodiscard]] std::string solution() const { return contentOf(stub + ".sol"); }
+
+    /// x1 has an objective -x1 and x1 >= 0; x2 and x3 are free.
+    NlSketch sketch = {{"v0"}, {}, {"o16 v0"}, {}, 3, false};
+    std::string stub = scratchFile("ampl");
+};
+
+TEST_F(AmplProtocol, tellsTheOutcomeByItsCode) {
+    struct Case {
+        int modelStatus, solveStatus;
+        const char* level;
+        int code;
+        const char* message;
+        bool hasLevels;
+    };
+    const Case cases[] = {
+        {1, 1, "2.5", 0, "optimal solution; objective -2.5\n17 iterations, 0 seconds", true},
+        {16, 1, "2.5", 0, "solved; objective", true},
+        {7, 1, "2.5", 100, "feasible solution, not proved optimal;", true},
+        {7, 1, "1e10", 300, "unbounded, or best where a variable without bound exceeds 1e10", true},
+        {4, 1, "0", 200, "infeasible\n", false},
+        {10, 1, "0", 200, "infeasible\n", false},
+        {5, 1, "0", 201, "infeasible, at least while no variable exceeds 1e10\n", false},
+        {8, 2, "2.5", 400, "feasible solution, stopped at the iteration limit;", true},
+        {7, 3, "1e10", 401, "feasible solution, stopped at the time limit;", true},
+        {7, 8, "2.5", 402, "feasible solution, stopped by the user;", true},
+        {5, 2, "0", 450, "no feasible solution found, stopped at the iteration limit\n", false},
+        {6, 8, "0", 452, "no feasible solution found, stopped by the user\n", false},
+        {13, 10, "0", 500, "the solve failed\n", false},
+        {7, 1, "-2", 506, "the point found fails the check of row e1;", true},
+        {14, 6, "0", 510, "the model uses something that is not supported\n", false},
+        {6, 1, "0", 520, "the point found violates a row of the model\n", false},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.message);
+        report(each.modelStatus, each.solveStatus, each.level);
+        const ProgramRun run = solve();
+        EXPECT_EQ(run.exitCode, each.code == 506 ? 6 : 0) << run.errors;
+        EXPECT_THAT(solution(), HasSubstr(std::string(": ") + each.message));
+        EXPECT_THAT(solution(), HasSubstr(each.hasLevels ? "\n1\n0\n3\n3\n" : "\n1\n0\n3\n0\nobj"));
+        EXPECT_THAT(solution(), EndsWith("\nobjno 0 " + std::to_string(each.code) + '\n'));
+        // Silence, but for what explains a failure.
+        const bool explains = each.code == 500 || each.code == 510;
+        EXPECT_EQ(run.output.find("a line for log") != std::string::npos, explains) << run.output;
+    }
+}
+
+TEST_F(AmplProtocol, writesTheFileThatTheSolverLibraryWrites) {
+    struct Case {
+        NlForm form;
+        const char* options;
+    };
+    const Case cases[] = {
+        {NlForm::text, "3 0 1 0\t# problem t"},
+        {NlForm::text, "3 1 3 0 1e-08"},
+        {NlForm::text, "0"},
+        {NlForm::text, "9 0 1 0 3 20130207 0 4 0 240"},
+        {NlForm::littleEndian, "3 0 1 0"},
+        {NlForm::littleEndian, "4 0 3 0 5 1e-08"},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.options);
+        for (const bool hasLevels : {true, false}) {
+            writeModel(each.form, each.options);
+            report(hasLevels ? 1 : 4, 1, "2.5");
+            EXPECT_EQ(solve().exitCode, 0);
+            const std::string ours = solution();
+            if (each.form == NlForm::text && each.options[0] != '0' && hasLevels) {
+                EXPECT_THAT(runProgram({AMPL_SOLUTION, stub}).output,
+                            EndsWith(" seconds\n2.5\n2.5\n2.5\n"));
+            }
+            const std::size_t start = ours.find("norvsolve ");
+            const std::string message = ours.substr(start, ours.find("seconds") + 7 - start);
+            writeFile(scratchFile("levels"), hasLevels ? "2.5 2.5 2.5" : "");
+            runProgram({"/bin/sh", "-c", R"("$0" "$1" "$2" "$3" < "$4")", AMPL_SOLUTION, stub,
+                        hasLevels ? "0" : "200", message, scratchFile("levels")});
+            EXPECT_EQ(ours, solution());
+        }
+    }
+    // The library knows no other byte order than its own.
+    writeModel(NlForm::bigEndian, {});
+    report(1, 1, "2.5");
+    solve();
+    using std::string_literals::operator""s;
+    EXPECT_THAT(solution(), HasSubstr("\0\0\0\x18\x40\x04\0\0\0\0\0\0"s));
+    EXPECT_THAT(solution(), EndsWith("\0\0\0\x18\0\0\0\x08\0\0\0\0\0\0\0\0\0\0\0\x08"s));
+}
+
+TEST_F(AmplProtocol, takesKeywordsFromEnvironmentAndCommandLine) {
+    setVariable("norvsolve_options", "TIMELIM = 5\tthreads 2 iterlim=7 seed=\"8\"");
+    EXPECT_EQ(solve({"timelim=9.5", "outlev=", "1"}).exitCode, 0);
+    EXPECT_THAT(contentOf(scratchFile("calls")), HasSubstr("vexReadyAPI options, file 0 , preset "
+                                                           "13, limits 9 7 2\n"));
+    setVariable("norvsolve_options", "");
+    const std::string optionFile = scratchFile("my options.opt");
+    writeFile(optionFile, "seed 3\n");
+    const ProgramRun loud = solve({"optionfile=" + optionFile, "outlev", "1", "wantsol=2"});
+    EXPECT_THAT(contentOf(scratchFile("calls")), HasSubstr("no options, file 1 " + optionFile));
+    EXPECT_THAT(loud.output, HasSubstr("a line for log and status\n"));
+    EXPECT_THAT(loud.output, EndsWith("x1\t2.5\nx2\t2.5\nx3\t2.5\n"));
+}
+
+TEST_F(AmplProtocol, namesWhatIsWrongAndReportsIt) {
+    struct Case {
+        std::vector<std::string> keywords;
+        int exitCode;
+        const char* complaint;
+    };
+    const Case cases[] = {
+        {{"sed=3"}, 2, "command line: unknown option \"sed\", did you mean \"seed\"?"},
+        {{"seed=x"}, 2, "command line: option seed takes an integer, not \"x\""},
+        {{"threads=0"}, 2, "command line: threads: found \"0\", expected an integer, 1 to 1024"},
+        {{"timelim=nan"}, 2, "command line: timelim: found \"nan\", expected a number of seconds"},
+        {{"outlev"}, 2, "command line: outlev: expected key=value"},
+        {{"writelsp", "\"a"}, 2, "command line: writelsp: found a quote without its end"},
+        {{"optionfile=/none"}, 3, "/none: the option file cannot be opened"},
+        {{"link=/none"}, 4, "cannot load the link: /none"},
+    };
+    for (const Case& each : cases) {
+        const ProgramRun run = solve(each.keywords);
+        EXPECT_EQ(run.exitCode, each.exitCode);
+        EXPECT_THAT(run.errors, testing::StartsWith(std::string("norvsolve: ") + each.complaint));
+        EXPECT_THAT(solution(), HasSubstr(each.complaint));
+        EXPECT_THAT(solution(), EndsWith("objno 0 50" + std::to_string(each.exitCode) + '\n'));
+    }
+    setVariable("FAKE_LINK_FAILS", "vexReadyAPI");
+    EXPECT_THAT(solve().output, HasSubstr("a line for log and status\n"));
+    EXPECT_THAT(solution(), EndsWith("objno 0 505\n"));
+    writeFile(stub + ".nl", contentOf(stub + ".nl").substr(0, 90));
+    EXPECT_EQ(solve().exitCode, 3);
+    EXPECT_THAT(solution(), EndsWith("objno 0 503\n"));
+    for (const auto& words : {std::vector<std::string>{"-AMPL"}, {"-q", stub, "-AMPL"}})
+        EXPECT_EQ(call(words).exitCode, 2);
+    writeFile(stub + ".sol", "of an earlier run");
+    writeFile(stub + ".nl", "g3 1 1 0\n");
+    EXPECT_EQ(solve().exitCode, 3);
+    EXPECT_EQ(solution(), "");  // nothing that a client could take for this run's
+}
+
+TEST_F(AmplProtocol, answersQuestions) {
+    EXPECT_THAT(call({"-v"}).output, testing::MatchesRegex("norvsolve [0-9.]+\n"));
+    const ProgramRun list = call({"-="});
+    EXPECT_EQ(list.exitCode, 0);
+    for (const char* line : {"\naggrvars ",
+                             "\nseed             Seed of the search's random numbers "
+                             "(0 to 2147483647, default 0)\n",
+                             "\nwantsol "})
+        EXPECT_THAT(list.output, HasSubstr(line));
+    const ProgramRun aside = call({"-s", stub + ".nl", "link=" FAKE_LINK});
+    EXPECT_THAT(aside.output, HasSubstr("optimal solution; objective -2.5\n17 iterations"));
+    EXPECT_THAT(solution(), EndsWith("objno 0 0\n"));
+    EXPECT_EQ(call({"-s", stub, "wantsol=8", "link=" FAKE_LINK}).output, "");
+}
+
+TEST_F(AmplProtocol, solvesThroughTheRealLink) {
+    EXPECT_EQ(call({stub, "-AMPL", "timelim=5"}).exitCode, 0);
+    EXPECT_THAT(solution(), HasSubstr("\n1e+10\n0\n0\nobjno 0 300\n"));
+    sketch.rows = {"o0 n-1 o2 n0 v0"};
+    writeModel(NlForm::littleEndian, {});
+    EXPECT_EQ(call({stub, "-AMPL", "timelim=5"}).exitCode, 0);
+    EXPECT_THAT(solution(), HasSubstr("infeasible"));
+}
+
+}  // namespace
+}  // namespace norv::test

@@ -1,0 +1,49 @@
+/// The independent witness for .sol files, with the AMPL solver library:
+///
+///   ampl_solution STUB CODE MESSAGE < LEVELS    writes STUB.sol as the library does
+///   ampl_solution STUB                          reads STUB.sol and prints code, message, levels
+///
+/// Standard input holds a number per variable, or nothing for a solution without levels. The
+/// library reads levels from text files with options only, and codes only where there are levels.
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "getstub.h"
+
+// The library's names are macros that stand for members of `asl`, which must have this name.
+
+namespace {
+
+void write(ASL* asl, int code, char* message) {
+    std::vector<double> levels;
+    for (double level = 0.0; scanf("%lf", &level) == 1;) levels.push_back(level);
+    solve_result_num = code;
+    Option_Info info{};
+    info.wantsol = 9;  // the file, nothing printed
+    write_sol(message, levels.empty() ? nullptr : levels.data(), nullptr, &info);
+}
+
+int read(ASL* asl) {
+    double* levels = nullptr;
+    double* duals = nullptr;
+    const char* message = read_soln(&levels, &duals);
+    if (message == nullptr || levels == nullptr) return 1;
+    printf("%d %s", solve_result_num, message);
+    for (int j = 0; j < n_var; ++j) printf("%.17g\n", levels[j]);
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2 && argc != 4) return 2;
+    ASL* asl = ASL_alloc(ASL_read_fg);
+    FILE* file = jac0dim(argv[1], static_cast<ftnlen>(std::string(argv[1]).size()));
+    want_xpi0 = 1;
+    fg_read(file, ASL_allow_CLP);
+    if (argc == 2) return read(asl);
+    write(asl, std::atoi(argv[2]), argv[3]);
+    return 0;
+}
