@@ -111,10 +111,8 @@ ExitCode solveForClient(const AmplCommand& command) {
     Environment environment;
     const AmplRun run = runFor(command, environment, file);
 
+    writeSolutionFile(stub + ".sol", header, run);
     const std::int32_t wanted = run.settings.wanted;
-    const bool writesFile =
-        command.isCalledByClient || command.writesSolution || (wanted & wanted_solution::file) != 0;
-    if (writesFile) writeSolutionFile(stub + ".sol", header, run);
     if (!command.isCalledByClient && (wanted & wanted_solution::silence) == 0)
         std::cout << messageOf(run) << '\n';
     if ((wanted & wanted_solution::levels) != 0 && run.outcome.hasPoint)
@@ -133,7 +131,6 @@ std::optional<AmplCommand> parseAmplCommand(int argc, const char* const* argv) {
         const bool isOption = word == "-AMPL" || word == "-s" || word == "-v" || word == "-=";
         isOfProtocol = isOfProtocol || isOption;
         if (word == "-AMPL") command.isCalledByClient = true;
-        if (word == "-s") command.writesSolution = true;
         if (word == "-v") command.task = AmplCommand::Task::showVersion;
         if (word == "-=") command.task = AmplCommand::Task::listKeywords;
         if (isOption) continue;

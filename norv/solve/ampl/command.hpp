@@ -9,12 +9,12 @@
 namespace norv {
 
 /// A command line as AMPL and other clients of its solver protocol write it:
-/// "norvsolve [-s] STUB [-AMPL] [key=value ...]", "norvsolve -v", "norvsolve -=".
+/// "norvsolve STUB -AMPL [key=value ...]", "norvsolve -s STUB [key=value ...]" for the same without
+/// a client, "norvsolve -v", "norvsolve -=".
 struct AmplCommand {
     enum class Task { solve, showVersion, listKeywords };
     Task task = Task::solve;
     bool isCalledByClient = false;      ///< -AMPL: the client prints the message and reads the file
-    bool writesSolution = false;        ///< -s
     std::string stub;                   ///< the model is in "stub.nl"; the ending may be written
     std::vector<std::string> keywords;  ///< what follows the stub
 };

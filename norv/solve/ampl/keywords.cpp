@@ -85,8 +85,8 @@ constexpr Keyword keywords[] = {
      takeTimeLimit},
     {"timelimit", "0 to inf, default 60", "The same as timelim", takeTimeLimit},
     {"wantsol", "0 to 15, default 0",
-     "Sum of 1: write a .sol file without -AMPL too, 2: print the non-zero variables, 4: no effect "
-     "(there are no dual values), 8: do not print the solve message",
+     "Sum of 2: print the non-zero variables, 8: do not print the solve message; 1 and 4 change "
+     "nothing",
      takeWanted},
 };
 

@@ -17,12 +17,11 @@ struct AmplSettings {
     std::int32_t wanted = 0;    ///< sum of `wanted_solution` bits
 };
 
-/// What becomes of the solution, AMPL's own numbers. Bit 4 would print the dual values, of which
-/// there are none.
+/// What is printed of the solution, AMPL's own numbers. Its bits 1 and 4 ask for the .sol file,
+/// which is always written, and for dual values, of which there are none.
 namespace wanted_solution {
-constexpr std::int32_t file = 1;     ///< a .sol file although it was not called by the client
-constexpr std::int32_t levels = 2;   ///< printed
-constexpr std::int32_t silence = 8;  ///< the message is not printed
+constexpr std::int32_t levels = 2;
+constexpr std::int32_t silence = 8;  ///< no message
 constexpr std::int32_t all = 15;
 }  // namespace wanted_solution
 
