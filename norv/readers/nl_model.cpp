@@ -1,5 +1,9 @@
 #include "readers/nl_model.hpp"
 
+#include <algorithm>
+#include <array>
+#include <cmath>
+
 #include "hostapi/codes.hpp"
 #include "nonlinear/emitter.hpp"
 #include "readers/read_error.hpp"
@@ -9,6 +13,15 @@ namespace norv {
 namespace {
 
 constexpr std::int64_t mostInstructions = 100'000'000;
+
+/// May `constant` move to the other side of the row without making its sides larger? Rows hold
+/// within a tolerance relative to their sides, so the square of a distance to a far point, written
+/// out, would be allowed to miss by more than the row says.
+bool fitsIntoSides(double constant, const NlRow& row) {
+    return std::ranges::all_of(std::array{row.lower, row.upper}, [constant](double side) {
+        return std::isinf(side) || std::fabs(side - constant) <= std::fmax(1.0, std::fabs(side));
+    });
+}
 
 /// The linear terms of the rows, by row.
 class RowTerms {
@@ -96,7 +109,8 @@ void ModelMaker::addRows() {
     for (std::size_t i = 0; i < instance.rows.size(); ++i) {
         const NlRow& row = instance.rows[i];
         const auto index = static_cast<std::int32_t>(i);
-        const auto form = quadraticForm(row.expression, index);
+        auto form = quadraticForm(row.expression, index);
+        if (form && !form->quadratic.empty() && !fitsIntoSides(form->constant, row)) form.reset();
         const double constant = form ? form->constant : 0.0;
         builder.addRangeRow(row.lower - constant, row.upper - constant,
                             i < names.size() ? names[i] : std::string());

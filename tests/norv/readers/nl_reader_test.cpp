@@ -49,15 +49,15 @@ const std::string rest = "r\n1 4\nb\n3\n3\nk1\n1\nJ0 2\n0 0\n1 0\n";
 
 TEST(NlReader, AllFormsGiveTheSameModel) {
     NlSketch sketch;
-    sketch.rows = {"o54 3 v0 n2.5 o2 v1 v2", "o43 v3",    "o2 n-1 o41 v0", "l7", "s-3",
-                   "o35 o22 v0 n1 v1 v4",    "o76 v0 n3", "o78 n2 v0"};
+    sketch.rows = {"o54 3 v0 n0.5 o2 v1 v2", "o43 v3",    "o2 n-1 o41 v0", "l7", "s-3",
+                   "o35 o22 v0 n1 v1 v4",    "o76 v0 n3", "o78 n2 v0", "o0 n2.5 o5 v0 n2"};
     sketch.logicalRows = {"o21 o28 v0 n0 o23 v1 n1"};
     sketch.objectives = {"o44 v2"};
     sketch.definitions = {"o2 v0 v1", "o44 v3"};
     sketch.withLinearTerms = true;
     const Environment environment;
     const Model text = modelOf(NlWriter(NlForm::text).write(sketch), environment);
-    ASSERT_EQ(text.nbRows(), 9);
+    ASSERT_EQ(text.nbRows(), 10);
     EXPECT_TRUE(text.isNonlinear());
     EXPECT_TRUE(text.isQuadratic());
     const std::vector<double> point = {0.5, 2.0, -0.25};
@@ -67,9 +67,13 @@ TEST(NlReader, AllFormsGiveTheSameModel) {
     EXPECT_DOUBLE_EQ(text.evaluateRow(6, point).value, 0.125 + 3.75);
     EXPECT_DOUBLE_EQ(text.evaluateRow(7, point).value, std::sqrt(2.0) + 3.75);
     EXPECT_EQ(text.rightHandSide(3), -7.0);
-    EXPECT_EQ(text.rowType(8), hostapi::equation_type::logic);
-    EXPECT_EQ(text.rightHandSide(8), 1.0);
-    EXPECT_EQ(text.evaluateRow(8, point).value, 0.0);
+    // A constant that would outweigh the side stays where it is.
+    EXPECT_EQ(text.rightHandSide(0), -0.5);
+    EXPECT_EQ(text.rightHandSide(8), 0.0);
+    EXPECT_EQ(text.evaluateRow(8, point).value, 2.75 + 3.75);
+    EXPECT_EQ(text.rowType(9), hostapi::equation_type::logic);
+    EXPECT_EQ(text.rightHandSide(9), 1.0);
+    EXPECT_EQ(text.evaluateRow(9, point).value, 0.0);
     for (const NlForm form : {NlForm::littleEndian, NlForm::bigEndian}) {
         const Model binary = modelOf(NlWriter(form).write(sketch), environment);
         ASSERT_EQ(binary.nbRows(), text.nbRows());
@@ -258,7 +262,7 @@ void mutate(const std::string& content, std::uint32_t seed) {
 
 TEST(NlReader, DamagedFilesEndInAModelOrOneLine) {
     NlSketch sketch;
-    sketch.rows = {"o54 3 v0 n2.5 o2 v1 v2", "o43 v3", "o64 2 n1 n0 n2 v0", "o11 2 v0 s2",
+    sketch.rows = {"o54 3 v0 n0.5 o2 v1 v2", "o43 v3", "o64 2 n1 n0 n2 v0", "o11 2 v0 s2",
                    "o5 v1 o35 o22 v0 l1 n2 v4"};
     sketch.logicalRows = {"o74 3 v0 v1 v2"};
     sketch.definitions = {"o2 v0 v1", "o44 v3"};
