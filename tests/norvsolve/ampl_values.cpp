@@ -3,8 +3,8 @@
 ///   ampl_values FILE < POINTS
 ///
 /// Standard input holds points, each a number per variable. The output is lines of words:
-///   size VARIABLES ROWS LOGICAL OBJECTIVES MAXIMISE DISCRETE
-///   variable LOWER UPPER START         one for each
+///   size VARIABLES ROWS LOGICAL OBJECTIVES MAXIMISE
+///   variable LOWER UPPER START DISCRETE  one for each; DISCRETE is 0 or 1
 ///   row LOWER UPPER                    one for each
 ///   values OBJECTIVE ROWS... LOGICAL...  one for each point; "error" where a value does not exist
 ///
@@ -28,13 +28,22 @@ ASL* read(char* path) {
     return asl;
 }
 
+/// Of each kind of variables the last ones are discrete: nonlinear in constraints and objectives,
+/// in constraints alone, in objectives alone, linear.
+bool isDiscrete(ASL* asl, int j) {
+    const int nbNonlinear = nlvo > nlvc ? nlvo : nlvc;
+    if (j < nlvb) return j >= nlvb - nlvbi;
+    if (j < nlvc) return j >= nlvc - nlvci;
+    if (j < nbNonlinear) return j >= nbNonlinear - nlvoi;
+    return j >= n_var - nbv - niv;
+}
+
 void printBounds(ASL* asl) {
-    const int nbDiscrete = nbv + niv + nlvbi + nlvci + nlvoi;
-    printf("size %d %d %d %d %d %d\n", n_var, n_con, n_lcon, n_obj,
-           n_obj > 0 ? static_cast<int>(objtype[0]) : 0, nbDiscrete);
+    printf("size %d %d %d %d %d\n", n_var, n_con, n_lcon, n_obj,
+           n_obj > 0 ? static_cast<int>(objtype[0]) : 0);
     for (int j = 0; j < n_var; ++j)
-        printf("variable %.17g %.17g %.17g\n", LUv[2 * j], LUv[2 * j + 1],
-               X0 != nullptr ? X0[j] : 0.0);
+        printf("variable %.17g %.17g %.17g %d\n", LUv[2 * j], LUv[2 * j + 1],
+               X0 != nullptr ? X0[j] : 0.0, isDiscrete(asl, j) ? 1 : 0);
     for (int i = 0; i < n_con; ++i) printf("row %.17g %.17g\n", LUrhs[2 * i], LUrhs[2 * i + 1]);
 }
 

@@ -22,8 +22,8 @@ using Point = std::vector<double>;
 
 /// What the witness says of a file.
 struct Witness {
-    int nbVariables = 0, nbRows = 0, nbLogical = 0, nbObjectives = 0, maximise = 0, nbDiscrete = 0;
-    std::vector<std::array<double, 3>> variables;  ///< lower, upper, start
+    int nbVariables = 0, nbRows = 0, nbLogical = 0, nbObjectives = 0, maximise = 0;
+    std::vector<std::array<double, 4>> variables;  ///< lower, upper, start, is discrete
     std::vector<std::array<double, 2>> rows;       ///< lower, upper
     std::vector<std::vector<std::string>> values;  ///< by point
 };
@@ -47,13 +47,13 @@ Witness ask(const std::string& path, const std::vector<Point>& points) {
         words >> kind;
         if (kind == "size") {
             words >> witness.nbVariables >> witness.nbRows >> witness.nbLogical >>
-                witness.nbObjectives >> witness.maximise >> witness.nbDiscrete;
+                witness.nbObjectives >> witness.maximise;
         } else if (kind == "values") {
             std::vector<std::string> values;
             for (std::string word; words >> word;) values.push_back(word);
             witness.values.push_back(values);
         } else {
-            std::array<double, 3> numbers{};
+            std::array<double, 4> numbers{};
             for (double& each : numbers) {
                 std::string word;
                 if (words >> word) each = std::stod(word);
@@ -126,16 +126,18 @@ void compareValues(const Model& model, const Witness& witness, const std::vector
 
 void compareInstances(const Model& model, const Witness& witness) {
     ASSERT_EQ(model.nbVariables(), witness.nbVariables);
-    EXPECT_EQ(model.nbDiscrete(), witness.nbDiscrete);
     EXPECT_EQ(model.sense() != 0, witness.maximise != 0);
     std::int32_t nbTwins = 0;
     for (const auto& [lower, upper] : witness.rows)
         nbTwins += std::isfinite(lower) && std::isfinite(upper) && lower != upper ? 1 : 0;
     EXPECT_EQ(model.nbRows(), witness.nbRows + witness.nbLogical + nbTwins);
     for (std::int32_t j = 0; j < model.nbVariables(); ++j) {
-        const auto& [lower, upper, start] = witness.variables[static_cast<std::size_t>(j)];
+        const auto& [lower, upper, start, isDiscrete] =
+            witness.variables[static_cast<std::size_t>(j)];
         EXPECT_EQ(model.lower(j), lower) << j;
         EXPECT_EQ(model.upper(j), upper) << j;
+        EXPECT_EQ(model.variableType(j) != hostapi::variable_type::continuous, isDiscrete != 0)
+            << j;
         EXPECT_EQ(model.levels()[static_cast<std::size_t>(j)],
                   std::fmax(lower, std::fmin(start, upper)))
             << j;
