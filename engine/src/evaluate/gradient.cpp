@@ -48,7 +48,11 @@ void Gradient::pass(ExpressionIndex e, std::span<const Value> values) {
 }
 
 void Gradient::give(ExpressionIndex e, double weight) {
-    if (std::isfinite(weight)) adjoint_[static_cast<std::size_t>(e)] += weight;
+    if (std::isfinite(weight)) {
+        adjoint_[static_cast<std::size_t>(e)] += weight;
+    } else {
+        isComplete_ = false;
+    }
 }
 
 void Gradient::spread(ExpressionIndex e, double weight, std::span<const Value> values) {

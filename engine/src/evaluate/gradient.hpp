@@ -22,6 +22,9 @@ public:
     void addWeight(ExpressionIndex e, double weight) {
         adjoint_[static_cast<std::size_t>(e)] += weight;
     }
+    /// Whether no derivative had to be left out, because it was not finite, since the last
+    /// question.
+    bool takeCompleteness() { return std::exchange(isComplete_, true); }
     /// Carries the weights to the decisions. @param values  of all expressions. O(operands).
     void accumulate(std::span<const Value> values);
     /// The same along `cone` alone: the weighted expressions with all that they depend on, users
@@ -48,6 +51,7 @@ private:
 
     const ClosedModel& model_;
     std::vector<double> adjoint_;
+    bool isComplete_ = true;
     std::vector<double> suffix_;  ///< scratch: products of the last operands
 };
 

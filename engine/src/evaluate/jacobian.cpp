@@ -42,6 +42,7 @@ const SparseRows& Jacobian::compute(std::span<const Value> values,
     result_.start.assign(1, 0);
     result_.column.clear();
     result_.coefficient.clear();
+    isComplete_.clear();
     std::size_t begin = 0;
     for (const Row& row : row_) {
         const auto cone = std::span(cone_).subspan(begin, row.end - begin);
@@ -58,6 +59,7 @@ const SparseRows& Jacobian::compute(std::span<const Value> values,
             result_.column.push_back(column);
             result_.coefficient.push_back(derivative);
         }
+        isComplete_.push_back(gradient_.takeCompleteness() ? 1 : 0);
         result_.start.push_back(result_.column.size());
     }
     return result_;

@@ -53,6 +53,8 @@ public:
     /// @param columnOf  [nbDecisions] column of a decision, or -1: no derivative is wanted.
     const SparseRows& compute(std::span<const Value> values,
                               std::span<const std::int32_t> columnOf);
+    /// Whether every derivative of a row was finite in the last `compute`; others count as 0.
+    [[nodiscard]] bool isComplete(std::size_t row) const { return isComplete_[row] != 0; }
 
 private:
     struct Row {
@@ -71,6 +73,7 @@ private:
     std::vector<ExpressionIndex> open_;  ///< scratch
     std::size_t work_ = 0;
     SparseRows result_;
+    std::vector<unsigned char> isComplete_;  ///< [nbRows]
 };
 
 }  // namespace engine

@@ -8,6 +8,7 @@
 #include "prove/exhaustion.hpp"
 #include "prove/farkas.hpp"
 #include "prove/linear_view.hpp"
+#include "prove/outer_approximation.hpp"
 
 namespace engine {
 namespace {
@@ -258,6 +259,10 @@ ExactProof proveExactly(const ClosedModel& model, const Propagator& propagator, 
     judge(model, start, values);
     std::optional<LinearModel> linear = linearViewOf(model, propagator, values);
     if (!linear) return {};
+    if (!linear->curved.empty()) {
+        return proveByOuterApproximation(model, propagator, start, incumbent, limits,
+                                         *std::move(linear));
+    }
     return ExactProver(model, start, incumbent, limits, *std::move(linear)).run();
 }
 

@@ -15,7 +15,8 @@ struct ExactProof {
     std::int64_t effort = 0;  ///< nodes and pivots
 };
 
-/// Solves a linear model by the exact back end, objective by objective when there are several.
+/// Solves a linear model by the exact back end, objective by objective when there are several, and
+/// a convex one by proveByOuterApproximation.
 ///
 /// Points found are cleaned (integers rounded, the rest solved again for them), judged, and offered
 /// to the incumbent. Optimal is claimed when the incumbent's objectives, as judged, equal the

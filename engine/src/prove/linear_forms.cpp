@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 namespace engine {
 namespace {
@@ -125,6 +126,7 @@ bool LinearForms::expand(const Term& term) {
     const auto operands = model_.operandsOf(term.expression);
     switch (model_.operatorOf(term.expression)) {
         case LS_OP_SUM:
+            if (side_ != 0 && (*curvature_)[e].isWhole) return addCurved(term);
             workLeft_ -= static_cast<std::int64_t>(operands.size());
             for (const ExpressionIndex x : operands) stack_.push_back({x, term.factor});
             return true;
@@ -133,9 +135,9 @@ bool LinearForms::expand(const Term& term) {
             stack_.push_back({operands[1], -term.factor});
             return true;
         case LS_OP_PROD:
-            return expandProduct(term);
+            return expandProduct(term) || addCurved(term);
         case LS_OP_DIV: {
-            if (!isConstant(operands[1])) return false;
+            if (!isConstant(operands[1])) return addCurved(term);
             const double divisor = values_[static_cast<std::size_t>(operands[1])].asDouble();
             if (divisor == 0.0) return false;
             stack_.push_back({operands[0], term.factor / divisor});
@@ -147,8 +149,41 @@ bool LinearForms::expand(const Term& term) {
             stack_.push_back({operands[0], -term.factor});
             return true;
         default:
-            return false;
+            return addCurved(term);
     }
+}
+
+/// Columns for all decisions that `e` depends on.
+void LinearForms::addColumnsBelow(ExpressionIndex e) {
+    std::vector<ExpressionIndex> open{e};
+    std::set<ExpressionIndex> seen;
+    while (!open.empty()) {
+        const ExpressionIndex x = open.back();
+        open.pop_back();
+        if (isConstant(x) || !seen.insert(x).second) continue;
+        const DecisionIndex d = model_.decisionOf[static_cast<std::size_t>(x)];
+        if (d >= 0) columnOf(d);
+        const auto operands = model_.operandsOf(x);
+        workLeft_ -= static_cast<std::int64_t>(operands.size());
+        open.insert(open.end(), operands.begin(), operands.end());
+    }
+}
+
+/// A column for an expression that curves the way in which its form is bounded.
+bool LinearForms::addCurved(const Term& term) {
+    if (side_ == 0) return false;
+    const bool mustBeConvex = (term.factor > 0.0) == (side_ > 0);
+    const Curvature wanted = mustBeConvex ? Curvature::Convex : Curvature::Concave;
+    if ((*curvature_)[static_cast<std::size_t>(term.expression)].curvature != wanted) return false;
+    const auto [known, isNew] = curvedColumn_.try_emplace(term.expression, -1);
+    if (isNew) {
+        const Range range = propagator_.rangeOf(term.expression);
+        known->second = makeColumn(range.lower, range.upper, /*isInteger=*/false);
+        out_.curved.push_back({known->second, term.expression, mustBeConvex});
+        addColumnsBelow(term.expression);
+    }
+    addColumn(known->second, term.factor);
+    return true;
 }
 
 bool LinearForms::expandProduct(const Term& term) {

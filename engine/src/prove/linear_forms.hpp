@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "prove/curvature.hpp"
 #include "prove/linear_model.hpp"
 #include "prove/propagator.hpp"
 
@@ -18,6 +19,13 @@ public:
     LinearForms(const ClosedModel& model, const Propagator& propagator,
                 const std::vector<Value>& values, LinearModel& out);
 
+    /// From which side forms are bounded: 1 from above, -1 from below, 0 from both or unknown. In
+    /// forms that are bounded from one side, expressions that curve the right way become columns.
+    /// @param curvature  [nbExpressions], outlives this; not read while the side is 0.
+    void boundFrom(int side, const std::vector<CurvatureOfExpression>* curvature) {
+        side_ = side;
+        curvature_ = curvature;
+    }
     /// `e`, or nothing when it is not linear. Explicit stack, no recursion.
     std::optional<LinearForm> formOf(ExpressionIndex e) { return formOf(e, 1.0, noExpression); }
     /// first - second.
@@ -45,6 +53,8 @@ private:
     std::optional<LinearForm> formOf(ExpressionIndex e, double factor, ExpressionIndex minus);
     bool expand(const Term& term);
     bool expandProduct(const Term& term);
+    bool addCurved(const Term& term);
+    void addColumnsBelow(ExpressionIndex e);
     void addColumn(std::int32_t column, double factor);
     std::int32_t columnOf(DecisionIndex d);
     std::int32_t productColumn(const std::vector<ExpressionIndex>& binaries, ExpressionIndex other);
@@ -59,6 +69,9 @@ private:
     std::vector<std::uint8_t> depends_;   ///< [nbExpressions] on a decision
     std::vector<std::int32_t> columnOf_;  ///< [nbDecisions] or -1
     std::map<std::vector<ExpressionIndex>, std::int32_t> productColumn_;
+    std::map<ExpressionIndex, std::int32_t> curvedColumn_;
+    int side_ = 0;
+    const std::vector<CurvatureOfExpression>* curvature_ = nullptr;
     std::vector<Term> stack_;
     std::vector<double> total_;            ///< [nbColumns] zero outside `touched_`
     std::vector<std::uint8_t> isTouched_;  ///< [nbColumns]

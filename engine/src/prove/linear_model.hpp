@@ -19,6 +19,14 @@ struct LinearObjective {
     bool maximise;
 };
 
+/// A column that stands for a nonlinear expression, from one side: for a convex expression it is at
+/// least as large, for a concave one at most.
+struct CurvedColumn {
+    std::int32_t column;
+    ExpressionIndex expression;
+    bool isConvex;
+};
+
 /// A mixed-integer linear model: rowLower <= rows <= rowUpper over bounded columns.
 struct LinearModel {
     std::vector<double> lower;            ///< [nbColumns]; integral for integer columns
@@ -35,6 +43,7 @@ struct LinearModel {
     std::vector<double> tolerance;
 
     std::vector<LinearObjective> objective;  ///< by priority, as the model's
+    std::vector<CurvedColumn> curved;        ///< what ties them to their expressions is no row
 
     [[nodiscard]] std::size_t nbColumns() const { return lower.size(); }
     [[nodiscard]] std::size_t nbRows() const { return rowLower.size(); }

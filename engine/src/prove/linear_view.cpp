@@ -24,15 +24,19 @@ constexpr double exact = 0.0;
 
 class LinearView {
 public:
+    /// @param curvature  none: only what is linear is understood.
     LinearView(const ClosedModel& model, const Propagator& propagator,
-               const std::vector<Value>& values)
+               const std::vector<Value>& values,
+               const std::vector<CurvatureOfExpression>* curvature)
         : model_(model),
           propagator_(propagator),
           values_(values),
+          curvature_(curvature),
           forms_(model, propagator, values, out_) {}
 
     std::optional<LinearModel> run() {
         for (const Objective& o : model_.objective) {
+            boundFrom(o.maximise ? -1 : 1);
             std::optional<LinearForm> form = forms_.formOf(o.expression);
             if (!form) return std::nullopt;
             out_.objective.push_back({*std::move(form), o.maximise});
@@ -47,6 +51,7 @@ public:
     }
 
 private:
+    void boundFrom(int side) { forms_.boundFrom(curvature_ == nullptr ? 0 : side, curvature_); }
     bool addConstraint(ExpressionIndex e);
     bool addAlternatives(ExpressionIndex e);
     static bool addLiteral(const LinearForm& literal, LinearForm& sum);
@@ -59,6 +64,7 @@ private:
     const ClosedModel& model_;
     const Propagator& propagator_;
     const std::vector<Value>& values_;
+    const std::vector<CurvatureOfExpression>* curvature_;
     LinearModel out_;
     LinearForms forms_;
     std::vector<ExpressionIndex> pending_;  ///< must hold, not yet in the model
@@ -92,6 +98,7 @@ bool LinearView::addConstraint(ExpressionIndex e) {
 std::optional<Row> LinearView::rowOf(ExpressionIndex e) {
     const bool isNegation = model_.operatorOf(e) == LS_OP_NOT;
     if (!isNegation && !forms_.isBinary(e)) return rowOfRelation(e);
+    boundFrom(0);
     std::optional<LinearForm> form = forms_.formOf(e);
     if (!form) return std::nullopt;
     return Row{*std::move(form), 1.0, 1.0, exact};
@@ -105,11 +112,12 @@ std::optional<Row> LinearView::rowOfRelation(ExpressionIndex e) {
     // Between doubles the solutions of a strict relation are not closed.
     if (isStrict && !isExact) return std::nullopt;
     const auto sides = model_.operandsOf(e);
-    std::optional<LinearForm> form = forms_.differenceOf(sides[0], sides[1]);
-    if (!form) return std::nullopt;
     const double step = isStrict ? 1.0 : 0.0;
     const bool isUpper = op == LS_OP_LEQ || op == LS_OP_LT || op == LS_OP_EQ;
     const bool isLower = op == LS_OP_GEQ || op == LS_OP_GT || op == LS_OP_EQ;
+    boundFrom((isUpper ? 1 : 0) - (isLower ? 1 : 0));
+    std::optional<LinearForm> form = forms_.differenceOf(sides[0], sides[1]);
+    if (!form) return std::nullopt;
     return Row{*std::move(form), isLower ? step : -infinity, isUpper ? -step : infinity,
                isExact ? exact : toleranceOf(sides[0], sides[1])};
 }
@@ -199,7 +207,10 @@ bool LinearView::addIndicated(std::int32_t binary, const Row& row) {
 
 std::optional<LinearModel> linearViewOf(const ClosedModel& model, const Propagator& propagator,
                                         const std::vector<Value>& values) {
-    return LinearView(model, propagator, values).run();
+    std::optional<LinearModel> linear = LinearView(model, propagator, values, nullptr).run();
+    if (linear) return linear;
+    const auto curvature = curvaturesOf(model, propagator, values);
+    return LinearView(model, propagator, values, &curvature).run();
 }
 
 }  // namespace engine

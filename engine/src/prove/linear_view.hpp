@@ -15,6 +15,10 @@ namespace engine {
 /// eq, geq, leq, and gt, lt between integers. Not understood: strict relations between doubles
 /// and neq, whose solution sets are not closed.
 ///
+/// When that does not do, convex expressions that are bounded from above and concave ones that are
+/// bounded from below become columns of their own: the linear model is then a relaxation until cuts
+/// tie those columns to their expressions.
+///
 /// @param propagator  started without conflict: its ranges become bounds, and the big
 ///                    multipliers of alternatives come from them.
 /// @param values      [nbExpressions] at any point: gives the values of constant expressions.

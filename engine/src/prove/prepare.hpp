@@ -33,7 +33,7 @@ struct Preparation {
 };
 
 /// Interval propagation, trivial optima, exhaustion of small discrete spaces and, when built in,
-/// the exact back end for linear models, in this order. `start` is the starting point.
+/// the exact back end for linear and convex models, in this order. `start` is the starting point.
 ///
 /// Inconsistent only with a proof, optimal only with a proof (objectives compared lexicographically
 /// when there are several).

@@ -60,13 +60,14 @@ constexpr Outcome optimal = Outcome::Optimal;
 constexpr Outcome inconsistent = Outcome::Inconsistent;
 constexpr Outcome open = Outcome::Open;
 
-void check(const Case& c) {
+void check(const Case& c, double tolerance = 1e-9) {
     const Proving run(c.text);
     ASSERT_EQ(run.result.outcome, c.outcome) << c.what;
     EXPECT_EQ(run.result.proof.empty(), c.outcome == open) << c.what;
     ASSERT_EQ(run.incumbent.hasPoint(), !c.objectives.empty()) << c.what;
     for (std::size_t k = 0; k < c.objectives.size(); ++k) {
-        EXPECT_NEAR(run.objective(k), c.objectives[k], 1e-9 * (1.0 + std::fabs(c.objectives[k])))
+        EXPECT_NEAR(run.objective(k), c.objectives[k],
+                    tolerance * (1.0 + std::fabs(c.objectives[k])))
             << c.what;
     }
 }
@@ -178,6 +179,74 @@ TEST_F(ExactProofs, IntegerPrograms) {
          {}},
     };
     for (const Case& c : cases) check(c);
+}
+
+TEST_F(ExactProofs, ConvexPrograms) {
+    const Case cases[] = {
+        {"a projection on a line",
+         "x: real -9.0 9.0; y: real -9.0 9.0; leq(sum(x,y), 1.0);"
+         "minimise sum(pow(sub(x,2.0),2),pow(sub(y,3.0),2));",
+         optimal,
+         {8.0}},
+        {"a root whose derivative at the start is infinite",
+         "x: real 0 9.0; maximise sub(sqrt(x),x);",
+         optimal,
+         {0.25}},
+        {"a quotient, undefined at the start",
+         "x: real 0 9.0; minimise sum(x,div(4.0,x));",
+         optimal,
+         {4.0}},
+        {"a form that is convex as a whole",
+         "x: real -9.0 9.0; y: real -9.0 9.0; geq(sum(x,y), 2.0);"
+         "minimise sum(prod(x,x),prod(y,y),prod(x,y,-1.0));",
+         optimal,
+         {1.0}},
+        {"integers and a switch",
+         "n: int 0 9; on: bool; x: real 0 9.0; leq(x, prod(on,5.0)); geq(sum(n,log(sum(x,1.0))), "
+         "3.5); minimise sum(pow(n,2),prod(on,2.0),x);",
+         optimal,
+         {6.0 + std::exp(1.5) - 1.0}},
+        {"a disc and a line apart from it",
+         "x: real -9.0 9.0; y: real -9.0 9.0; leq(sum(prod(x,x),prod(y,y)), 1.0);"
+         "geq(sum(x,y), 1.5); minimise x;",
+         inconsistent,
+         {}},
+        {"a form that is a saddle",
+         "x: real 0 9.0; y: real 0 9.0; minimise sum(prod(x,x),prod(y,y),prod(x,y,-3.0));",
+         open,
+         {}},
+        {"a cube of either sign", "x: real -2.0 2.0; minimise pow(x,3);", open, {}},
+        {"outside of a disc", "x: real 0 9.0; geq(prod(x,x), 2.0); minimise x;", open, {}},
+    };
+    for (const Case& c : cases) check(c, 1e-6);
+}
+
+TEST_F(ExactProofs, AreNotRefutedByAnyPointOfARandomNonlinearModel) {
+    testing::RandomModels random(11);
+    int nbClaims = 0;
+    for (int trial = 0; trial < 400; ++trial) {
+        std::string text = random.decisions(/*withReals=*/true);
+        for (int i = random.below(3); i > 0; --i) {
+            text += (random.below(2) == 0 ? "leq(" : "geq(") + random.expression(2) + "," +
+                    random.linear(false) + ");";
+        }
+        text += (random.below(2) == 0 ? "minimise " : "maximise ") + random.expression(2) + ";";
+        const Proving run(text, 20'000);
+        if (run.result.outcome == open) continue;
+        ++nbClaims;
+        std::vector<Value> values;
+        testing::forEachPoint(run.model.model, random, [&](const Point& point) {
+            const Verdict verdict = judge(run.model.model, point, values);
+            if (!verdict.feasible) return;
+            ASSERT_EQ(run.result.outcome, optimal) << text;
+            const double value = verdict.objectives[0].asDouble();
+            const double gain = run.model.model.objective[0].maximise ? value - run.objective()
+                                                                      : run.objective() - value;
+            ASSERT_FALSE(gain > 1e-5 * (1.0 + std::fabs(value))) << text << " " << value;
+        });
+        if (HasFatalFailure()) return;
+    }
+    EXPECT_GT(nbClaims, 80);
 }
 
 TEST_F(ExactProofs, DoNotCallInconsistentWhatTheTolerancePermits) {

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "prove/exact_proof.hpp"
+#include "prove/linear_model.hpp"
+
+namespace engine {
+
+/// Solves a convex model with one objective or none by linear ones that are tightened where they
+/// are wrong.
+///
+/// Tangents tie the curved columns to their expressions: cutting planes (Kelley, "The cutting-plane
+/// method for solving convex programs", J. SIAM 8, 1960) solve the continuous problems, outer
+/// approximation (Duran and Grossmann, "An outer-approximation algorithm for a class of
+/// mixed-integer nonlinear programs", Math. Prog. 36, 1986) the mixed ones: the linear master gives
+/// a bound and the integers, for which the rest is solved again. The tangents hold at every point
+/// where the expressions are convex, so no master cuts off a feasible point. Tangents are taken
+/// only where all parts of an expression lie inside their propagated ranges, since the curvature
+/// may rest on them.
+///
+/// Optimal is claimed when the incumbent's objective, as judged, is within relationTolerance of the
+/// proved bound, inconsistent as in proveExactly; both are the back end's word on linear models.
+///
+/// @param linear  with curved columns.
+ExactProof proveByOuterApproximation(const ClosedModel& model, const Propagator& propagator,
+                                     const Point& start, ProvedIncumbent& incumbent,
+                                     const ProveLimits& limits, LinearModel linear);
+
+}  // namespace engine
