@@ -75,7 +75,7 @@ struct Keyword {
 
 constexpr Keyword keywords[] = {
     {"iterlim", "0 to 2147483647, default none", "Iteration limit", takeIterationLimit},
-    {"link", "a text, default vexcclib64.so", "The link, by name or path", takeLink},
+    {"link", "a text, default vexcclib64", "The link, by name or path", takeLink},
     {"maxtime", "0 to inf, default 60", "The same as timelim", takeTimeLimit},
     {"optionfile", "a text, default empty", "Option file of the link", takeOptionFile},
     {"outlev", "0 or more, default 0", "0: no output but errors; 1: the log and a summary",

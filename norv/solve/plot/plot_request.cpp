@@ -18,6 +18,11 @@ std::string temporaryFile() {
     return (std::filesystem::temp_directory_path() / name).string();
 }
 
+void removeFile(const std::string& path) {
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+}
+
 void writePicture(const TraceFile& trace, const std::string& path, const std::string& title) {
     std::ofstream out(path, std::ios::binary);
     writeTracePlot(out, trace, title);
@@ -29,19 +34,19 @@ void writePicture(const TraceFile& trace, const std::string& path, const std::st
 
 PlotRequest::PlotRequest(Options& options)
     : tracePath(options.text("solvetrace")), isTemporary(tracePath.empty()) {
-    if (!isTemporary) return;
-    tracePath = temporaryFile();
-    if (!options.set(assignmentText("solvetrace", tracePath), "--plot"))
+    if (isTemporary) tracePath = temporaryFile();
+    removeFile(tracePath);
+    if (isTemporary && !options.set(assignmentText("solvetrace", tracePath), "--plot"))
         throw Failure(ExitCode::badCommandLine, options.messages().back().text);
 }
 
 PlotRequest::~PlotRequest() {
-    std::error_code ignored;
-    if (isTemporary) std::filesystem::remove(tracePath, ignored);
+    if (isTemporary) removeFile(tracePath);
 }
 
 void PlotRequest::draw(const std::string& picturePath, const std::string& title) const {
-    if (!std::filesystem::exists(tracePath)) return;
+    if (!std::filesystem::exists(tracePath))
+        throw Failure(ExitCode::outputFailed, picturePath + ": not drawn, the link wrote no trace");
     writePicture(readTrace(InputText::fromFile(tracePath)), picturePath, title);
 }
 

@@ -11,16 +11,15 @@ namespace norv {
 class PlotRequest {
 public:
     /// Leaves the option "solvetrace" alone when it is set already, else names a temporary file,
-    /// which goes with this object.
+    /// which goes with this object. Removes what an earlier run left in the file.
     /// Failure (badCommandLine) when the option cannot be set.
     explicit PlotRequest(Options& options);
     ~PlotRequest();
     PlotRequest(const PlotRequest&) = delete;
     PlotRequest& operator=(const PlotRequest&) = delete;
 
-    /// Draws the trace, once the link has ended. A link that wrote none leaves no picture either:
-    /// its failure has been told.
-    /// Failure (outputFailed) when the picture cannot be written.
+    /// Draws the trace, once the link has ended.
+    /// Failure (outputFailed) when the link wrote none, or the picture cannot be written.
     void draw(const std::string& picturePath, const std::string& title) const;
 
 private:

@@ -22,9 +22,9 @@ const char* const boundColour = "#c2571a";
 const char* const thick = R"( stroke-width="2")";
 const char* const thickDashes = R"( stroke-width="2" stroke-dasharray="6 4")";
 
-/// A value that an axis can take: differences between two of these are finite.
+/// A value that an axis can take: what lies between two of these is neither infinite nor lost.
 double drawable(double value) {
-    return std::clamp(value, -1e300, 1e300);
+    return std::fabs(value) < 1e-280 ? 0.0 : std::clamp(value, -1e300, 1e300);
 }
 
 std::string shortText(double value, int nbDigits = 10) {
@@ -95,7 +95,7 @@ public:
         : out(target),
           found(seriesOf(trace, &TraceRecord::bestFound)),
           bound(seriesOf(trace, &TraceRecord::bestBound)),
-          duration(trace.records.empty() ? 0.0 : trace.records.back().seconds),
+          duration(trace.records.empty() ? 0.0 : drawable(trace.records.back().seconds)),
           unit(unitFor(duration)),
           times(Axis::between(0.0, (duration > 0.0 ? duration : 1.0) / unit.seconds)),
           values(Axis::around(allValues())),
