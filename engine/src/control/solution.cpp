@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "model/domain.hpp"
+#include "model/extended_precision.hpp"
 
 namespace engine {
 
@@ -43,6 +44,7 @@ bool Solution::isImprovedBy(const Incumbent& other) const {
 
 void Solution::judgeIfNeeded() const {
     if (isJudged_) return;
+    const ExtendedPrecision precision;
     verdict_ = judge(model_, current_.point, values_);
     if (hasEmptyDomain_) verdict_.feasible = false;
     for (const ExpressionIndex e : model_.constraint) {

@@ -5,6 +5,7 @@
 
 #include "control/description.hpp"
 #include "control/solve_run.hpp"
+#include "model/extended_precision.hpp"
 #include "prove/prepare.hpp"
 
 namespace engine {
@@ -28,6 +29,7 @@ bool isQuicklyRefuted(const ClosedModel& model) {
 }  // namespace
 
 void Solver::close() {
+    const ExtendedPrecision precision;
     model.close();
     state_ = LS_STATE_CLOSED;
     if (isQuicklyRefuted(model.closed())) solution().proveInconsistent();
@@ -48,6 +50,7 @@ SolveEnding Solver::solve(ls_solver* handle) {
     statistics = {};
     state_ = LS_STATE_RUNNING;
     const SolvedAtEnd solvedAtEnd{state_};
+    const ExtendedPrecision precision;
     SolveRun run({model.closed(), parameters, phases, solution(), statistics, stopSignal,
                   [&](ls_callback_type type) { emit(type, handle, ending); }});
     run.run();
