@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "search/exponential.hpp"
 #include "search/local_search.hpp"
 
 namespace engine {
@@ -66,7 +67,7 @@ void LocalSearch::restart() {
     for (DecisionIndex d = 0; d < model_.nbDecisions(); ++d) best_.noteMoved(d);
     resetWeights();
     cut_.activateNextLevel();
-    cut_.setAmbition(std::pow(10.0, -1.0 - 5.0 * random_.unit()));
+    cut_.setAmbition(powerOfTen(-1.0 - 5.0 * random_.unit()));
     chooseStrategy();
     shake();
     sinceProgress_ = 0;
@@ -85,7 +86,7 @@ DecisionMove LocalSearch::randomMove(DecisionIndex d) {
     const double current = evaluator_.decisionValue(d).asDouble();
     // Steps of every order of magnitude up to the domain's width.
     const double width = std::fmin(domain.upper - domain.lower, 10.0 * (1.0 + std::fabs(current)));
-    const double step = width * std::pow(10.0, -3.0 * random_.unit());
+    const double step = width * powerOfTen(-3.0 * random_.unit());
     const bool up = random_.chance(0.5);
     return {d, walk_.valueInDomain(d, up ? current + step : current - step, 0)};
 }

@@ -28,7 +28,9 @@ Goal InverseWalk::rootGoal(double current, double m, const Goal& goal) const {
         return Goal::ofNumber(root, goal.direction);
     }
     const bool negative = current < 0.0 || (current == 0.0 && random_.chance(0.5));
-    const double root = std::pow(std::fmax(goal.number, 0.0), 1.0 / m);
+    const double size = std::fmax(goal.number, 0.0);
+    // Squares are common, and a square root has the same digits everywhere.
+    const double root = m == 2.0 ? std::sqrt(size) : std::pow(size, 1.0 / m);
     return Goal::ofNumber(negative ? -root : root, negative ? -goal.direction : goal.direction);
 }
 

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "search/exponential.hpp"
+
 namespace engine {
 namespace {
 
@@ -126,7 +128,7 @@ std::optional<LocalSearch::Wish> LocalSearch::makeWish() {
         cut_.isActive() && (violated.empty() || random_.chance(objectiveShare));
     if (wantsObjective) {
         // The objective's promising steps differ by orders of magnitude and change as it goes.
-        const double relative = std::pow(10.0, 1.0 - 6.0 * random_.unit());
+        const double relative = powerOfTen(1.0 - 6.0 * random_.unit());
         return Wish{cut_.expression(), cut_.improvement(relative)};
     }
     if (violated.empty()) return std::nullopt;
@@ -151,7 +153,7 @@ bool LocalSearch::accepts(double before, double after) {
     const double temperature = 0.05 * settings_.annealingLevel * typicalLoss_;
     constexpr double plateauShare = 0.3;
     if (loss <= leastGain) return random_.chance(plateauShare);
-    return temperature > 0.0 && random_.chance(std::exp(-loss / temperature));
+    return temperature > 0.0 && random_.chance(exponential(-loss / temperature));
 }
 
 void LocalSearch::accept() {
