@@ -55,6 +55,7 @@ void describeOutput(CLI::App& app, CommandLine& line) {
 ParsedArguments parseArguments(int argc, const char* const* argv) {
     CommandLine line;
     CLI::App app("Solves a model file through the link that Norv would load.", "norvsolve");
+    app.allow_windows_style_options(false);  // "/models/blend.mps" is a path everywhere
     describeSolve(app, line);
     describeOutput(app, line);
     try {

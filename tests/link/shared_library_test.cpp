@@ -1,38 +1,125 @@
 #include <gmock/gmock.h>
 
-#include <array>
-#include <cstdio>
-#include <memory>
-#include <sstream>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <regex>
 #include <string>
-#include <vector>
 
+#include "host/codes.hpp"
 #include "host/folder_loading.hpp"
 #include "host/host_interfaces.hpp"
+#include "norv/environment.hpp"
+#include "norv/model.hpp"
+#include "norv/model_builder.hpp"
 
 // The link as the host meets it: a shared library, loaded by its file name.
 
 namespace vex {
 namespace {
 
-TEST(SharedLibrary, ExportsItsEntryPointsAndNothingElse) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(
-        popen(NM " -D --defined-only --format=posix " LINK_FILE, "r"), pclose);
-    ASSERT_NE(pipe, nullptr);
-    std::vector<std::string> names;
-    std::array<char, 512> line;
-    while (std::fgets(line.data(), static_cast<int>(line.size()), pipe.get()) != nullptr) {
-        std::string name;
-        std::istringstream(line.data()) >> name;
-        names.push_back(name);
+LibraryHandle loadedLink() {
+    std::string reason;
+    const LibraryHandle link = platformLoading().open(LINK_FILE, reason);
+    if (link == nullptr) throw std::runtime_error(reason);
+    return link;
+}
+
+template <class Function>
+Function* entryPoint(const std::string& name) {
+    return reinterpret_cast<Function*>(platformLoading().find(loadedLink(), name));
+}
+
+TEST(SharedLibrary, OffersEachEntryPointUnderItsPlainName) {
+    for (const char* name : {"vexCreate",
+                             "vexcreate",
+                             "xcreate",
+                             "vexxcreate",
+                             "vexFree",
+                             "vexfree",
+                             "xfree",
+                             "vexxfree",
+                             "vexReadyAPI",
+                             "c__vexreadyapi",
+                             "vexCallSolver",
+                             "c__vexcallsolver",
+                             "vexModifyProblem",
+                             "vexInitialize",
+                             "c__vexinitialize",
+                             "vexHaveModifyProblem",
+                             "vexFinalize",
+                             "c__vexfinalize",
+                             "c__xapiversion",
+                             "d__xapiversion",
+                             "d__vexxapiversion",
+                             "d__vexxcheck",
+                             "c__xcheck",
+                             "d__xcheck"}) {
+        EXPECT_NE(entryPoint<void()>(name), nullptr) << name;
     }
-    EXPECT_THAT(
-        names, testing::UnorderedElementsAre(
-                   "vexCreate", "vexcreate", "xcreate", "vexxcreate", "vexFree", "vexfree", "xfree",
-                   "vexxfree", "vexReadyAPI", "c__vexreadyapi", "vexCallSolver", "c__vexcallsolver",
-                   "vexModifyProblem", "vexHaveModifyProblem", "vexInitialize", "c__vexinitialize",
-                   "vexFinalize", "c__vexfinalize", "c__xapiversion", "d__xapiversion",
-                   "d__vexxapiversion", "c__xcheck", "d__xcheck", "d__vexxcheck"));
+}
+
+/// max x + 2 y, x + y <= 4, both integers of 0 to 3: x = 1, y = 3.
+norv::Model smallModel(const norv::Environment& environment) {
+    norv::ModelBuilder builder;
+    const std::int32_t row = builder.addRow(equation_type::less, 4, "limit");
+    for (const double gain : {1.0, 2.0}) {
+        const std::int32_t j =
+            builder.addVariable(variable_type::integer, 0, 3, 0, gain == 1.0 ? "x" : "y");
+        builder.addCoefficient(row, j, 1);
+        builder.addCoefficient(norv::objectiveRow, j, gain);
+    }
+    builder.setSense(objective_sense::maximise);
+    return builder.finish(environment);
+}
+
+/// One instance from vexInitialize to vexFinalize. @return its levels.
+std::vector<double> solveSmallModel(norv::Environment& environment, const std::string& options,
+                                    std::int32_t expectedStatus) {
+    environment.setSystemDirectory(SYSTEM_DIRECTORY);
+    environment.setIterationLimit(2000);
+    norv::Model model = smallModel(environment);
+    const std::string optionFile = testing::TempDir() + "shared_library_test.opt";
+    std::ofstream(optionFile) << options;
+    model.setOptionFile(optionFile);
+    void* link = nullptr;
+    entryPoint<void()>("vexInitialize")();
+    entryPoint<std::int32_t(void**)>("xcreate")(&link);
+    EXPECT_EQ((entryPoint<std::int32_t(void*, ModelHandle, OptionHandle)>("vexReadyAPI")(
+                  link, model.handle(), nullptr)),
+              0);
+    entryPoint<std::int32_t(void*)>("vexCallSolver")(link);
+    entryPoint<void(void**)>("xfree")(&link);
+    entryPoint<void()>("vexFinalize")();
+    EXPECT_EQ(model.modelStatus(), expectedStatus);
+    return {model.levels().begin(), model.levels().end()};
+}
+
+TEST(SharedLibrary, SolvesWithTheHostsLibrariesAndTracesInThePlatformsLineEnds) {
+    norv::Environment environment;
+    const std::string trace = testing::TempDir() + "shared_library_test.trace";
+    EXPECT_THAT(solveSmallModel(environment, "solvetrace " + trace + "\n", model_status::optimal),
+                testing::ElementsAre(1, 3));
+    std::ifstream file(trace, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    const std::string end = librarySuffix == std::string(".dll") ? "\r\n" : "\n";
+    const std::string head =
+        "* solvetrace file " + trace + ": ID = LocalSolver.1 Instance = " + end +
+        "* fields are lineNum, seriesID, node, seconds, bestFound, bestBound" + end;
+    ASSERT_THAT(bytes, testing::StartsWith(head));
+    const std::regex records("1, S, 0, [0-9.e-]+, (-?[0-9]+|na), na" + end +
+                             "(2, E, 0, [0-9.e-]+, 7, na)" + end + "\\* solvetrace file closed" +
+                             end);
+    EXPECT_TRUE(std::regex_match(bytes.substr(head.size()), records)) << bytes;
+}
+
+TEST(SharedLibrary, RefusalOfTheOptimizerCrossesBothLibraries) {
+    norv::Environment environment;
+    std::string log;
+    environment.setLogSink([&log](std::string_view text) { log += text; });
+    environment.setThreads(5000);
+    solveSmallModel(environment, "", model_status::errorNoSolution);
+    EXPECT_THAT(log, testing::HasSubstr("5000 is out of range"));
 }
 
 /// The option library's "XCreate" is looked up in lower case first, and the link exports `xcreate`.
