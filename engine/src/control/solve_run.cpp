@@ -4,6 +4,8 @@
 #include <cmath>
 #include <thread>
 
+#include "search/polish.hpp"
+
 namespace engine {
 
 namespace {
@@ -85,7 +87,23 @@ void SolveRun::runPhase(const Phase& phase) {
         emitTimeTickIfDue();
         emitIterationTickIfDue();
     }
+    if (context_.statistics.iterations > phaseStartIterations_) polish();
     emit(LS_CALLBACK_PHASE_ENDED);
+}
+
+void SolveRun::polish() {
+    Solution& solution = context_.solution;
+    if (solution.isProved() || !solution.verdict().feasible) return;
+    const bool wasReached = isThresholdReached();
+    std::optional<Point> point = polished(context_.model, domain_, solution.point());
+    if (!point) return;
+    Incumbent before = solution.claimed();
+    std::vector<Value> values;
+    Incumbent after{*std::move(point), {}, 0.0};
+    after.verdict = judge(context_.model, after.point, values);
+    solution.replace(std::move(after));
+    // A threshold that was reached only by the grace of the tolerance was reached all the same.
+    if (wasReached && !isThresholdReached()) solution.replace(std::move(before));
 }
 
 bool SolveRun::isFinished() {

@@ -53,6 +53,8 @@ private:
 
     void prove(std::int64_t iterationsLeft);
     void accept(Preparation& preparation);
+    /// Puts the current point, unless it is proved, well inside the tolerance.
+    void polish();
     void acceptOptimum(Incumbent claimed);
     void search(std::int64_t iterationsLeft);
     void makeSearchers();

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "engine/model_builder.hpp"
+#include "search/polish.hpp"
 #include "search/random.hpp"
 
 namespace engine {
@@ -338,6 +339,23 @@ TEST(Searcher, TakesObjectivesByPriority) {
     ASSERT_TRUE(best.verdict.feasible);
     EXPECT_EQ(best.verdict.objectives[0].asDouble(), 8.0);
     EXPECT_EQ(best.verdict.objectives[1].asDouble(), -2.0);
+}
+
+TEST(Polish, MeetsEquationsMoreTightlyThanTheToleranceAsks) {
+    // Between sides of a million the tolerance is 1: x = 0.5 passes for 1.
+    ModelBuilder b;
+    const ExpressionIndex x = b.real(0.0, 9.0);
+    const ExpressionIndex n = b.integer(0.0, 9.0);
+    const ExpressionIndex left = b.apply(LS_OP_SUM, {b.apply(LS_OP_POW, {x, n}), b.constant(1e6)});
+    b.require(b.apply(LS_OP_EQ, {left, b.constant(1000001.0)}));
+    b.minimise(x);
+    const ClosedModel model = b.close();
+    const auto point = [](double level) { return Point{Value::ofDouble(level), Value::ofInt(3)}; };
+    const auto tight = polished(model, model.domain, point(0.5));
+    ASSERT_TRUE(tight);
+    EXPECT_NEAR((*tight)[0].asDouble(), 1.0, 1e-9);
+    EXPECT_EQ((*tight)[1].asInt(), 3);
+    EXPECT_FALSE(polished(model, model.domain, point(1.0))) << "nothing to gain";
 }
 
 TEST(Searcher, MovesAStartIntoTheDomainAndBearsDegenerateModels) {
