@@ -59,13 +59,13 @@ void BoxedLeastSquares::aim(const Problem& problem) {
         y_[j] = x_[j] / problem.scale[j];
         descent_[j] = isFree_[j] != 0 ? -gradient_[j] : 0.0;
     }
-    if (x_.size() > mostDenseColumns || !solveDirectly(problem)) iterate(problem);
+    x_.size() > mostDenseColumns ? iterate(problem) : solveDirectly(problem);
     for (std::size_t j = 0; j < x_.size(); ++j) goal_[j] = problem.scale[j] * y_[j];
 }
 
-/// y_ plus the solution of the normal equations for descent_, by Cholesky's factors.
-/// @return false: they are numerically singular.
-bool BoxedLeastSquares::solveDirectly(const Problem& problem) {
+/// y_ plus the solution of the normal equations for descent_, by Cholesky's factors. A column that
+/// depends on those before it, up to rounding, stays.
+void BoxedLeastSquares::solveDirectly(const Problem& problem) {
     const std::size_t n = x_.size();
     normal_.assign(n * n, 0.0);
     for (std::size_t i = 0; i < excess_.size(); ++i) {
@@ -74,27 +74,26 @@ bool BoxedLeastSquares::solveDirectly(const Problem& problem) {
     for (std::size_t j = 0; j < n; ++j) {
         // What is held keeps its place: 1 on the diagonal, 0 elsewhere.
         normal_[j * n + j] += isFree_[j] != 0 ? problem.damping : 1.0;
+        diagonal_[j] = normal_[j * n + j];
     }
     direction_ = descent_;
-    for (std::size_t j = 0; j < n; ++j) {
-        if (!eliminate(j)) return false;
-    }
+    for (std::size_t j = 0; j < n; ++j) eliminate(j);
     for (std::size_t i = n; i-- > 0;) {
         const double* row = normal_.data() + i * n;
         direction_[i] /= row[i];
         for (std::size_t j = 0; j < i; ++j) direction_[j] -= row[j] * direction_[i];
     }
     for (std::size_t j = 0; j < n; ++j) y_[j] += direction_[j];
-    return true;
 }
 
 /// Column `j` of Cholesky's factor, with its effect on the rest and on direction_. Rows that it
 /// does not touch cost nothing: the equations are sparse.
-bool BoxedLeastSquares::eliminate(std::size_t j) {
+void BoxedLeastSquares::eliminate(std::size_t j) {
     const std::size_t n = x_.size();
     double& pivot = normal_[j * n + j];
-    if (!(pivot > 0.0)) return false;
-    pivot = std::sqrt(pivot);
+    constexpr double rounding = 1e-13;
+    constexpr double huge = 1e100;
+    pivot = pivot > rounding * diagonal_[j] ? std::sqrt(pivot) : huge;
     direction_[j] /= pivot;
     for (std::size_t i = j + 1; i < n; ++i) scaled_[i] = normal_[i * n + j] /= pivot;
     for (std::size_t i = j + 1; i < n; ++i) {
@@ -105,7 +104,6 @@ bool BoxedLeastSquares::eliminate(std::size_t j) {
         direction_[i] -= factor * direction_[j];
         work_ += static_cast<std::int64_t>(i - j);
     }
-    return true;
 }
 
 /// Adds a row's scaled square to the lower half of normal_.
@@ -184,7 +182,7 @@ double BoxedLeastSquares::solve(const Problem& problem, std::vector<double>& x) 
     const std::size_t n = problem.scale.size();
     const std::size_t m = problem.a.nbRows();
     for (auto* columns :
-         {&x_, &trial_, &goal_, &gradient_, &y_, &direction_, &descent_, &scaled_}) {
+         {&x_, &trial_, &goal_, &gradient_, &y_, &direction_, &descent_, &scaled_, &diagonal_}) {
         columns->assign(n, 0.0);
     }
     for (auto* rows : {&excess_, &residual_, &image_}) rows->assign(m, 0.0);

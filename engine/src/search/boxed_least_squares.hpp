@@ -42,8 +42,8 @@ private:
     [[nodiscard]] bool isActive(const Problem& problem, std::size_t row) const {
         return problem.isEquation[row] != 0 || excess_[row] > 0.0;
     }
-    bool solveDirectly(const Problem& problem);
-    bool eliminate(std::size_t j);
+    void solveDirectly(const Problem& problem);
+    void eliminate(std::size_t j);
     void addSquare(const Problem& problem, std::size_t row);
     void iterate(const Problem& problem);
     double computeDescent(const Problem& problem);
@@ -57,6 +57,7 @@ private:
     double fit_ = 0.0;  ///< value_ without the damping term
 
     // Of the linear systems, in units of `scale`.
+    std::vector<double> diagonal_;                          ///< of the normal equations
     std::vector<double> normal_;                            ///< lower half, by rows
     std::vector<double> y_, direction_, descent_, scaled_;  ///< [nbColumns]
     std::vector<double> residual_, image_;                  ///< [nbRows]

@@ -39,6 +39,7 @@ void Dive::start() {
     constexpr double relaxedShare = 0.5;
     refused_.reset();
     nbRounded_ = 0;
+    nbReopenings_ = 0;
     std::vector<DecisionIndex> free = floats_;
     if (random_.chance(relaxedShare)) free.insert(free.end(), wholes_.begin(), wholes_.end());
     restoration_.start(makeStart(), makeRestrictions(), std::move(free));
@@ -88,7 +89,7 @@ bool Dive::advance() {
     }
     const bool areAllWhole = restoration_.free().size() == floats_.size();
     const bool isHopeless = restoration_.excess() > hopelessExcess;
-    if (isHopeless ? roundOtherwise() : !areAllWhole && roundNext()) return false;
+    if (isHopeless ? roundOtherwise() || reopen() : !areAllWhole && roundNext()) return false;
     isRunning_ = false;
     return areAllWhole;
 }
@@ -122,6 +123,23 @@ bool Dive::roundOtherwise() {
     if (nbRounded_ == 1) refused_ = restoration_.point()[index(freeBefore_.back())];
     nbRounded_ = (nbRounded_ + 1) / 2;
     roundLast();
+    return true;
+}
+
+/// Frees some of the decisions that were rounded.
+/// @return false: that was done often enough, or nothing was rounded.
+bool Dive::reopen() {
+    constexpr int mostReopenings = 10;
+    constexpr double share = 0.5;
+    if (nbRounded_ == 0 || ++nbReopenings_ > mostReopenings) return false;
+    std::vector<unsigned char> isFree(domain_.size(), 0);
+    for (const DecisionIndex d : restoration_.free()) isFree[index(d)] = 1;
+    std::vector<DecisionIndex> free = floats_;
+    for (const DecisionIndex d : wholes_) {
+        if (isFree[index(d)] != 0 || random_.chance(share)) free.push_back(d);
+    }
+    nbRounded_ = 0;
+    restoration_.resume(Point(restoration_.point()), std::move(free));
     return true;
 }
 

@@ -42,6 +42,7 @@ private:
     [[nodiscard]] std::vector<Restriction> makeRestrictions();
     bool roundNext();
     bool roundOtherwise();
+    bool reopen();
     void roundLast();
     [[nodiscard]] Value rounded(DecisionIndex d, double x);
 
@@ -56,6 +57,7 @@ private:
     Point before_;                           ///< before the last rounding
     std::vector<DecisionIndex> freeBefore_;  ///< then free; the last ones were rounded
     std::size_t nbRounded_ = 0;
+    int nbReopenings_ = 0;
     std::optional<Value> refused_;  ///< value that the one rounded decision did not take well
     bool isUseful_;
     bool isRunning_ = false;

@@ -9,10 +9,14 @@
 namespace engine {
 namespace {
 
-/// What the methods beside the iterations may cost, as multiples of the iterations' own work.
-constexpr double descentShare = 2.0;
-constexpr double diveShare = 0.5;
-constexpr double infeasibleDiveShare = 2.0;
+/// What the methods beside the iterations may cost, as multiples of the iterations' own work. While
+/// no feasible point is known they go before.
+struct Shares {
+    double descent;
+    double dive;
+};
+constexpr Shares feasibleShares{2.0, 0.5};
+constexpr Shares infeasibleShares{1.0, 4.0};
 /// Work of an iteration beside the values that it computes.
 constexpr double workPerIteration = 100.0;
 
@@ -86,9 +90,10 @@ void LocalSearch::run(std::int64_t nbIterations, const std::atomic<bool>& stop) 
         if (movable_.empty()) continue;
         iterate();
         const double spent = workPerIteration + static_cast<double>(work_);
-        if (descent_.isUseful()) descend(descentShare * spent);
         const bool isFeasible = best_.claimed().verdict.feasible;
-        if (dive_.isUseful()) dive((isFeasible ? diveShare : infeasibleDiveShare) * spent);
+        const Shares& shares = isFeasible ? feasibleShares : infeasibleShares;
+        if (descent_.isUseful()) descend(shares.descent * spent);
+        if (dive_.isUseful()) dive(shares.dive * spent);
     }
     if (!best_.confirm()) moveTo(best_.incumbent().point);
 }
