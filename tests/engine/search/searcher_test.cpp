@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "engine/model_builder.hpp"
+#include "engine/prove/random_models.hpp"
 #include "search/polish.hpp"
 #include "search/random.hpp"
 
@@ -339,6 +340,26 @@ TEST(Searcher, TakesObjectivesByPriority) {
     ASSERT_TRUE(best.verdict.feasible);
     EXPECT_EQ(best.verdict.objectives[0].asDouble(), 8.0);
     EXPECT_EQ(best.verdict.objectives[1].asDouble(), -2.0);
+}
+
+TEST(Searcher, KeepsDomainErrorsOutOfItsPoints) {
+    testing::RandomModels random(21);
+    for (int trial = 0; trial < 150; ++trial) {
+        std::string text = random.decisions(/*withReals=*/true) + "r: real -1e10 4.0;";
+        text += "geq(" + random.expression(3) + ",sum(log(r)," + random.linear(false) + "));";
+        text += "eq(div(" + random.expression(2) + ",r)," + random.expression(2) + ");";
+        text += "minimise sum(sqrt(r)," + random.expression(3) + ");";
+        const ClosedModel model = testing::ModelText(text).model;
+        const Incumbent best = search(model, lowerBounds(model), 400, 3);
+        for (std::size_t d = 0; d < best.point.size(); ++d) {
+            const double v = best.point[d].asDouble();
+            ASSERT_TRUE(v >= model.domain[d].lower && v <= model.domain[d].upper) << text << v;
+        }
+        std::vector<Value> values;
+        const Verdict verdict = judge(model, best.point, values);
+        ASSERT_EQ(verdict.feasible, best.verdict.feasible) << text;
+        EXPECT_TRUE(std::isfinite(best.violation)) << text;
+    }
 }
 
 TEST(Polish, MeetsEquationsMoreTightlyThanTheToleranceAsks) {
