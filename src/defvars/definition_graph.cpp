@@ -4,25 +4,20 @@
 
 namespace vex {
 
-DefinitionGraph::DefinitionGraph(ModelHandle model, const DefinedVariables& known)
-    : nmo(model),
-      definingRow(index(nmoN(model)), none),
-      definedVariable(index(nmoM(model)), none),
-      order(nmoN(model)),
-      reachedIn(index(nmoN(model)), 0),
-      dependentIn(index(nmoN(model)), 0) {
-    addKnown(known);
-}
-
-void DefinitionGraph::addKnown(const DefinedVariables& known) {
+DefinitionGraph::DefinitionGraph(ModelHandle nmo, const DefinedVariables& known)
+    : definitions(nmo),
+      order(definitions.nbVariables()),
+      landmarks(definitions),
+      reachedIn(index(definitions.nbVariables()), 0),
+      dependentIn(index(definitions.nbVariables()), 0) {
     for (const auto& [variable, equation] : known) {
         startRow(equation);
         forEachEntry(RowWalk(nmo, equation), [this](const JacobianEntry& entry) {
-            if (isDefined(entry.index)) addDefinedVariable(entry.index);
+            if (definitions.isDefined(entry.index)) addDefinedVariable(entry.index);
         });
         if (isOrdered && wouldCreateCycle(variable)) {
             isOrdered = false;
-            order = OrderList(static_cast<std::int32_t>(definingRow.size()));
+            order = OrderList(definitions.nbVariables());
         }
         define(variable);
     }
@@ -32,7 +27,7 @@ void DefinitionGraph::startRow(std::int32_t row) {
     currentRow = row;
     ++nbRowsStarted;
     firstUsed = none;
-    doneSide = Side::neither;
+    usedLandmarks = 0;
     forward.open.clear();
     forward.expanded.clear();
     forward.walk = RowWalk();
@@ -40,132 +35,149 @@ void DefinitionGraph::startRow(std::int32_t row) {
 
 void DefinitionGraph::addDefinedVariable(std::int32_t variable) {
     if (firstUsed == none || order.isBefore(variable, firstUsed)) firstUsed = variable;
-    open(variable);
+    usedLandmarks |= landmarks.usedBy(variable);
+    reach(variable);
 }
 
-void DefinitionGraph::open(std::int32_t u) {
-    if (isReached(u)) return;
-    reachedIn[index(u)] = nbRowsStarted;
-    if (!isDefined(u)) return;
-    forward.open.push_back(u);
-    std::push_heap(forward.open.begin(), forward.open.end(),
-                   [this](std::int32_t a, std::int32_t b) { return order.isBefore(b, a); });
+void DefinitionGraph::reach(std::int32_t v) {
+    if (isReached(v)) return;
+    reachedIn[index(v)] = nbRowsStarted;
+    if (!definitions.isDefined(v)) return;
+    forward.open.push_back(v);
+    std::push_heap(forward.open.begin(), forward.open.end(), laterForward());
 }
 
 bool DefinitionGraph::wouldCreateCycle(std::int32_t variable) {
-    doneSide = Side::neither;
     if (firstUsed == none) return false;
-    if (isReached(variable)) return true;
-    ++nbSearches;
-    dependentIn[index(variable)] = nbSearches;
-    backward.found.clear();
-    backward.nbExpanded = 0;
-    backward.walk = ColumnWalk(nmo, variable);
-    backward.isInFirstColumn = true;
-    backward.lastDependent = none;
+    if (isReached(variable) || (usedLandmarks & landmarks.usersOf(variable)) != 0) return true;
+    dependentIn[index(variable)] = ++nbSearches;
+    backward.open.clear();
+    backward.expanded.clear();
+    backward.walk = definitions.walkRows(variable);
+    isInFirstColumn = true;
+    lastDependent = none;
     return searchesMeet();
 }
 
 bool DefinitionGraph::searchesMeet() {
-    for (;;) {
-        if (backwardIsDone()) {
-            doneSide = Side::backward;
-            return false;
+    for (std::int64_t nbSteps = 1;; ++nbSteps) {
+        if (isInFirstColumn && backward.walk.isAtEnd()) isInFirstColumn = false;
+        if (backward.isExhausted() || forward.isExhausted() || searchesHavePassed()) return false;
+        if (stepBackward() || stepForward()) {
+            learnFromMeeting(nbSteps);
+            return true;
         }
-        if (forwardIsDone()) {
-            doneSide = Side::forward;
-            return false;
-        }
-        if (stepBackward() || stepForward()) return true;
     }
 }
 
-bool DefinitionGraph::backwardIsDone() {
-    if (!backward.walk.isAtEnd()) return false;
-    backward.isInFirstColumn = false;
-    if (backward.nbExpanded == backward.found.size()) return true;
-    backward.walk = ColumnWalk(nmo, backward.found[backward.nbExpanded++]);
-    return false;
+/// Searches that have cost as much as a walk through everything pay for a landmark.
+void DefinitionGraph::learnFromMeeting(std::int64_t nbSteps) {
+    nbFutileSteps += nbSteps;
+    if (nbFutileSteps < nbDefined || landmarks.areAllPlaced()) return;
+    landmarks.place(meetingPoint);
+    nbFutileSteps = 0;
+}
+
+/// Is everything that leads to the variable and is not looked into in front of everything that the
+/// row leads to and is not looked into?
+bool DefinitionGraph::searchesHavePassed() const {
+    return isOrdered && forward.walk.isAtEnd() && backward.walk.isAtEnd() &&
+           order.isBefore(backward.open.front(), forward.open.front());
 }
 
 /// One entry of a column. @return whether it belongs to a variable that the row depends on.
 bool DefinitionGraph::stepBackward() {
+    if (backward.walk.isAtEnd()) {
+        std::pop_heap(backward.open.begin(), backward.open.end(), laterBackward());
+        backward.expanded.push_back(backward.open.back());
+        backward.open.pop_back();
+        backward.walk = definitions.walkRows(backward.expanded.back());
+    }
     const std::int32_t i = backward.walk.next().index;
-    const std::int32_t u = i < 0 ? none : definedVariable[index(i)];
+    const std::int32_t u = i < 0 ? none : definitions.variableDefinedBy(i);
     if (u == none || isDependent(u)) return false;
     dependentIn[index(u)] = nbSearches;
-    if (backward.isInFirstColumn &&
-        (backward.lastDependent == none || order.isBefore(backward.lastDependent, u)))
-        backward.lastDependent = u;
+    if (isInFirstColumn && (lastDependent == none || order.isBefore(lastDependent, u)))
+        lastDependent = u;
     // What stands in front of all that the row uses is not used by it.
     if (isOrdered && order.isBefore(u, firstUsed)) return false;
-    backward.found.push_back(u);
+    backward.open.push_back(u);
+    std::push_heap(backward.open.begin(), backward.open.end(), laterBackward());
+    meetingPoint = u;
     return isReached(u);
-}
-
-bool DefinitionGraph::forwardIsDone() {
-    if (!forward.walk.isAtEnd()) return false;
-    if (forward.open.empty()) return true;
-    // What stands behind all that use the variable does not lead to it.
-    const std::int32_t u = forward.open.front();
-    if (isOrdered && !backward.isInFirstColumn && order.isBefore(backward.lastDependent, u))
-        return true;
-    std::pop_heap(forward.open.begin(), forward.open.end(),
-                  [this](std::int32_t a, std::int32_t b) { return order.isBefore(b, a); });
-    forward.open.pop_back();
-    forward.expanded.push_back(u);
-    forward.walk = RowWalk(nmo, rowDefining(u));
-    return false;
 }
 
 /// One entry of a row. @return whether its variable depends on the one in question.
 bool DefinitionGraph::stepForward() {
+    if (forward.walk.isAtEnd()) {
+        std::pop_heap(forward.open.begin(), forward.open.end(), laterForward());
+        forward.expanded.push_back(forward.open.back());
+        forward.open.pop_back();
+        forward.walk = definitions.walkUsed(forward.expanded.back());
+    }
     const std::int32_t w = forward.walk.next().index;
     if (w < 0) return false;
-    open(w);
+    reach(w);
+    meetingPoint = definitions.isDefined(w) ? w : forward.expanded.back();
     return isDependent(w);
 }
 
 void DefinitionGraph::define(std::int32_t variable) {
     if (isOrdered) place(variable);
-    definingRow[index(variable)] = currentRow;
-    definedVariable[index(currentRow)] = variable;
+    definitions.add(variable, currentRow);
+    ++nbDefined;
+    landmarks.learn(variable, usedLandmarks);
 }
 
 /// Places `variable` behind all that depend on it and in front of all that it depends on.
 void DefinitionGraph::place(std::int32_t variable) {
-    const auto inOrder = [this](std::int32_t a, std::int32_t b) { return order.isBefore(a, b); };
-    if (doneSide == Side::neither) {
+    if (firstUsed == none)
         order.placeLast(variable);
-    } else if (doneSide == Side::backward) {
-        std::sort(backward.found.begin(), backward.found.end(), inOrder);
-        for (const std::int32_t u : backward.found) {
-            order.remove(u);
-            order.placeBefore(u, firstUsed);
-        }
+    else if (forward.isExhausted())
+        placeBehindDependents(variable);
+    else
+        placeBetweenSearches(variable);
+}
+
+/// All that the row leads to is known and moves behind the last dependent, where it is not yet.
+void DefinitionGraph::placeBehindDependents(std::int32_t variable) {
+    if (isInFirstColumn)
+        order.placeLast(variable);  // who the last dependent is has not come out
+    else if (lastDependent == none)
         order.placeBefore(variable, firstUsed);
-    } else {
-        // Without the whole column of the variable nobody knows who uses it: behind all of them.
-        const bool knowsLast = !backward.isInFirstColumn;
-        const std::int32_t lastDependent = backward.lastDependent;
-        std::vector<std::int32_t>& moved = forward.expanded;
-        if (knowsLast) {
-            moved.erase(
-                std::remove_if(moved.begin(), moved.end(),
-                               [&](std::int32_t w) { return order.isBefore(lastDependent, w); }),
-                moved.end());
-        }
-        std::sort(moved.begin(), moved.end(), inOrder);
-        if (knowsLast)
-            order.placeAfter(variable, lastDependent);
-        else
-            order.placeLast(variable);
-        std::int32_t previous = variable;
-        for (const std::int32_t w : moved) {
-            order.remove(w);
-            order.placeAfter(w, previous);
-            previous = w;
-        }
+    else
+        order.placeAfter(variable, lastDependent);
+    std::int32_t previous = variable;
+    for (const std::int32_t w : forward.expanded) {
+        if (order.isBefore(variable, w)) continue;
+        order.remove(w);
+        order.placeAfter(w, previous);
+        previous = w;
+    }
+}
+
+/// What the searches have looked into stands in front of the first variable that the row leads to
+/// and that is not looked into entirely: at first what depends on the new variable, then the
+/// variable, then what it depends on.
+void DefinitionGraph::placeBetweenSearches(std::int32_t variable) {
+    std::vector<std::int32_t>& used = forward.expanded;
+    std::int32_t border = forward.open.empty() ? none : forward.open.front();
+    if (!forward.walk.isAtEnd()) {
+        border = used.back();
+        used.pop_back();
+    }
+    // Expanded from the end of the list on.
+    std::vector<std::int32_t>& dependents = backward.expanded;
+    std::reverse(dependents.begin(), dependents.end());
+    for (const std::int32_t u : dependents) {
+        if (order.isBefore(u, border)) continue;
+        order.remove(u);
+        order.placeBefore(u, border);
+    }
+    order.placeBefore(variable, border);
+    for (const std::int32_t w : used) {
+        order.remove(w);
+        order.placeBefore(w, border);
     }
 }
 

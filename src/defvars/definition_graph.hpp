@@ -4,7 +4,8 @@
 #include <vector>
 
 #include "defvars/defined_variables.hpp"
-#include "defvars/jacobian_walk.hpp"
+#include "defvars/definitions.hpp"
+#include "defvars/landmarks.hpp"
 #include "defvars/order_list.hpp"
 
 namespace vex {
@@ -15,11 +16,13 @@ namespace vex {
 /// in which each one is in front of all those that it depends on, as in Pearce and Kelly, "A
 /// dynamic topological sort algorithm for directed acyclic graphs" (JEA 11, 2006): a search for a
 /// cycle then stays between the first variable of the new row and the last one that depends on the
-/// new variable. Other than there, the search goes forward and backward in turn, entry by entry,
-/// and ends when one of the two is done, as in Haeupler, Kavitha, Mathew, Sen and Tarjan,
-/// "Incremental cycle detection, topological ordering, and strong component maintenance" (ACM
-/// Transactions on Algorithms 8, 2012, section 3); and only that side's variables move, which a
-/// list allows and numbers handed round do not.
+/// new variable. There it goes forward from the front and backward from the end in turn, and ends
+/// where the two pass each other, as in the compatible search of Haeupler, Kavitha, Mathew, Sen and
+/// Tarjan, "Incremental cycle detection, topological ordering, and strong component maintenance"
+/// (ACM Transactions on Algorithms 8, 2012, section 3): O(sqrt(m)) amortised steps for each of the
+/// m entries of defining rows, and a few of them mostly. Deviations: the turns are single entries,
+/// so that neither a long row nor a long column delays the end; and the candidates of one row share
+/// the forward search.
 ///
 /// Definitions given at the start may be circular among themselves. There is no order then, and
 /// searches are not narrowed.
@@ -27,18 +30,10 @@ class DefinitionGraph {
 public:
     /// @param known  is taken as it is.
     DefinitionGraph(ModelHandle nmo, const DefinedVariables& known);
+    DefinitionGraph(const DefinitionGraph&) = delete;
+    DefinitionGraph& operator=(const DefinitionGraph&) = delete;
 
-    [[nodiscard]] bool isDefined(std::int32_t variable) const {
-        return definingRow[index(variable)] != none;
-    }
-    /// Row that defines `variable`; -1 when it is not defined.
-    [[nodiscard]] std::int32_t rowDefining(std::int32_t variable) const {
-        return definingRow[index(variable)];
-    }
-    /// Variable that `row` defines; -1 when it defines none.
-    [[nodiscard]] std::int32_t variableDefinedBy(std::int32_t row) const {
-        return definedVariable[index(row)];
-    }
+    [[nodiscard]] const Definitions& all() const { return definitions; }
 
     /// From now on `wouldCreateCycle` and `define` are about `row`, which defines nothing yet.
     /// Every defined variable of the row must be added next.
@@ -51,24 +46,26 @@ public:
     void define(std::int32_t variable);
 
 private:
-    static constexpr std::int32_t none = -1;
+    static constexpr std::int32_t none = Definitions::none;
     static std::size_t index(std::int32_t v) { return static_cast<std::size_t>(v); }
 
-    /// The variables that the row depends on, as far as they were needed; serves all its tests.
-    struct ForwardSearch {
-        std::vector<std::int32_t> open;      ///< heap, the first of the list on top
-        std::vector<std::int32_t> expanded;  ///< their rows are walked, or being walked
-        RowWalk walk;
+    /// Variables that were met, most of them not yet looked into. A search looks into the one that
+    /// is first (last, for the backward search) in the list before all others.
+    template <class Walk>
+    struct Search {
+        std::vector<std::int32_t> open;      ///< heap
+        std::vector<std::int32_t> expanded;  ///< in their order, those of `walk` included
+        Walk walk;                           ///< through the entries of one of them
+        [[nodiscard]] bool isExhausted() const { return walk.isAtEnd() && open.empty(); }
     };
-    /// The variables that depend on the one in question.
-    struct BackwardSearch {
-        std::vector<std::int32_t> found;
-        std::size_t nbExpanded = 0;  ///< of `found`
-        ColumnWalk walk;
-        bool isInFirstColumn = false;       ///< `lastDependent` is not final yet
-        std::int32_t lastDependent = none;  ///< last in the list of those that use it directly
-    };
-    enum class Side { neither, forward, backward };
+
+    /// Orders the heaps: whether `b` is to be looked into before `a`.
+    [[nodiscard]] auto laterForward() const {
+        return [this](std::int32_t a, std::int32_t b) { return order.isBefore(b, a); };
+    }
+    [[nodiscard]] auto laterBackward() const {
+        return [this](std::int32_t a, std::int32_t b) { return order.isBefore(a, b); };
+    }
 
     [[nodiscard]] bool isReached(std::int32_t v) const {
         return reachedIn[index(v)] == nbRowsStarted;
@@ -76,26 +73,31 @@ private:
     [[nodiscard]] bool isDependent(std::int32_t u) const {
         return dependentIn[index(u)] == nbSearches;
     }
-    void addKnown(const DefinedVariables& known);
-    void open(std::int32_t u);
-    [[nodiscard]] bool forwardIsDone();
-    [[nodiscard]] bool backwardIsDone();
+    void reach(std::int32_t v);
+    bool searchesMeet();
+    void learnFromMeeting(std::int64_t nbSteps);
+    [[nodiscard]] bool searchesHavePassed() const;
     bool stepForward();
     bool stepBackward();
-    bool searchesMeet();
     void place(std::int32_t variable);
+    void placeBehindDependents(std::int32_t variable);
+    void placeBetweenSearches(std::int32_t variable);
 
-    ModelHandle nmo;
-    std::vector<std::int32_t> definingRow;      ///< [nbVariables] or none
-    std::vector<std::int32_t> definedVariable;  ///< [nbRows] or none
-    OrderList order;                            ///< the defined variables, if `isOrdered`
+    Definitions definitions;
+    OrderList order;  ///< the defined variables, if `isOrdered`
     bool isOrdered = true;
+    Landmarks landmarks;
+    std::int64_t nbFutileSteps = 0;  ///< of searches that met, since the last landmark was placed
+    std::int64_t nbDefined = 0;
 
     std::int32_t currentRow = none;
-    std::int32_t firstUsed = none;  ///< first in the list of the row's defined variables
-    ForwardSearch forward;
-    BackwardSearch backward;
-    Side doneSide = Side::neither;  ///< the one that ended the last test, if there was a search
+    std::int32_t firstUsed = none;      ///< first in the list of the row's defined variables
+    Landmarks::Set usedLandmarks = 0;   ///< of the row's defined variables
+    std::int32_t meetingPoint = none;   ///< defined variable where the searches met last
+    Search<RowWalk> forward;            ///< from the row's variables; serves all tests of a row
+    Search<ColumnWalk> backward;        ///< from the variable in question, through its dependents
+    bool isInFirstColumn = false;       ///< `lastDependent` is not final yet
+    std::int32_t lastDependent = none;  ///< last in the list of those that use it directly
     std::vector<std::uint32_t> reachedIn;    ///< [nbVariables] row that the variable was met for
     std::vector<std::uint32_t> dependentIn;  ///< [nbVariables] search that the variable was met in
     std::uint32_t nbRowsStarted = 0;

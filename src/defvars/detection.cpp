@@ -28,7 +28,7 @@ public:
         while (!pending.isEmpty()) settleRow(pending.takeFirst());
     }
 
-    [[nodiscard]] const DefinitionGraph& definitions() const { return graph; }
+    [[nodiscard]] const Definitions& definitions() const { return graph.all(); }
 
 private:
     void markCandidates();
@@ -53,7 +53,7 @@ void Detection::markCandidates() {
     for (std::int32_t j = 0; j < nbVariables; ++j) {
         const bool isOpen = nmoGetVarLowerOne(nmo, j) != nmoGetVarUpperOne(nmo, j) &&
                             nmoGetVarTypeOne(nmo, j) == variable_type::continuous &&
-                            !graph.isDefined(j);
+                            !graph.all().isDefined(j);
         if (!isOpen || !hasEquality(j)) continue;
         flagOf(j) = true;
         forEachEntry(ColumnWalk(nmo, j), [this](const JacobianEntry& entry) {
@@ -77,7 +77,7 @@ void Detection::fillPendingRows() {
     const std::int32_t nbRows = nmoM(nmo);
     for (std::int32_t i = 0; i < nbRows; ++i) {
         if (pending.hasSolvable(i) && nmoGetEquTypeOne(nmo, i) == equation_type::equality &&
-            graph.variableDefinedBy(i) < 0)
+            graph.all().variableDefinedBy(i) < 0)
             pending.insert(i);
     }
 }
@@ -87,7 +87,7 @@ void Detection::settleRow(std::int32_t row) {
     graph.startRow(row);
     rowsCandidates.clear();
     forEachEntry(RowWalk(nmo, row), [this](const JacobianEntry& entry) {
-        if (graph.isDefined(entry.index))
+        if (graph.all().isDefined(entry.index))
             graph.addDefinedVariable(entry.index);
         else if (flagOf(entry.index) && entry.isLinear())
             rowsCandidates.push_back(entry.index);
@@ -118,7 +118,7 @@ void findDefiningEquations(ModelHandle nmo, DefinedVariables& definedVariables,
     detection.run();
 
     // Ascending, so that a map grows at its end in O(1); what it holds already stays.
-    const DefinitionGraph& found = detection.definitions();
+    const Definitions& found = detection.definitions();
     for (std::int32_t j = 0; j < nmoN(nmo); ++j) {
         if (found.isDefined(j))
             definedVariables.emplace_hint(definedVariables.end(), j, found.rowDefining(j));
