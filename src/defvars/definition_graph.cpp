@@ -4,20 +4,17 @@
 
 namespace vex {
 
-DefinitionGraph::DefinitionGraph(ModelHandle nmo, const DefinedVariables& known)
-    : definitions(nmo),
-      order(definitions.nbVariables()),
-      landmarks(definitions),
-      reachedIn(index(definitions.nbVariables()), 0),
-      dependentIn(index(definitions.nbVariables()), 0) {
-    for (const auto& [variable, equation] : known) {
-        startRow(equation);
-        forEachEntry(RowWalk(nmo, equation), [this](const JacobianEntry& entry) {
-            if (definitions.isDefined(entry.index)) addDefinedVariable(entry.index);
-        });
+DefinitionGraph::DefinitionGraph(const Equalities& equalities, const DefinedVariables& known)
+    : jacobian(equalities),
+      definitions(equalities),
+      order(equalities.nbVariables()),
+      landmarks(definitions, equalities.nbVariables()),
+      visits(index(equalities.nbVariables())) {
+    for (const auto& [variable, row] : known) {
+        startRow(row);
         if (isOrdered && wouldCreateCycle(variable)) {
             isOrdered = false;
-            order = OrderList(definitions.nbVariables());
+            order = OrderList(equalities.nbVariables());
         }
         define(variable);
     }
@@ -30,10 +27,13 @@ void DefinitionGraph::startRow(std::int32_t row) {
     usedLandmarks = 0;
     forward.open.clear();
     forward.expanded.clear();
-    forward.walk = RowWalk();
+    forward.rest = {};
+    for (const Equalities::Entry& entry : jacobian.row(row)) {
+        if (definitions.isDefined(entry.index)) useDefinedVariable(entry.index);
+    }
 }
 
-void DefinitionGraph::addDefinedVariable(std::int32_t variable) {
+void DefinitionGraph::useDefinedVariable(std::int32_t variable) {
     if (firstUsed == none || order.isBefore(variable, firstUsed)) firstUsed = variable;
     usedLandmarks |= landmarks.usedBy(variable);
     reach(variable);
@@ -41,7 +41,7 @@ void DefinitionGraph::addDefinedVariable(std::int32_t variable) {
 
 void DefinitionGraph::reach(std::int32_t v) {
     if (isReached(v)) return;
-    reachedIn[index(v)] = nbRowsStarted;
+    visits[index(v)].reachedFor = nbRowsStarted;
     if (!definitions.isDefined(v)) return;
     forward.open.push_back(v);
     std::push_heap(forward.open.begin(), forward.open.end(), laterForward());
@@ -50,10 +50,10 @@ void DefinitionGraph::reach(std::int32_t v) {
 bool DefinitionGraph::wouldCreateCycle(std::int32_t variable) {
     if (firstUsed == none) return false;
     if (isReached(variable) || (usedLandmarks & landmarks.usersOf(variable)) != 0) return true;
-    dependentIn[index(variable)] = ++nbSearches;
+    visits[index(variable)].dependentIn = ++nbSearches;
     backward.open.clear();
     backward.expanded.clear();
-    backward.walk = definitions.walkRows(variable);
+    backward.rest = definitions.rowsOf(variable);
     isInFirstColumn = true;
     lastDependent = none;
     return searchesMeet();
@@ -61,7 +61,7 @@ bool DefinitionGraph::wouldCreateCycle(std::int32_t variable) {
 
 bool DefinitionGraph::searchesMeet() {
     for (std::int64_t nbSteps = 1;; ++nbSteps) {
-        if (isInFirstColumn && backward.walk.isAtEnd()) isInFirstColumn = false;
+        if (isInFirstColumn && backward.rest.empty()) isInFirstColumn = false;
         if (backward.isExhausted() || forward.isExhausted() || searchesHavePassed()) return false;
         if (stepBackward() || stepForward()) {
             learnFromMeeting(nbSteps);
@@ -81,22 +81,22 @@ void DefinitionGraph::learnFromMeeting(std::int64_t nbSteps) {
 /// Is everything that leads to the variable and is not looked into in front of everything that the
 /// row leads to and is not looked into?
 bool DefinitionGraph::searchesHavePassed() const {
-    return isOrdered && forward.walk.isAtEnd() && backward.walk.isAtEnd() &&
+    return isOrdered && forward.rest.empty() && backward.rest.empty() &&
            order.isBefore(backward.open.front(), forward.open.front());
 }
 
 /// One entry of a column. @return whether it belongs to a variable that the row depends on.
 bool DefinitionGraph::stepBackward() {
-    if (backward.walk.isAtEnd()) {
+    if (backward.rest.empty()) {
         std::pop_heap(backward.open.begin(), backward.open.end(), laterBackward());
         backward.expanded.push_back(backward.open.back());
         backward.open.pop_back();
-        backward.walk = definitions.walkRows(backward.expanded.back());
+        backward.rest = definitions.rowsOf(backward.expanded.back());
+        if (backward.rest.empty()) return false;
     }
-    const std::int32_t i = backward.walk.next().index;
-    const std::int32_t u = i < 0 ? none : definitions.variableDefinedBy(i);
+    const std::int32_t u = definitions.variableDefinedBy(backward.takeEntry());
     if (u == none || isDependent(u)) return false;
-    dependentIn[index(u)] = nbSearches;
+    visits[index(u)].dependentIn = nbSearches;
     if (isInFirstColumn && (lastDependent == none || order.isBefore(lastDependent, u)))
         lastDependent = u;
     // What stands in front of all that the row uses is not used by it.
@@ -109,14 +109,14 @@ bool DefinitionGraph::stepBackward() {
 
 /// One entry of a row. @return whether its variable depends on the one in question.
 bool DefinitionGraph::stepForward() {
-    if (forward.walk.isAtEnd()) {
+    if (forward.rest.empty()) {
         std::pop_heap(forward.open.begin(), forward.open.end(), laterForward());
         forward.expanded.push_back(forward.open.back());
         forward.open.pop_back();
-        forward.walk = definitions.walkUsed(forward.expanded.back());
+        forward.rest = definitions.used(forward.expanded.back());
+        if (forward.rest.empty()) return false;
     }
-    const std::int32_t w = forward.walk.next().index;
-    if (w < 0) return false;
+    const std::int32_t w = forward.takeEntry();
     reach(w);
     meetingPoint = definitions.isDefined(w) ? w : forward.expanded.back();
     return isDependent(w);
@@ -162,7 +162,7 @@ void DefinitionGraph::placeBehindDependents(std::int32_t variable) {
 void DefinitionGraph::placeBetweenSearches(std::int32_t variable) {
     std::vector<std::int32_t>& used = forward.expanded;
     std::int32_t border = forward.open.empty() ? none : forward.open.front();
-    if (!forward.walk.isAtEnd()) {
+    if (!forward.rest.empty()) {
         border = used.back();
         used.pop_back();
     }

@@ -5,6 +5,7 @@
 
 #include "defvars/defined_variables.hpp"
 #include "defvars/definitions.hpp"
+#include "defvars/equalities.hpp"
 #include "defvars/landmarks.hpp"
 #include "defvars/order_list.hpp"
 
@@ -28,17 +29,16 @@ namespace vex {
 /// searches are not narrowed.
 class DefinitionGraph {
 public:
-    /// @param known  is taken as it is.
-    DefinitionGraph(ModelHandle nmo, const DefinedVariables& known);
+    /// @param equalities  outlives this object; with the rows of `known`.
+    /// @param known       is taken as it is.
+    DefinitionGraph(const Equalities& equalities, const DefinedVariables& known);
     DefinitionGraph(const DefinitionGraph&) = delete;
     DefinitionGraph& operator=(const DefinitionGraph&) = delete;
 
     [[nodiscard]] const Definitions& all() const { return definitions; }
 
     /// From now on `wouldCreateCycle` and `define` are about `row`, which defines nothing yet.
-    /// Every defined variable of the row must be added next.
     void startRow(std::int32_t row);
-    void addDefinedVariable(std::int32_t variable);
 
     /// Would defining `variable`, which is not defined, by the row make it depend on itself?
     bool wouldCreateCycle(std::int32_t variable);
@@ -51,12 +51,22 @@ private:
 
     /// Variables that were met, most of them not yet looked into. A search looks into the one that
     /// is first (last, for the backward search) in the list before all others.
-    template <class Walk>
     struct Search {
         std::vector<std::int32_t> open;      ///< heap
-        std::vector<std::int32_t> expanded;  ///< in their order, those of `walk` included
-        Walk walk;                           ///< through the entries of one of them
-        [[nodiscard]] bool isExhausted() const { return walk.isAtEnd() && open.empty(); }
+        std::vector<std::int32_t> expanded;  ///< in their order, that of `rest` included
+        Equalities::Entries rest;            ///< of the one that was last looked into
+        [[nodiscard]] bool isExhausted() const { return rest.empty() && open.empty(); }
+        std::int32_t takeEntry() {
+            const std::int32_t entry = rest.front().index;
+            rest = rest.subspan(1);
+            return entry;
+        }
+    };
+
+    /// When a variable was met last.
+    struct Visit {
+        std::uint32_t reachedFor = 0;   ///< number of the row, by the forward search
+        std::uint32_t dependentIn = 0;  ///< number of the test, by the backward search
     };
 
     /// Orders the heaps: whether `b` is to be looked into before `a`.
@@ -68,11 +78,12 @@ private:
     }
 
     [[nodiscard]] bool isReached(std::int32_t v) const {
-        return reachedIn[index(v)] == nbRowsStarted;
+        return visits[index(v)].reachedFor == nbRowsStarted;
     }
     [[nodiscard]] bool isDependent(std::int32_t u) const {
-        return dependentIn[index(u)] == nbSearches;
+        return visits[index(u)].dependentIn == nbSearches;
     }
+    void useDefinedVariable(std::int32_t variable);
     void reach(std::int32_t v);
     bool searchesMeet();
     void learnFromMeeting(std::int64_t nbSteps);
@@ -83,6 +94,7 @@ private:
     void placeBehindDependents(std::int32_t variable);
     void placeBetweenSearches(std::int32_t variable);
 
+    const Equalities& jacobian;
     Definitions definitions;
     OrderList order;  ///< the defined variables, if `isOrdered`
     bool isOrdered = true;
@@ -94,12 +106,11 @@ private:
     std::int32_t firstUsed = none;      ///< first in the list of the row's defined variables
     Landmarks::Set usedLandmarks = 0;   ///< of the row's defined variables
     std::int32_t meetingPoint = none;   ///< defined variable where the searches met last
-    Search<RowWalk> forward;            ///< from the row's variables; serves all tests of a row
-    Search<ColumnWalk> backward;        ///< from the variable in question, through its dependents
+    Search forward;                     ///< from the row's variables; serves all tests of a row
+    Search backward;                    ///< from the variable in question, through its dependents
     bool isInFirstColumn = false;       ///< `lastDependent` is not final yet
     std::int32_t lastDependent = none;  ///< last in the list of those that use it directly
-    std::vector<std::uint32_t> reachedIn;    ///< [nbVariables] row that the variable was met for
-    std::vector<std::uint32_t> dependentIn;  ///< [nbVariables] search that the variable was met in
+    std::vector<Visit> visits;          ///< [nbVariables]
     std::uint32_t nbRowsStarted = 0;
     std::uint32_t nbSearches = 0;
 };

@@ -4,23 +4,21 @@
 #include <cstdint>
 #include <vector>
 
-#include "defvars/jacobian_walk.hpp"
+#include "defvars/equalities.hpp"
 
 namespace vex {
 
-/// Which variable is defined by which row, in both directions, and the walks between them.
+/// Which variable is defined by which row, and the ways between defined variables.
 class Definitions {
 public:
     static constexpr std::int32_t none = -1;
 
-    explicit Definitions(ModelHandle model)
-        : nmo(model),
-          rows(static_cast<std::size_t>(nmoN(model)), none),
-          variables(static_cast<std::size_t>(nmoM(model)), none) {}
+    /// @param equalities  outlives this object.
+    explicit Definitions(const Equalities& equalities)
+        : jacobian(equalities),
+          rows(static_cast<std::size_t>(equalities.nbVariables()), none),
+          variables(static_cast<std::size_t>(equalities.nbRows()), none) {}
 
-    [[nodiscard]] std::int32_t nbVariables() const {
-        return static_cast<std::int32_t>(rows.size());
-    }
     [[nodiscard]] bool isDefined(std::int32_t variable) const {
         return rowDefining(variable) != none;
     }
@@ -37,15 +35,18 @@ public:
         variables[static_cast<std::size_t>(row)] = variable;
     }
 
-    /// Walk over the variables that a defined variable uses; it is itself one of them mostly.
-    [[nodiscard]] RowWalk walkUsed(std::int32_t variable) const {
-        return {nmo, rowDefining(variable)};
+    /// The variables that a defined variable uses. It should be one of them itself, but a row given
+    /// from outside may be any, even an empty one.
+    [[nodiscard]] Equalities::Entries used(std::int32_t variable) const {
+        return jacobian.row(rowDefining(variable));
     }
-    /// Walk over the rows of a variable, of which those that define something are its users.
-    [[nodiscard]] ColumnWalk walkRows(std::int32_t variable) const { return {nmo, variable}; }
+    /// The rows with `variable`; those that define something define its users.
+    [[nodiscard]] Equalities::Entries rowsOf(std::int32_t variable) const {
+        return jacobian.column(variable);
+    }
 
 private:
-    ModelHandle nmo;
+    const Equalities& jacobian;
     std::vector<std::int32_t> rows;       ///< [nbVariables]
     std::vector<std::int32_t> variables;  ///< [nbRows]
 };

@@ -1,11 +1,13 @@
 #include "defvars/detection.hpp"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "defvars/definition_graph.hpp"
-#include "defvars/jacobian_walk.hpp"
+#include "defvars/definitions.hpp"
+#include "defvars/equalities.hpp"
 #include "defvars/pending_rows.hpp"
 #include "host/operations.hpp"
 
@@ -18,9 +20,10 @@ class Detection {
 public:
     Detection(ModelHandle model, const DefinedVariables& known)
         : nmo(model),
-          graph(model, known),
-          pending(nmoM(model)),
-          isCandidate(static_cast<std::size_t>(nmoN(model)), false) {}
+          equalities(model, known),
+          graph(equalities, known),
+          pending(equalities.nbRows()),
+          isCandidate(static_cast<std::size_t>(equalities.nbVariables()), false) {}
 
     void run() {
         markCandidates();
@@ -32,79 +35,64 @@ public:
 
 private:
     void markCandidates();
+    [[nodiscard]] bool canBeCandidate(std::int32_t variable) const;
     void fillPendingRows();
     void settleRow(std::int32_t row);
-    void choose(std::int32_t variable);
-    [[nodiscard]] bool hasEquality(std::int32_t variable) const;
-
-    [[nodiscard]] auto flagOf(std::int32_t variable) {
-        return isCandidate[static_cast<std::size_t>(variable)];
-    }
+    void define(std::int32_t variable);
 
     ModelHandle nmo;
+    Equalities equalities;
     DefinitionGraph graph;
     PendingRows pending;
-    std::vector<bool> isCandidate;             ///< [nbVariables]
-    std::vector<std::int32_t> rowsCandidates;  ///< of one row, in its order
+    std::vector<bool> isCandidate;  ///< [nbVariables]
 };
 
 void Detection::markCandidates() {
-    const auto nbVariables = static_cast<std::int32_t>(isCandidate.size());
-    for (std::int32_t j = 0; j < nbVariables; ++j) {
-        const bool isOpen = nmoGetVarLowerOne(nmo, j) != nmoGetVarUpperOne(nmo, j) &&
-                            nmoGetVarTypeOne(nmo, j) == variable_type::continuous &&
-                            !graph.all().isDefined(j);
-        if (!isOpen || !hasEquality(j)) continue;
-        flagOf(j) = true;
-        forEachEntry(ColumnWalk(nmo, j), [this](const JacobianEntry& entry) {
-            pending.countCandidate(entry.index, entry.canBeSolvedFor());
-        });
-    }
+    for (std::size_t j = 0; j < isCandidate.size(); ++j)
+        isCandidate[j] = canBeCandidate(static_cast<std::int32_t>(j));
 }
 
-/// Is there an equality that can be solved for the variable?
-bool Detection::hasEquality(std::int32_t variable) const {
-    for (ColumnWalk walk(nmo, variable); !walk.isAtEnd();) {
-        const JacobianEntry entry = walk.next();
-        if (entry.index >= 0 && entry.canBeSolvedFor() &&
-            nmoGetEquTypeOne(nmo, entry.index) == equation_type::equality)
-            return true;
-    }
-    return false;
+bool Detection::canBeCandidate(std::int32_t variable) const {
+    if (nmoGetVarLowerOne(nmo, variable) == nmoGetVarUpperOne(nmo, variable) ||
+        nmoGetVarTypeOne(nmo, variable) != variable_type::continuous ||
+        definitions().isDefined(variable))
+        return false;
+    const Equalities::Entries column = equalities.column(variable);
+    return std::any_of(column.begin(), column.end(), [this](const Equalities::Entry& entry) {
+        return entry.canBeSolvedFor && equalities.isEquality(entry.index);
+    });
 }
 
 void Detection::fillPendingRows() {
-    const std::int32_t nbRows = nmoM(nmo);
-    for (std::int32_t i = 0; i < nbRows; ++i) {
-        if (pending.hasSolvable(i) && nmoGetEquTypeOne(nmo, i) == equation_type::equality &&
-            graph.all().variableDefinedBy(i) < 0)
-            pending.insert(i);
+    for (std::int32_t i = 0; i < equalities.nbRows(); ++i) {
+        if (!equalities.isEquality(i) || definitions().variableDefinedBy(i) != Definitions::none)
+            continue;
+        for (const Equalities::Entry& entry : equalities.row(i)) {
+            if (isCandidate[static_cast<std::size_t>(entry.index)])
+                pending.countCandidate(i, entry.canBeSolvedFor);
+        }
+        if (pending.hasSolvable(i)) pending.insert(i);
     }
 }
 
-/// Lets the row define its first candidate that closes no cycle, if there is one.
+/// Lets the row define its first candidate that closes no cycle, if there is one. The size of the
+/// coefficient no longer matters: the row's function is built from it, or setup refuses it.
 void Detection::settleRow(std::int32_t row) {
     graph.startRow(row);
-    rowsCandidates.clear();
-    forEachEntry(RowWalk(nmo, row), [this](const JacobianEntry& entry) {
-        if (graph.all().isDefined(entry.index))
-            graph.addDefinedVariable(entry.index);
-        else if (flagOf(entry.index) && entry.isLinear())
-            rowsCandidates.push_back(entry.index);
-    });
-    for (const std::int32_t variable : rowsCandidates) {
-        if (graph.wouldCreateCycle(variable)) continue;
-        choose(variable);
-        return;
+    for (const Equalities::Entry& entry : equalities.row(row)) {
+        if (entry.isLinear && isCandidate[static_cast<std::size_t>(entry.index)] &&
+            !graph.wouldCreateCycle(entry.index)) {
+            define(entry.index);
+            return;
+        }
     }
 }
 
-void Detection::choose(std::int32_t variable) {
+void Detection::define(std::int32_t variable) {
     graph.define(variable);
-    flagOf(variable) = false;
-    forEachEntry(ColumnWalk(nmo, variable), [this](const JacobianEntry& entry) {
-        pending.uncountCandidate(entry.index, entry.canBeSolvedFor());
-    });
+    isCandidate[static_cast<std::size_t>(variable)] = false;
+    for (const Equalities::Entry& entry : equalities.column(variable))
+        pending.uncountCandidate(entry.index, entry.canBeSolvedFor);
 }
 
 }  // namespace

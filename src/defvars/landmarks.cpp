@@ -4,8 +4,8 @@ namespace vex {
 
 void Landmarks::place(std::int32_t variable) {
     if (used.empty()) {
-        used.assign(static_cast<std::size_t>(definitions.nbVariables()), 0);
-        users.assign(static_cast<std::size_t>(definitions.nbVariables()), 0);
+        used.assign(nbVariables, 0);
+        users.assign(nbVariables, 0);
     }
     const Set landmark = Set{1} << nbPlaced++;
     add(used, variable, landmark);
@@ -34,10 +34,10 @@ void Landmarks::tellUsers() {
     while (!learned.empty()) {
         const std::int32_t variable = learned.back();
         learned.pop_back();
-        forEachEntry(definitions.walkRows(variable), [&](const JacobianEntry& entry) {
+        for (const Equalities::Entry& entry : definitions.rowsOf(variable)) {
             const std::int32_t user = definitions.variableDefinedBy(entry.index);
             if (user != Definitions::none) add(used, user, usedBy(variable));
-        });
+        }
     }
 }
 
@@ -46,9 +46,8 @@ void Landmarks::tellUsed() {
         const std::int32_t variable = learned.back();
         learned.pop_back();
         if (!definitions.isDefined(variable)) continue;
-        forEachEntry(definitions.walkUsed(variable), [&](const JacobianEntry& entry) {
+        for (const Equalities::Entry& entry : definitions.used(variable))
             add(users, entry.index, usersOf(variable));
-        });
     }
 }
 

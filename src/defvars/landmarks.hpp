@@ -18,7 +18,9 @@ public:
     /// A set of landmarks, one bit each.
     using Set = std::uint64_t;
 
-    explicit Landmarks(const Definitions& allDefinitions) : definitions(allDefinitions) {}
+    /// @param allDefinitions  outlive this object.
+    Landmarks(const Definitions& allDefinitions, std::int32_t variableCount)
+        : definitions(allDefinitions), nbVariables(static_cast<std::size_t>(variableCount)) {}
 
     [[nodiscard]] bool areAllPlaced() const { return nbPlaced == 64; }
     /// Makes a defined variable a landmark. Not when all are placed.
@@ -41,6 +43,7 @@ private:
     void tellUsed();
 
     const Definitions& definitions;
+    std::size_t nbVariables;
     int nbPlaced = 0;
     std::vector<Set> used;              ///< [nbVariables], empty before the first landmark
     std::vector<Set> users;             ///< [nbVariables], empty before the first landmark

@@ -19,38 +19,31 @@ constexpr double sparseBase = 1.5;
 
 }  // namespace
 
-OrderList::OrderList(std::int32_t nbVariables)
-    : numbers(index(nbVariables), 0),
-      before(index(nbVariables), none),
-      after(index(nbVariables), none) {}
-
 void OrderList::remove(std::int32_t v) {
-    const std::int32_t left = before[index(v)];
-    const std::int32_t right = after[index(v)];
-    (left == none ? first : after[index(left)]) = right;
-    (right == none ? last : before[index(right)]) = left;
+    const std::int32_t left = at(v).before;
+    const std::int32_t right = at(v).after;
+    (left == none ? first : at(left).after) = right;
+    (right == none ? last : at(right).before) = left;
 }
 
 /// How much larger the right neighbour's number is than the left one's.
 std::uint64_t OrderList::room(std::int32_t left, std::int32_t right) const {
-    return (right == none ? endOfNumbers : numbers[index(right)]) -
-           (left == none ? 0 : numbers[index(left)]);
+    return (right == none ? endOfNumbers : at(right).number) - (left == none ? 0 : at(left).number);
 }
 
 void OrderList::placeBetween(std::int32_t left, std::int32_t v, std::int32_t right) {
     if (room(left, right) < 2) spreadAround(left == none ? right : left);
     const std::uint64_t half = room(left, right) / 2;
     if (left != none)
-        numbers[index(v)] =
-            numbers[index(left)] + (right == none ? std::min(half, usualGap) : half);
+        at(v).number = at(left).number + (right == none ? std::min(half, usualGap) : half);
     else if (right != none)
-        numbers[index(v)] = numbers[index(right)] - std::min(half, usualGap);
+        at(v).number = at(right).number - std::min(half, usualGap);
     else
-        numbers[index(v)] = endOfNumbers / 2;
-    before[index(v)] = left;
-    after[index(v)] = right;
-    (left == none ? first : after[index(left)]) = v;
-    (right == none ? last : before[index(right)]) = v;
+        at(v).number = endOfNumbers / 2;
+    at(v).before = left;
+    at(v).after = right;
+    (left == none ? first : at(left).after) = v;
+    (right == none ? last : at(right).before) = v;
 }
 
 /// Gives even distances to the members of the smallest sparse enough range of numbers, aligned to
@@ -63,19 +56,17 @@ void OrderList::spreadAround(std::int32_t v) {
     for (int k = 2; k <= nbNumberBits; ++k) {
         nbAllowed *= sparseBase;
         const std::uint64_t size = std::uint64_t{1} << k;
-        const std::uint64_t begin = numbers[index(v)] & ~(size - 1);
-        for (; before[index(left)] != none && numbers[index(before[index(left)])] >= begin;
-             ++nbMembers)
-            left = before[index(left)];
-        for (; after[index(right)] != none && numbers[index(after[index(right)])] - begin < size;
-             ++nbMembers)
-            right = after[index(right)];
+        const std::uint64_t begin = at(v).number & ~(size - 1);
+        for (; at(left).before != none && at(at(left).before).number >= begin; ++nbMembers)
+            left = at(left).before;
+        for (; at(right).after != none && at(at(right).after).number - begin < size; ++nbMembers)
+            right = at(right).after;
         const std::uint64_t distance = size / (nbMembers + 1);
         if (static_cast<double>(nbMembers) > nbAllowed || distance < 4) continue;
         std::uint64_t number = begin;
-        for (std::int32_t u = left;; u = after[index(u)]) {
+        for (std::int32_t u = left;; u = at(u).after) {
             number += distance;
-            numbers[index(u)] = number;
+            at(u).number = number;
             if (u == right) return;
         }
     }

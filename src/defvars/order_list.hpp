@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -13,32 +14,38 @@ namespace vex {
 /// maintaining order in a list", ESA 2002, section 2).
 class OrderList {
 public:
-    explicit OrderList(std::int32_t nbVariables);
+    explicit OrderList(std::int32_t nbVariables) : members(static_cast<std::size_t>(nbVariables)) {}
 
     /// Places variable `v`, which is not in the list, behind all others.
     void placeLast(std::int32_t v) { placeBetween(last, v, none); }
-    /// Places `v`, which is not in the list, directly in front of (behind) member `at`.
-    void placeBefore(std::int32_t v, std::int32_t at) { placeBetween(before[index(at)], v, at); }
-    void placeAfter(std::int32_t v, std::int32_t at) { placeBetween(at, v, after[index(at)]); }
+    /// Places `v`, which is not in the list, directly in front of (behind) member `u`.
+    void placeBefore(std::int32_t v, std::int32_t u) { placeBetween(at(u).before, v, u); }
+    void placeAfter(std::int32_t v, std::int32_t u) { placeBetween(u, v, at(u).after); }
     void remove(std::int32_t v);
 
     /// Is member `u` in front of member `v`? Variables that were never placed are all equal.
     [[nodiscard]] bool isBefore(std::int32_t u, std::int32_t v) const {
-        return numbers[index(u)] < numbers[index(v)];
+        return at(u).number < at(v).number;
     }
 
 private:
     static constexpr std::int32_t none = -1;
 
-    static std::size_t index(std::int32_t v) { return static_cast<std::size_t>(v); }
+    struct Member {
+        std::uint64_t number = 0;  ///< ascending along the list; 0: never placed
+        std::int32_t before = none;
+        std::int32_t after = none;
+    };
+
+    [[nodiscard]] Member& at(std::int32_t v) { return members[static_cast<std::size_t>(v)]; }
+    [[nodiscard]] const Member& at(std::int32_t v) const {
+        return members[static_cast<std::size_t>(v)];
+    }
     [[nodiscard]] std::uint64_t room(std::int32_t left, std::int32_t right) const;
     void placeBetween(std::int32_t left, std::int32_t v, std::int32_t right);
     void spreadAround(std::int32_t v);
 
-    std::vector<std::uint64_t>
-        numbers;                       ///< [nbVariables] ascending along the list; 0: never placed
-    std::vector<std::int32_t> before;  ///< [nbVariables] neighbour or none
-    std::vector<std::int32_t> after;   ///< [nbVariables] neighbour or none
+    std::vector<Member> members;  ///< [nbVariables]
     std::int32_t first = none;
     std::int32_t last = none;
 };

@@ -1,0 +1,58 @@
+#include "defvars/equalities.hpp"
+
+#include <cmath>
+
+#include "host/operations.hpp"
+
+namespace vex {
+
+namespace {
+
+/// No equation is solved for a variable whose coefficient is not larger than this.
+constexpr double negligible = 1e-100;
+
+}  // namespace
+
+Equalities::Equalities(ModelHandle nmo, const DefinedVariables& known)
+    : equality(static_cast<std::size_t>(nmoM(nmo))),
+      rowStarts(1, 0),
+      columnStarts(static_cast<std::size_t>(nmoN(nmo)) + 1, 0) {
+    std::vector<bool> isRead(equality.size(), false);
+    for (const auto& [variable, row] : known) isRead[static_cast<std::size_t>(row)] = true;
+    rowStarts.reserve(equality.size() + 1);
+    for (std::size_t at = 0; at < equality.size(); ++at) {
+        const auto i = static_cast<std::int32_t>(at);
+        equality[at] = nmoGetEquTypeOne(nmo, i) == equation_type::equality;
+        if (equality[at] || isRead[at]) readRow(nmo, i);
+        rowStarts.push_back(rowEntries.size());
+    }
+    transpose();
+}
+
+void Equalities::readRow(ModelHandle nmo, std::int32_t i) {
+    void* cursor = nullptr;
+    do {
+        double value = 0.0;
+        std::int32_t variable = -1;
+        std::int32_t nonlinear = 0;
+        nmoGetRowJacInfoOne(nmo, i, &cursor, &value, &variable, &nonlinear);
+        if (variable < 0) return;
+        const bool isLinear = nonlinear == 0;
+        rowEntries.push_back({variable, isLinear, isLinear && std::abs(value) > negligible});
+    } while (cursor != nullptr);
+}
+
+void Equalities::transpose() {
+    for (const Entry& entry : rowEntries) ++columnStarts[static_cast<std::size_t>(entry.index) + 1];
+    for (std::size_t j = 1; j < columnStarts.size(); ++j) columnStarts[j] += columnStarts[j - 1];
+    columnEntries.resize(rowEntries.size());
+    Starts next(columnStarts.begin(), columnStarts.end() - 1);
+    for (std::int32_t i = 0; i < nbRows(); ++i) {
+        for (const auto& [variable, isLinear, canBeSolvedFor] : row(i)) {
+            std::size_t& place = next[static_cast<std::size_t>(variable)];
+            columnEntries[place++] = {i, isLinear, canBeSolvedFor};
+        }
+    }
+}
+
+}  // namespace vex

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "defvars/defined_variables.hpp"
+#include "host/codes.hpp"
+
+namespace vex {
+
+/// The equalities of an instance by rows and by columns, read from the host once.
+class Equalities {
+public:
+    /// An entry of a row or of a column.
+    struct Entry {
+        std::int32_t index = -1;      ///< variable of a row's entry, row of a column's
+        bool isLinear = false;        ///< the variable occurs in the row's linear part alone
+        bool canBeSolvedFor = false;  ///< linear, and the coefficient is not negligible
+    };
+    using Entries = std::span<const Entry>;
+
+    /// @param known  rows that are read too, whatever their type.
+    Equalities(ModelHandle nmo, const DefinedVariables& known);
+
+    [[nodiscard]] std::int32_t nbVariables() const { return nbOf(columnStarts); }
+    [[nodiscard]] std::int32_t nbRows() const { return nbOf(rowStarts); }
+    [[nodiscard]] bool isEquality(std::int32_t i) const {
+        return equality[static_cast<std::size_t>(i)];
+    }
+
+    /// In the host's order; without entries for a row that is not read.
+    [[nodiscard]] Entries row(std::int32_t i) const { return entries(rowEntries, rowStarts, i); }
+    /// The entries in rows that are read, ascending.
+    [[nodiscard]] Entries column(std::int32_t j) const {
+        return entries(columnEntries, columnStarts, j);
+    }
+
+private:
+    using Starts = std::vector<std::size_t>;
+
+    static std::int32_t nbOf(const Starts& starts) {
+        return static_cast<std::int32_t>(starts.size()) - 1;
+    }
+    static Entries entries(const std::vector<Entry>& all, const Starts& starts, std::int32_t k) {
+        const auto at = static_cast<std::size_t>(k);
+        return {all.data() + starts[at], all.data() + starts[at + 1]};
+    }
+    void readRow(ModelHandle nmo, std::int32_t i);
+    void transpose();
+
+    std::vector<bool> equality;  ///< [nbRows]
+    Starts rowStarts;            ///< [nbRows + 1]
+    Starts columnStarts;         ///< [nbVariables + 1]
+    std::vector<Entry> rowEntries;
+    std::vector<Entry> columnEntries;
+};
+
+}  // namespace vex
