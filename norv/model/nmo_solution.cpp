@@ -75,7 +75,7 @@ std::int32_t resolvePairs(const ModelRecord& model, hostapi::OptionHandle option
             ++nbFailed;
             if (model.environment != nullptr)
                 norv::writeLogAndStatus(*model.environment,
-                                        std::string("defvar: ") + failure.what() + ".\n");
+                                        pair.place + ": defvar: " + failure.what() + ".\n");
         }
     }
     norv::deliver(nbPairs, nbResolved);

@@ -127,7 +127,7 @@ bool OptionRecord::readFile(const std::string& path) {
 bool OptionRecord::takeSetting(std::string_view text, const std::string& place) {
     const std::string_view name = takeName(text);
     try {
-        setFromWords(name, norv::splitWords(text));
+        setFromWords(name, norv::splitWords(text), place);
         return true;
     } catch (const OptionError& error) {
         const norv::OptionDefinition* option = findOption(definitions, name);

@@ -100,7 +100,8 @@ bool OptionRecord::isSet(std::string_view name) const noexcept {
            settings[static_cast<std::size_t>(option - definitions.data())].isSet;
 }
 
-void OptionRecord::setFromWords(std::string_view name, const std::vector<std::string>& words) {
+void OptionRecord::setFromWords(std::string_view name, const std::vector<std::string>& words,
+                                const std::string& place) {
     const OptionDefinition* option = findOption(definitions, name);
     if (option == nullptr) throw unknownOption(definitions, name);
     const bool takesPair = option->type == OptionType::pairs;
@@ -112,7 +113,7 @@ void OptionRecord::setFromWords(std::string_view name, const std::vector<std::st
                           "option " + option->name + ": " + norv::excerpt(words.back()) +
                               " stands after the value; a value with blanks needs quotes");
     if (takesPair) {
-        pairs.push_back({words[0], words[1]});
+        pairs.push_back({words[0], words[1], place});
         settingFor(*option).isSet = true;
         return;
     }

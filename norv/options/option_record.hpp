@@ -47,8 +47,10 @@ struct OptionRecord {
     void setInteger(std::string_view name, std::int32_t value);
     [[nodiscard]] bool isSet(std::string_view name) const noexcept;
     /// Takes a value or a pair for an option of any type, as words of a file.
+    /// @param place  where the words stand.
     /// @throws norv::OptionError
-    void setFromWords(std::string_view name, const std::vector<std::string>& words);
+    void setFromWords(std::string_view name, const std::vector<std::string>& words,
+                      const std::string& place);
 
 private:
     [[nodiscard]] norv::Setting& settingFor(const norv::OptionDefinition& option) noexcept;

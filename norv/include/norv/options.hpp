@@ -21,6 +21,7 @@ struct OptionMessage {
 struct DefinedVariablePair {
     std::string variable;
     std::string equation;
+    std::string place;  ///< where it was set, in front of messages: "file:line"
 };
 
 /// What a user is told about an option.

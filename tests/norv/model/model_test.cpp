@@ -343,16 +343,19 @@ TEST(DefinedVariables, AreResolvedByNameOrReported) {
         {"an unknown variable",
          {"y e1", "x last"},
          {1},
-         "defvar: the model has no variable \"y\".\n"},
-        {"names keep their case", {"x E1"}, {}, "defvar: the model has no equation \"E1\".\n"},
+         "my.opt:7: defvar: the model has no variable \"y\".\n"},
+        {"names keep their case",
+         {"x E1"},
+         {},
+         "my.opt:7: defvar: the model has no equation \"E1\".\n"},
         {"an ambiguous name",
          {"x2 twice"},
          {},
-         "defvar: the model has several equations \"twice\".\n"},
+         "my.opt:7: defvar: the model has several equations \"twice\".\n"},
         {"a row that is gone",
          {"x gone"},
          {},
-         "defvar: equation \"gone\" is a free row and defines nothing.\n"},
+         "my.opt:7: defvar: equation \"gone\" is a free row and defines nothing.\n"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -369,7 +372,7 @@ TEST(DefinedVariables, AreResolvedByNameOrReported) {
         hub().nmoSetNRowPerm(model.handle());
         norv::Options options;
         ASSERT_TRUE(options.readDefinition(NORV_DEFINITION_FILE));
-        for (const auto& pair : c.pairs) ASSERT_TRUE(options.set("defvar " + pair, "test"));
+        for (const auto& pair : c.pairs) ASSERT_TRUE(options.set("defvar " + pair, "my.opt:7"));
         std::int32_t nbPairs = -1, rows[2], variables[2];
         const auto result = hub().nmoGetVarEquMap(model.handle(), 1, options.handle(), 0, &nbPairs,
                                                   rows, variables, nullptr);

@@ -95,7 +95,8 @@ TEST(OptionFile, AcceptsEveryFormOfASetting) {
     std::int32_t nbErrors = -1;
     ASSERT_EQ(opt().optVarEquMapCount(o.handle, hostapi::variableEquationMap, &nbErrors), 2);
     EXPECT_EQ(nbErrors, 0);
-    EXPECT_EQ(pairs[0].variable + "|" + pairs[0].equation, "x|row 1");
+    EXPECT_EQ(pairs[0].variable + "|" + pairs[0].equation + "|" + pairs[0].place,
+              "x|row 1|" + file.path + ":10");
     EXPECT_EQ(pairs[1].variable + "|" + pairs[1].equation, "y|row2");
     EXPECT_EQ(opt().optVarEquMapCount(o.handle, 2, nullptr), 0);
 }
