@@ -124,7 +124,16 @@ void NorvLocalSolver::defineVariable(std::int32_t j, std::int32_t equation) {
     const LSExpression excess =
         makeLinearCombination(1.0, f, /*xExtendable=*/true, 0.0, LSExpression(),
                               /*yExtendable=*/true, -nmoGetRhsOne(nmo, equation));
-    const LSExpression x = scaleExpression(excess, /*extendable=*/true, -1.0 / coefficient);
+    const double factor = -1.0 / coefficient;
+    if (!std::isfinite(factor)) {
+        char equationName[longestText + 1];
+        throw translationError(__LINE__, thisMethod,
+                               std::string("Coefficient of defined variable ") +
+                                   nmoGetVarNameOne(nmo, j, textBuf) + " in equation " +
+                                   nmoGetEquNameOne(nmo, equation, equationName) +
+                                   " is too small to solve the equation for the variable.");
+    }
+    const LSExpression x = scaleExpression(excess, /*extendable=*/true, factor);
     variables[static_cast<std::size_t>(j)] = x;
     definitions.insert(x.getIndex());
     varsInProgress.erase(j);
