@@ -11,6 +11,14 @@ namespace {
 /// No equation is solved for a variable whose coefficient is not larger than this.
 constexpr double negligible = 1e-100;
 
+std::size_t nbEntriesOf(ModelHandle nmo, std::int32_t i) {
+    std::int32_t nbEntries = 0;
+    std::int32_t nbQuadratic = 0;
+    std::int32_t nbNonlinear = 0;
+    nmoGetRowStat(nmo, i, &nbEntries, &nbQuadratic, &nbNonlinear);
+    return static_cast<std::size_t>(nbEntries);
+}
+
 }  // namespace
 
 Equalities::Equalities(ModelHandle nmo, const DefinedVariables& known)
@@ -19,11 +27,17 @@ Equalities::Equalities(ModelHandle nmo, const DefinedVariables& known)
       columnStarts(static_cast<std::size_t>(nmoN(nmo)) + 1, 0) {
     std::vector<bool> isRead(equality.size(), false);
     for (const auto& [variable, row] : known) isRead[static_cast<std::size_t>(row)] = true;
-    rowStarts.reserve(equality.size() + 1);
+    std::size_t nbEntries = 0;
     for (std::size_t at = 0; at < equality.size(); ++at) {
         const auto i = static_cast<std::int32_t>(at);
         equality[at] = nmoGetEquTypeOne(nmo, i) == equation_type::equality;
-        if (equality[at] || isRead[at]) readRow(nmo, i);
+        isRead[at] = isRead[at] || equality[at];
+        if (isRead[at]) nbEntries += nbEntriesOf(nmo, i);
+    }
+    rowEntries.reserve(nbEntries);
+    rowStarts.reserve(equality.size() + 1);
+    for (std::size_t at = 0; at < equality.size(); ++at) {
+        if (isRead[at]) readRow(nmo, static_cast<std::int32_t>(at));
         rowStarts.push_back(rowEntries.size());
     }
     transpose();
