@@ -63,12 +63,14 @@ private:
     void awaitJob();
     void emit(ls_callback_type type);
     void emitTimeTickIfDue();
+    [[nodiscard]] Clock::duration timeBetweenTicks() const;
     void emitIterationTickIfDue();
 
     RunContext context_;
     Clock::time_point start_;
     Clock::time_point deadline_;  ///< of the phase under way
     Clock::time_point nextTimeTick_;
+    int nbTimeTicks_ = 0;  ///< since the last display
     std::int64_t phaseStartIterations_ = 0;
     std::int64_t lastTickIterations_ = 0;
 
