@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <set>
+#include <string>
 #include <unordered_set>
 #include <vector>
 
@@ -148,6 +149,10 @@ private:
         std::int32_t nbQuadratic = 0;  ///< pairs
         std::int32_t nbNonlinear = 0;  ///< entries
     };
+
+    /// For messages. They use `textBuf`: definitions nest, and buffers would fill the stack.
+    [[nodiscard]] std::string nameOfVariable(std::int32_t j);
+    [[nodiscard]] std::string nameOfEquation(std::int32_t i);
 
     void findDefinitions();
     void addObjective(RowBuffers& buffers);

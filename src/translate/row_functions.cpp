@@ -30,12 +30,9 @@ LSExpression NorvLocalSolver::makeFunction(std::int32_t row, RowBuffers& buffers
     const bool definedVarFound =
         addLinearTerms(sum, buffers, statistics.nbEntries, definedVar, coefOut);
     if (definedVar >= 0 && !definedVarFound) {
-        char equationName[longestText + 1];
         throw translationError(__LINE__, thisMethod,
-                               std::string("Defined variable ") +
-                                   nmoGetVarNameOne(nmo, definedVar, textBuf) +
-                                   " does not appear linearly in equation " +
-                                   nmoGetEquNameOne(nmo, row, equationName));
+                               "Defined variable " + nameOfVariable(definedVar) +
+                                   " does not appear linearly in equation " + nameOfEquation(row));
     }
     addQuadraticTerms(sum, row, buffers, statistics.nbQuadratic);
     if (orderOf(row) == function_order::nonlinear) sum = addNonlinearPart(sum, row, buffers);

@@ -51,6 +51,14 @@ struct Bounds {
 
 }  // namespace
 
+std::string NorvLocalSolver::nameOfVariable(std::int32_t j) {
+    return nmoGetVarNameOne(nmo, j, textBuf);
+}
+
+std::string NorvLocalSolver::nameOfEquation(std::int32_t i) {
+    return nmoGetEquNameOne(nmo, i, textBuf);
+}
+
 LSExpression NorvLocalSolver::makeVariable(std::int32_t j) {
     const auto definition = definedVariables.find(j);
     if (definition != definedVariables.end())
@@ -58,10 +66,7 @@ LSExpression NorvLocalSolver::makeVariable(std::int32_t j) {
     else
         decideVariable(j);
     const LSExpression x = variables[static_cast<std::size_t>(j)];
-    if (nmoDict(nmo) != nullptr) {
-        char name[longestText + 1];
-        x.setName(nmoGetVarNameOne(nmo, j, name));
-    }
+    if (nmoDict(nmo) != nullptr) x.setName(nmoGetVarNameOne(nmo, j, textBuf));
     return x;
 }
 
@@ -115,8 +120,7 @@ void NorvLocalSolver::defineVariable(std::int32_t j, std::int32_t equation) {
     if (!varsInProgress.insert(j).second) {
         throw translationError(
             __LINE__, thisMethod,
-            std::string("Recognized circular definition when handling defined variable ") +
-                nmoGetVarNameOne(nmo, j, textBuf));
+            "Recognized circular definition when handling defined variable " + nameOfVariable(j));
     }
     RowBuffers buffers;  // the caller may be in the middle of a row in its own
     double coefficient = 0.0;
@@ -126,11 +130,9 @@ void NorvLocalSolver::defineVariable(std::int32_t j, std::int32_t equation) {
                               /*yExtendable=*/true, -nmoGetRhsOne(nmo, equation));
     const double factor = -1.0 / coefficient;
     if (!std::isfinite(factor)) {
-        char equationName[longestText + 1];
         throw translationError(__LINE__, thisMethod,
-                               std::string("Coefficient of defined variable ") +
-                                   nmoGetVarNameOne(nmo, j, textBuf) + " in equation " +
-                                   nmoGetEquNameOne(nmo, equation, equationName) +
+                               "Coefficient of defined variable " + nameOfVariable(j) +
+                                   " in equation " + nameOfEquation(equation) +
                                    " is too small to solve the equation for the variable.");
     }
     const LSExpression x = scaleExpression(excess, /*extendable=*/true, factor);
