@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/operations.hpp"
 #include "solve/solve_driver.hpp"
 #include "translate/link_fixture.hpp"
 #include "translate/recording_localsolver.hpp"
@@ -158,6 +159,32 @@ TEST(ResultReport, LeavesTheLevelOfAnUnusedVariable) {
     run(fixture, LS_STATUS_FEASIBLE);
     EXPECT_EQ(fixture.model.levels()[0], 7.5);
     EXPECT_EQ(fixture.model.levels()[1], 4.0);
+}
+
+TEST(ResultReport, RecomputesDefinedVariablesOrSaysThatItCannot) {
+    using Evaluate =
+        std::int32_t(vex::ModelHandle, std::int32_t, const double*, double*, std::int32_t*);
+    const struct {
+        Evaluate* evaluate;  // of the row without x; the search has 2 for it, and so 3 for x
+        const char* log;
+    } evaluations[] = {
+        {[](auto, auto, auto, double* value, std::int32_t* nbErrors) {
+             *value = 4.0;
+             return *nbErrors = 0;
+         },
+         "\nOptimal solution found.\nObjective Value:  2.00000000e+00\n"},
+        {[](auto, auto, auto, double*, std::int32_t* nbErrors) { return *nbErrors = 1; },
+         "\nIssues evaluating aggregated variables.\nOptimal solution found.\n"
+         "Objective Value:  3.00000000e+00\n"},
+    };
+    for (const auto& [evaluate, log] : evaluations) {
+        LinkFixture fixture("cont x in 0 9 ; cont y in 2 2 ; min x ; def : 2 x + y = 8",
+                            {"defvar x def"});
+        recording::reset();
+        const SlotOverride evaluation(vex::nmoEvalFunc, "nmoEvalFunc", evaluate);
+        EXPECT_EQ(run(fixture, LS_STATUS_OPTIMAL), 0);
+        EXPECT_EQ(fixture.log, log);
+    }
 }
 
 TEST(ResultReport, ForgivesUnreadableLevelsOfAnUnusablePointOnly) {
