@@ -214,13 +214,11 @@ OuterApproximation::Tangents OuterApproximation::addTangents(const std::vector<d
         evaluate(at);
         std::vector<std::size_t> left;
         for (const std::size_t k : open) {
-            if (!isTangible(k)) {
-                left.push_back(k);
-            } else if (addTangent(k, levels, at)) {
-                outcome = Tangents::Added;
-            } else if (part > 0.0) {
-                left.push_back(k);  // a tangent taken elsewhere shows nothing when it holds here
-            }
+            const bool isAdded = isTangible(k) && addTangent(k, levels, at);
+            if (isAdded) outcome = Tangents::Added;
+            // A tangent taken elsewhere that `levels` keep to does not tell whether they miss.
+            const bool isSettled = isAdded || (isTangible(k) && part <= 0.0);
+            if (!isSettled) left.push_back(k);
         }
         open = std::move(left);
         if (open.empty()) return outcome;

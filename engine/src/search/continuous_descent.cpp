@@ -23,11 +23,7 @@ constexpr double fineExcess = 1e-8;
 }  // namespace
 
 ContinuousDescent::ContinuousDescent(const Plan& plan, const std::vector<Interval>& domain)
-    : plan_(plan),
-      model_(plan.model()),
-      domain_(domain),
-      evaluation_(plan.model()),
-      gradientOf_(plan.model()) {
+    : model_(plan.model()), domain_(domain), evaluation_(plan.model()), gradientOf_(plan.model()) {
     if (model_.operand.size() > mostOperands) return;
     for (DecisionIndex d = 0; d < model_.nbDecisions(); ++d) {
         const Interval& interval = domain[index(d)];

@@ -50,7 +50,6 @@ private:
     [[nodiscard]] bool searchLine();
     void solveNext();
 
-    const Plan& plan_;
     const ClosedModel& model_;
     const std::vector<Interval>& domain_;
     std::vector<DecisionIndex> free_;  ///< the float decisions, in the order of the vectors below

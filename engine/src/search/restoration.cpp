@@ -75,7 +75,8 @@ double Restoration::meritOf(const std::vector<Value>& values, std::vector<double
         // fmax hides a NaN.
         if (r.isEquation || !(excess <= 0.0)) sum += 0.5 * excess * excess;
     }
-    return std::isfinite(sum) ? sum : infinite;
+    if (!std::isfinite(sum)) return infinite;
+    return sum;
 }
 
 double Restoration::largestOf(const std::vector<double>& excesses) const {
