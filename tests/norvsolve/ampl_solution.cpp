@@ -7,6 +7,7 @@
 /// library reads levels from text files with options only, and codes only where there are levels.
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -25,13 +26,18 @@ void write(ASL* asl, int code, char* message) {
     write_sol(message, levels.empty() ? nullptr : levels.data(), nullptr, &info);
 }
 
+struct Free {
+    void operator()(void* memory) const { std::free(memory); }  // NOLINT(*-no-malloc)
+};
+
 int read(ASL* asl) {
-    double* levels = nullptr;
+    double* values = nullptr;
     double* duals = nullptr;
-    const char* message = read_soln(&levels, &duals);
-    if (message == nullptr || levels == nullptr) return 1;
-    printf("%d %s", solve_result_num, message);
-    for (int j = 0; j < n_var; ++j) printf("%.17g\n", levels[j]);
+    const std::unique_ptr<char, Free> message(read_soln(&values, &duals));
+    const std::unique_ptr<double, Free> levels(values);
+    if (!message || !levels) return 1;
+    printf("%d %s", solve_result_num, message.get());
+    for (int j = 0; j < n_var; ++j) printf("%.17g\n", values[j]);
     return 0;
 }
 
