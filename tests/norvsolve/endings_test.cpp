@@ -23,60 +23,36 @@ const char* const equations =
     "BOUNDS\n UP b x 9\n UP b y 9\nENDATA\n";
 
 struct Ending {
-    const char* what;
     const char* model;
     std::vector<std::string> arguments;
-    int signal;  ///< sent when the search has begun; 0: none
-    const char* log;
-    const char* verdict;
+    int signal;        ///< sent when the search has begun; 0: none
+    std::string log;   ///< from the blank line on with which the search ends
     const char* best;  ///< as the trace's last record has it
 };
 
+/// What the log says of a search on `endless` that something stopped.
+std::string stopped(const std::string& reason, const std::string& solveStatus) {
+    return "Stopped due to " + reason +
+           ".\nFeasible solution found.\nObjective Value: -5.00000000e+00\n"
+           "Model status 7 (feasible), solve status " +
+           solveStatus + ".\nObjective: -5\n";
+}
+
 const Ending endings[] = {
-    {"proved optimal",
-     easy,
+    {easy,
      {},
      0,
-     "\n\nOptimal solution found.\nObjective Value: -1.20000000e+01\n",
-     "Model status 1 (optimal), solve status 1 (normal completion).\n",
+     "Optimal solution found.\nObjective Value: -1.20000000e+01\n"
+     "Model status 1 (optimal), solve status 1 (normal completion).\nObjective: -12\n",
      "-12"},
-    {"iteration limit",
-     endless,
-     {"-i", "2000"},
-     0,
-     "\n\nStopped due to iteration limit.\nFeasible solution found.\n"
-     "Objective Value: -5.00000000e+00\n",
-     "Model status 7 (feasible), solve status 2 (iteration limit).\n",
-     "-5"},
-    {"time limit",
-     endless,
-     {"-t", "1.9"},
-     0,
-     "\n\nStopped due to time limit.\nFeasible solution found.\nObjective Value: -5.00000000e+00\n",
-     "Model status 7 (feasible), solve status 3 (time limit).\n",
-     "-5"},
-    {"interrupt",
-     endless,
-     {},
-     SIGINT,
-     "\n\nStopped due to user interrupt (Ctrl+C event).\nFeasible solution found.\n"
-     "Objective Value: -5.00000000e+00\n",
-     "Model status 7 (feasible), solve status 8 (user interrupt).\n",
-     "-5"},
-    {"termination counts as interrupt",
-     endless,
-     {"-t", "40"},
-     SIGTERM,
-     "\n\nStopped due to user interrupt (Ctrl+C event).\nFeasible solution found.\n",
-     "Model status 7 (feasible), solve status 8 (user interrupt).\n",
-     "-5"},
-    {"a square system has no objective line",
-     equations,
+    {endless, {"-i", "2000"}, 0, stopped("iteration limit", "2 (iteration limit)"), "-5"},
+    {endless, {"-t", "1.9"}, 0, stopped("time limit", "3 (time limit)"), "-5"},
+    {endless, {}, SIGINT, stopped("user interrupt (Ctrl+C event)", "8 (user interrupt)"), "-5"},
+    {endless, {}, SIGTERM, stopped("user interrupt (Ctrl+C event)", "8 (user interrupt)"), "-5"},
+    {equations,
      {"--square"},
      0,
-     "\n\nOptimal solution found.\nModel status 16 (solved), solve status 1 (normal "
-     "completion).\nCheck: passed",
-     "",
+     "Optimal solution found.\nModel status 16 (solved), solve status 1 (normal completion).\n",
      "0"},
 };
 
@@ -96,7 +72,7 @@ TEST(Endings, giveTheirTextsStatusesAndTraces) {
     const std::string model = scratchFile("ending.mps");
     const std::string trace = scratchFile("trace.txt");
     for (const Ending& ending : endings) {
-        SCOPED_TRACE(ending.what);
+        SCOPED_TRACE(ending.log);
         writeFile(model, ending.model);
         std::vector<std::string> arguments = {NORVSOLVE_PROGRAM, model, "solvetrace=" + trace,
                                               "logfreq=500"};
@@ -109,9 +85,7 @@ TEST(Endings, giveTheirTextsStatusesAndTraces) {
         }
         const ProgramRun run = program.wait();
         EXPECT_EQ(run.exitCode, 0) << run.errors;
-        EXPECT_THAT(run.output, HasSubstr(ending.log));
-        EXPECT_THAT(run.output, HasSubstr(ending.verdict));
-        EXPECT_THAT(run.output, HasSubstr("Check: passed"));
+        EXPECT_THAT(run.output, HasSubstr("\n\n" + ending.log + "Check: passed"));
         EXPECT_THAT(contentOf(trace), testing::MatchesRegex(tracePattern(trace, ending.best)));
     }
 }

@@ -1,13 +1,12 @@
 #include "norvsolve/running_program.hpp"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <thread>
 
 namespace norv::test {
@@ -16,24 +15,18 @@ RunningProgram::RunningProgram(std::vector<std::string> arguments) {
     std::vector<char*> words;
     for (std::string& each : arguments) words.push_back(each.data());
     words.push_back(nullptr);
-    posix_spawn_file_actions_t files;
-    posix_spawn_file_actions_init(&files);
-    constexpr int flags = O_WRONLY | O_CREAT | O_TRUNC;
-    posix_spawn_file_actions_addopen(&files, 1, scratchFile("stdout").c_str(), flags, 0600);
-    posix_spawn_file_actions_addopen(&files, 2, scratchFile("stderr").c_str(), flags, 0600);
+    // The names carry this process's number.
+    const std::string output = scratchFile("stdout");
+    const std::string errors = scratchFile("stderr");
+    writeFile(output, "");  // or `waitForOutput` could see that of an earlier program
+    process = fork();
+    if (process != 0) return;
     // Shells start their background programs with SIGINT ignored.
-    sigset_t defaults;
-    sigemptyset(&defaults);
-    sigaddset(&defaults, SIGINT);
-    sigaddset(&defaults, SIGTERM);
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setsigdefault(&attributes, &defaults);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-    if (posix_spawn(&process, words[0], &files, &attributes, words.data(), environ) != 0)
-        ADD_FAILURE() << arguments[0] << " does not start";
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&files);
+    for (const int each : {SIGINT, SIGTERM}) std::signal(each, SIG_DFL);
+    const bool isReady = std::freopen(output.c_str(), "w", stdout) != nullptr &&
+                         std::freopen(errors.c_str(), "w", stderr) != nullptr;
+    if (isReady) execv(words[0], words.data());
+    _exit(127);
 }
 
 void RunningProgram::waitForOutput(const std::string& text) const {
