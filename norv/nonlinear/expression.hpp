@@ -2,9 +2,9 @@
 
 #include <cstdint>
 #include <span>
-#include <vector>
 
 #include "nonlinear/functions.hpp"
+#include "nonlinear/large_vector.hpp"
 
 namespace norv {
 
@@ -99,8 +99,8 @@ private:
     }
 
     std::int32_t variables;
-    std::vector<Node> nodes;
-    std::vector<NodeIndex> operandLists;
+    LargeVector<Node> nodes;
+    LargeVector<NodeIndex> operandLists;
 };
 
 }  // namespace norv

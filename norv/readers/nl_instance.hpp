@@ -53,7 +53,7 @@ struct NlInstance {
     std::vector<NlRow> rows;
     std::vector<NodeIndex> logicalRows;   ///< each is to be true
     std::vector<NlObjective> objectives;  ///< in file order; the first one counts
-    std::vector<NlEntry> entries;         ///< of the rows, in file order
+    LargeVector<NlEntry> entries;         ///< of the rows, in file order
     NlNames names;
     /// What was read but not taken as it stands, "file: ...".
     std::vector<std::string> warnings;
