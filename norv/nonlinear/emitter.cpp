@@ -52,12 +52,33 @@ ScaledNode asScaled(const ExpressionStore& store, NodeIndex node) {
 }  // namespace
 
 ConstantPool::ConstantPool(std::function<std::int32_t(double)> appendToModel)
-    : append(std::move(appendToModel)) {}
+    : append(std::move(appendToModel)), slots(64) {}
 
 std::int32_t ConstantPool::entryOf(double value) {
-    const auto [place, isNew] = entries.try_emplace(std::bit_cast<std::uint64_t>(value + 0.0), 0);
-    if (isNew) place->second = append(value + 0.0);
-    return place->second;
+    const auto bits = std::bit_cast<std::uint64_t>(value + 0.0);
+    Slot& slot = slotOf(bits);
+    if (slot.entry != 0) return slot.entry;
+    const std::int32_t entry = append(value + 0.0);
+    slot = {bits, entry};
+    if (2 * ++nbTaken > slots.size()) grow();
+    return entry;
+}
+
+ConstantPool::Slot& ConstantPool::slotOf(std::uint64_t bits) {
+    // Round numbers differ in few bits, all of them high; the product mixes, its high half is kept.
+    const std::uint64_t mixed = (bits ^ (bits >> 32U)) * 0x9e3779b97f4a7c15U;
+    const std::size_t mask = slots.size() - 1;
+    std::size_t k = static_cast<std::size_t>(mixed >> 32U) & mask;
+    while (slots[k].entry != 0 && slots[k].bits != bits) k = (k + 1) & mask;
+    return slots[k];
+}
+
+void ConstantPool::grow() {
+    LargeVector<Slot> smaller(2 * slots.size());
+    smaller.swap(slots);
+    for (const Slot& each : smaller) {
+        if (each.entry != 0) slotOf(each.bits) = each;
+    }
 }
 
 Emitter::Emitter(const ExpressionStore& expressions, ConstantPool& constants)

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <functional>
 #include <span>
-#include <unordered_map>
 #include <vector>
 
 #include "nonlinear/expression.hpp"
@@ -22,8 +21,18 @@ public:
     std::int32_t entryOf(double value);
 
 private:
+    struct Slot {
+        std::uint64_t bits = 0;  ///< of the value
+        std::int32_t entry = 0;  ///< 0: the slot is free
+    };
+
+    /// The slot of `bits`, or the free one where they belong.
+    [[nodiscard]] Slot& slotOf(std::uint64_t bits);
+    void grow();
+
     std::function<std::int32_t(double)> append;
-    std::unordered_map<std::uint64_t, std::int32_t> entries;  ///< by the value's bits; looked up
+    LargeVector<Slot> slots;  ///< a power of 2, at least twice as many as are taken; linear probing
+    std::size_t nbTaken = 0;
 };
 
 /// Writes expressions as instruction code, as compactly as the code allows.

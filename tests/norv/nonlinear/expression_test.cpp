@@ -79,6 +79,14 @@ TEST(Emitter, UsesTheCompactForms) {
     EXPECT_EQ(std::count(w.constants.begin(), w.constants.end(), 2.0), 1);
 }
 
+TEST(ConstantPool, HoldsNoValueTwiceHoweverManyThereAre) {
+    Workshop w;
+    for (const int round : {1, 2}) {
+        for (int k = 0; k < 1000; ++k) EXPECT_EQ(w.pool.entryOf(0.1 * k), k + 1) << round;
+    }
+    EXPECT_EQ(w.pool.entryOf(-0.0), 1);
+}
+
 /// The value of an expression, straight from its graph.
 std::vector<Quantity> valuesOf(const ExpressionStore& store, const std::vector<double>& point) {
     std::vector<Quantity> values;
