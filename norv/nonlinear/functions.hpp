@@ -110,17 +110,17 @@ static_assert([] {
 
 /// By code: the row of functionTable, or -1.
 constexpr auto functionRows = [] {
-    std::array<std::int8_t, 113> rows{};
+    std::array<std::int16_t, 113> rows{};
     rows.fill(-1);
     for (std::size_t k = 0; k < functionTable.size(); ++k)
-        rows[static_cast<std::size_t>(functionTable[k].code)] = static_cast<std::int8_t>(k);
+        rows[static_cast<std::size_t>(functionTable[k].code)] = static_cast<std::int16_t>(k);
     return rows;
 }();
 
 /// Null for a code without function.
 constexpr const FunctionTraits* findFunction(std::int32_t code) {
     if (code < 0 || code >= static_cast<std::int32_t>(functionRows.size())) return nullptr;
-    const std::int8_t row = functionRows[static_cast<std::size_t>(code)];
+    const std::int16_t row = functionRows[static_cast<std::size_t>(code)];
     return row < 0 ? nullptr : &functionTable[static_cast<std::size_t>(row)];
 }
 

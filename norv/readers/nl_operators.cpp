@@ -185,20 +185,20 @@ constexpr std::size_t nbCodes = 79;
 
 /// By code: the row of `table`, or -1.
 template <class Table>
-constexpr std::array<std::int8_t, nbCodes> rowsByCode(const Table& table) {
-    std::array<std::int8_t, nbCodes> rows{};
+constexpr std::array<std::int16_t, nbCodes> rowsByCode(const Table& table) {
+    std::array<std::int16_t, nbCodes> rows{};
     rows.fill(-1);
     for (std::size_t k = 0; k < table.size(); ++k)
-        rows[static_cast<std::size_t>(table[k].code)] = static_cast<std::int8_t>(k);
+        rows[static_cast<std::size_t>(table[k].code)] = static_cast<std::int16_t>(k);
     return rows;
 }
 
 /// Null where the table has no such row.
 template <class Table>
-constexpr auto findRow(const Table& table, const std::array<std::int8_t, nbCodes>& rows,
+constexpr auto findRow(const Table& table, const std::array<std::int16_t, nbCodes>& rows,
                        std::int32_t code) -> decltype(table.data()) {
     if (code < 0 || code >= static_cast<std::int32_t>(nbCodes)) return nullptr;
-    const std::int8_t row = rows[static_cast<std::size_t>(code)];
+    const std::int16_t row = rows[static_cast<std::size_t>(code)];
     return row < 0 ? nullptr : &table[static_cast<std::size_t>(row)];
 }
 

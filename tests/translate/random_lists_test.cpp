@@ -34,7 +34,7 @@ public:
         list = {};
         height = 0;
         announced = -1;
-        const auto length = static_cast<std::size_t>(2 + below(24));
+        const auto length = 2U + static_cast<std::size_t>(below(24));
         while (list.size() < length || height == 0) step(anyOpcode());
         while (height > 1) step(anyOpcode(), /*mayGrow=*/false);
         return list;
@@ -225,7 +225,8 @@ TEST(RandomLists, KeepTheirValuesWhenConverted) {
     }
     for (const norv::OpcodeTraits& each : norv::opcodeTable) {
         const bool isAccepted = each.action != Action::refuse;
-        EXPECT_EQ(generator.nbOpcodes[each.code] > 1000, isAccepted) << each.name;
+        EXPECT_EQ(generator.nbOpcodes[static_cast<std::size_t>(each.code)] > 1000, isAccepted)
+            << each.name;
     }
     for (const norv::FunctionTraits& each : norv::functionTable)
         EXPECT_GT(generator.nbCalls[static_cast<std::size_t>(each.code)], 500) << each.name;
