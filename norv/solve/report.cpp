@@ -12,7 +12,7 @@ void printCheck(std::ostream& out, const std::optional<PointCheck>& check) {
     if (!check) {
         out << "Check: no feasible point reported.\n";
     } else if (check->passed && check->worst.empty()) {
-        out << "Check: passed, nothing violated.\n";
+        out << "Check: passed, no row or bound violated.\n";
     } else if (check->passed) {
         out << "Check: passed, largest violation " << numberText(check->largestViolation) << " ("
             << check->worst << ").\n";

@@ -52,7 +52,7 @@ TEST_F(Norvsolve, callsTheLinkInTheHostsOrder) {
     EXPECT_THAT(run.output, HasSubstr("a line for log and status\n"));
     EXPECT_THAT(run.output, HasSubstr("Model status 8 (feasible, with discrete variables), solve "
                                       "status 1 (normal completion).\nObjective: 15\nCheck: "
-                                      "passed, nothing violated.\n"));
+                                      "passed, no row or bound violated.\n"));
 }
 
 TEST_F(Norvsolve, handsLimitsAndOptionsOn) {
@@ -109,7 +109,7 @@ TEST_F(Norvsolve, checksThePointItself) {
         const char* check;
     };
     const Case cases[] = {
-        {"0 is a level of a semi-continuous variable", "1", "0", 0, "Check: passed, nothing"},
+        {"0 is a level of a semi-continuous variable", "1", "0", 0, "Check: passed, no row"},
         {"within the tolerance", "8", "4.0000005", 0, "Check: passed, largest violation 4.9"},
         {"below the gap of a semi-continuous variable", "8", "1", 6, "(variable s)"},
         {"not integral", "7", "3.5", 6, "(variable n)"},
