@@ -88,27 +88,39 @@ void tree(ModelBuilder& builder, std::int32_t nbRows) {
     }
 }
 
-/// Four variables at random in each row, one and a half times as many variables as rows.
-void randomSparse(ModelBuilder& builder, std::int32_t nbRows) {
-    std::mt19937 random(1);
-    const std::int32_t nbVariables = nbRows + nbRows / 2;
+/// Three variables in each row, drawn by `draw` from `nbVariables`, given the row.
+template <class Draw>
+void addRandomRows(ModelBuilder& builder, std::int32_t nbRows, std::int32_t nbVariables,
+                   Draw draw) {
     for (std::int32_t j = 0; j < nbVariables; ++j) addVariable(builder);
-    std::uniform_int_distribution<std::int32_t> any(0, nbVariables - 1);
     for (std::int32_t k = 0; k < nbRows; ++k) {
         const std::int32_t i = addRow(builder);
-        for (int term = 0; term < 4; ++term) builder.addCoefficient(i, any(random), 1.0);
+        for (int term = 0; term < 3; ++term) builder.addCoefficient(i, draw(k), 1.0);
     }
 }
 
-/// Three variables at random in each row, as many variables as rows: most rows close cycles.
+/// Twice as many variables as rows, those of a row within a thousand of each other.
+void localSparse(ModelBuilder& builder, std::int32_t nbRows) {
+    std::mt19937 random(1);
+    std::uniform_int_distribution<std::int32_t> near(-500, 500);
+    const std::int32_t nbVariables = 2 * nbRows;
+    addRandomRows(builder, nbRows, nbVariables, [&](std::int32_t k) {
+        return std::clamp(2 * k + near(random), 0, nbVariables - 1);
+    });
+}
+
+/// Three times as many variables as rows, drawn from everywhere: no memory is near.
+void randomSparse(ModelBuilder& builder, std::int32_t nbRows) {
+    std::mt19937 random(1);
+    std::uniform_int_distribution<std::int32_t> any(0, 3 * nbRows - 1);
+    addRandomRows(builder, nbRows, 3 * nbRows, [&](std::int32_t) { return any(random); });
+}
+
+/// As many variables as rows, drawn from everywhere: every sixth row would close a cycle.
 void randomSquare(ModelBuilder& builder, std::int32_t nbRows) {
     std::mt19937 random(1);
-    for (std::int32_t j = 0; j < nbRows; ++j) addVariable(builder);
     std::uniform_int_distribution<std::int32_t> any(0, nbRows - 1);
-    for (std::int32_t k = 0; k < nbRows; ++k) {
-        const std::int32_t i = addRow(builder);
-        for (int term = 0; term < 3; ++term) builder.addCoefficient(i, any(random), 1.0);
-    }
+    addRandomRows(builder, nbRows, nbRows, [&](std::int32_t) { return any(random); });
 }
 
 /// Layers of a hundred variables, each of which needs three of the layer before, rows at random.
@@ -172,13 +184,13 @@ void detect(benchmark::State& state, Family family) {
 
 void rows(benchmark::internal::Benchmark* benchmark) {
     for (const int nbRows : {10000, 100000, 1000000}) benchmark->Arg(nbRows);
-    benchmark->UseManualTime()->Unit(benchmark::kMillisecond);
+    benchmark->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(3);
 }
 
 /// As many entries as the sparse families have rows.
 void squares(benchmark::internal::Benchmark* benchmark) {
     for (const int nbRows : {100, 316, 1000}) benchmark->Arg(nbRows);
-    benchmark->UseManualTime()->Unit(benchmark::kMillisecond);
+    benchmark->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(3);
 }
 
 BENCHMARK_CAPTURE(detect, chain, chain)->Apply(rows);
@@ -186,6 +198,7 @@ BENCHMARK_CAPTURE(detect, shuffledChain, shuffledChain)->Apply(rows);
 BENCHMARK_CAPTURE(detect, controlledChain, controlledChain)->Apply(rows);
 BENCHMARK_CAPTURE(detect, tree, tree)->Apply(rows);
 BENCHMARK_CAPTURE(detect, layers, layers)->Apply(rows);
+BENCHMARK_CAPTURE(detect, localSparse, localSparse)->Apply(rows);
 BENCHMARK_CAPTURE(detect, randomSparse, randomSparse)->Apply(rows);
 BENCHMARK_CAPTURE(detect, randomSquare, randomSquare)->Apply(rows);
 BENCHMARK_CAPTURE(detect, dense, dense)->Apply(squares);
