@@ -1,6 +1,7 @@
 #include "defvars/definition_graph.hpp"
 
 #include <algorithm>
+#include <cassert>
 
 namespace vex {
 
@@ -81,7 +82,7 @@ void DefinitionGraph::learnFromMeeting(std::int64_t nbSteps) {
 /// Is everything that leads to the variable and is not looked into in front of everything that the
 /// row leads to and is not looked into?
 bool DefinitionGraph::searchesHavePassed() const {
-    return isOrdered && forward.rest.empty() && backward.rest.empty() &&
+    return forward.rest.empty() && backward.rest.empty() &&
            order.isBefore(backward.open.front(), forward.open.front());
 }
 
@@ -100,7 +101,7 @@ bool DefinitionGraph::stepBackward() {
     if (isInFirstColumn && (lastDependent == none || order.isBefore(lastDependent, u)))
         lastDependent = u;
     // What stands in front of all that the row uses is not used by it.
-    if (isOrdered && order.isBefore(u, firstUsed)) return false;
+    if (order.isBefore(u, firstUsed)) return false;
     backward.open.push_back(u);
     std::push_heap(backward.open.begin(), backward.open.end(), laterBackward());
     meetingPoint = u;
@@ -127,6 +128,27 @@ void DefinitionGraph::define(std::int32_t variable) {
     definitions.add(variable, currentRow);
     ++nbDefined;
     landmarks.learn(variable, usedLandmarks);
+    assert(!isOrdered ||
+           (isInPlace(variable) && areInPlace(forward.expanded) && areInPlace(backward.expanded)));
+}
+
+/// Is the defined variable `v` in front of all that it uses and behind all that use it?
+bool DefinitionGraph::isInPlace(std::int32_t v) const {
+    const auto areInOrder = [this](std::int32_t user, std::int32_t used) {
+        return user == none || user == used || !definitions.isDefined(used) ||
+               order.isBefore(user, used);
+    };
+    const Equalities::Entries usedByIt = definitions.used(v);
+    const Equalities::Entries rows = definitions.rowsOf(v);
+    return std::all_of(usedByIt.begin(), usedByIt.end(),
+                       [&](const auto& entry) { return areInOrder(v, entry.index); }) &&
+           std::all_of(rows.begin(), rows.end(), [&](const auto& entry) {
+               return areInOrder(definitions.variableDefinedBy(entry.index), v);
+           });
+}
+
+bool DefinitionGraph::areInPlace(const std::vector<std::int32_t>& moved) const {
+    return std::all_of(moved.begin(), moved.end(), [this](std::int32_t v) { return isInPlace(v); });
 }
 
 /// Places `variable` behind all that depend on it and in front of all that it depends on.

@@ -93,11 +93,13 @@ private:
     void place(std::int32_t variable);
     void placeBehindDependents(std::int32_t variable);
     void placeBetweenSearches(std::int32_t variable);
+    [[nodiscard]] bool isInPlace(std::int32_t v) const;
+    [[nodiscard]] bool areInPlace(const std::vector<std::int32_t>& moved) const;
 
     const Equalities& jacobian;
     Definitions definitions;
-    OrderList order;  ///< the defined variables, if `isOrdered`
-    bool isOrdered = true;
+    OrderList order;        ///< the defined variables, if `isOrdered`
+    bool isOrdered = true;  ///< without an order, no variable is in front of another
     Landmarks landmarks;
     std::int64_t nbFutileSteps = 0;  ///< of searches that met, since the last landmark was placed
     std::int64_t nbDefined = 0;
