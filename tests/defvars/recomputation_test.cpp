@@ -13,31 +13,22 @@ namespace {
 
 constexpr double wrong = 77.0;  // what stands for a defined variable before
 
-/// The rows that were evaluated.
-std::vector<std::int32_t> evaluated;
+const norv::Model* instance = nullptr;
+std::vector<std::int32_t> evaluated;  // rows, in their order
 std::int32_t failingRow = -1;
-std::int32_t evaluate(vex::ModelHandle nmo, std::int32_t row, const double* point, double* value,
+std::int32_t evaluate(vex::ModelHandle, std::int32_t row, const double* point, double* value,
                       std::int32_t* nbErrors) {
     evaluated.push_back(row);
-    *nbErrors = row == failingRow ? 1 : 0;
-    *value = 0.0;
-    for (std::int32_t j = 0; j < vex::nmoN(nmo); ++j) {
-        double coefficient[8];
-        std::int32_t variables[8];
-        std::int32_t nbEntries = 0;
-        std::int32_t nbNonlinear = 0;
-        vex::nmoGetRowSparse(nmo, row, variables, coefficient, nullptr, &nbEntries, &nbNonlinear);
-        for (std::int32_t k = 0; k < nbEntries; ++k)
-            if (variables[k] == j) *value += coefficient[k] * point[j];
-    }
-    return 0;
+    *value = instance->evaluateRow(row, {point, static_cast<std::size_t>(instance->nbVariables())})
+                 .value;
+    return *nbErrors = row == failingRow ? 1 : 0;
 }
 
 TEST(Recomputation, SolvesTheRowsInTheirOrder) {
     constexpr double none = std::numeric_limits<double>::quiet_NaN();
     const struct {
         const char* what;
-        const char* instance;
+        const char* text;
         vex::DefinedVariables definedVariables;
         std::vector<double> levels;      // before; `wrong` for defined ones
         std::vector<double> expected;    // none: as before
@@ -96,11 +87,12 @@ TEST(Recomputation, SolvesTheRowsInTheirOrder) {
     const SlotOverride evaluation(vex::nmoEvalFunc, "nmoEvalFunc", &evaluate);
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        LinkFixture fixture(c.instance);
+        LinkFixture fixture(c.text);
         vex::nmoIndexBaseSet(fixture.link.nmo, 0);
         ASSERT_EQ(c.levels.size(), static_cast<std::size_t>(fixture.model.nbVariables()));
         for (std::int32_t j = 0; j < fixture.model.nbVariables(); ++j)
             fixture.model.setLevel(j, c.levels[static_cast<std::size_t>(j)]);
+        instance = &fixture.model;
         evaluated.clear();
         failingRow = c.fails;
         EXPECT_EQ(vex::evaluateDefinedVariables(fixture.link.nmo, c.definedVariables), c.result);
