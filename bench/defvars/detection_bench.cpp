@@ -38,6 +38,7 @@ void addSteps(ModelBuilder& builder, std::int32_t nbRows, const std::vector<std:
     std::vector<std::int32_t> states = {addFixed(builder)};
     for (std::int32_t t = 0; t < nbRows; ++t) states.push_back(addVariable(builder));
     std::vector<std::int32_t> inputs;
+    inputs.reserve(static_cast<std::size_t>(nbRows));
     for (std::int32_t t = 0; t < nbRows; ++t) inputs.push_back(addFixed(builder));
     for (const std::int32_t step : rowAt) {
         const auto t = static_cast<std::size_t>(step);
