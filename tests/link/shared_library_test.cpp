@@ -3,8 +3,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <string>
+#include <vector>
 
 #include "host/codes.hpp"
 #include "host/folder_loading.hpp"
@@ -107,10 +107,16 @@ TEST(SharedLibrary, SolvesWithTheHostsLibrariesAndTracesInThePlatformsLineEnds) 
         "* solvetrace file " + trace + ": ID = LocalSolver.1 Instance = " + end +
         "* fields are lineNum, seriesID, node, seconds, bestFound, bestBound" + end;
     ASSERT_THAT(bytes, testing::StartsWith(head));
-    const std::regex records("1, S, 0, [0-9.e-]+, (-?[0-9]+|na), na" + end +
-                             "(2, E, 0, [0-9.e-]+, 7, na)" + end + "\\* solvetrace file closed" +
-                             end);
-    EXPECT_TRUE(std::regex_match(bytes.substr(head.size()), records)) << bytes;
+    // Seconds, and what is found when the search starts, no test can foresee.
+    std::vector<std::string> records;
+    for (std::size_t at = head.size(); at < bytes.size(); at += records.back().size()) {
+        records.push_back(bytes.substr(at, bytes.find('\n', at) + 1 - at));
+    }
+    using testing::AllOf, testing::EndsWith, testing::StartsWith;
+    EXPECT_THAT(records,
+                testing::ElementsAre(AllOf(StartsWith("1, S, 0, "), EndsWith(", na" + end)),
+                                     AllOf(StartsWith("2, E, 0, "), EndsWith(", 7, na" + end)),
+                                     "* solvetrace file closed" + end));
 }
 
 TEST(SharedLibrary, RefusalOfTheOptimizerCrossesBothLibraries) {
