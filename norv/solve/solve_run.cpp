@@ -1,5 +1,6 @@
 #include "solve/solve_run.hpp"
 
+#include <filesystem>
 #include <fstream>
 
 #include "solve/failure.hpp"
@@ -10,9 +11,15 @@
 namespace norv {
 namespace {
 
-/// With a separator at the end.
+const char* const definitionFile = "optlocalsolver.def";
+
+/// With a separator at the end. Unless told, the program's own folder, or where an installation
+/// keeps the definitions.
 std::string systemDirectory(const SolveSettings& settings) {
-    return settings.systemDirectory.empty() ? programDirectory() : settings.systemDirectory + '/';
+    if (!settings.systemDirectory.empty()) return settings.systemDirectory + '/';
+    const std::filesystem::path program = programDirectory();
+    if (std::filesystem::exists(program / definitionFile)) return program.string();
+    return ((program / NORV_DEFINITIONS).lexically_normal() / "").string();
 }
 
 /// The messages, a line each, without the last line's end; then forgets them.
@@ -49,7 +56,7 @@ void configure(Environment& environment, const SolveSettings& settings) {
 
 Options definedOptions(const SolveSettings& settings) {
     Options options;
-    const bool defined = options.readDefinition(systemDirectory(settings) + "optlocalsolver.def");
+    const bool defined = options.readDefinition(systemDirectory(settings) + definitionFile);
     if (!defined) throw Failure(ExitCode::badInput, takeMessages(options));
     options.clearMessages();
     return options;
