@@ -22,6 +22,7 @@ void bindHost() {
 }  // namespace
 
 vex::AnyFunction hostFunction(const char* symbol) {
+    bindHost();  // it would undo a replacement if it came later
     const vex::LibraryLoading& loading = vex::platformLoading();
     for (const char* library : {"hubdclib64", "prmdclib64"}) {
         std::string reason;

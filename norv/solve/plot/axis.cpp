@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
+#include <string>
 
 namespace norv {
 namespace {
@@ -23,10 +25,19 @@ std::string label(double value) {
     return {text, std::to_chars(text, text + sizeof text, rounded).ptr};  // the shorter form
 }
 
+/// 10^exponent to the last digit, which std::pow does not promise; 0 or infinite beyond all
+/// doubles.
+double powerOfTen(double exponent) {
+    const std::string text = "1e" + std::to_string(static_cast<std::int32_t>(exponent));
+    double power = exponent < 0.0 ? 0.0 : std::numeric_limits<double>::infinity();
+    std::from_chars(text.data(), text.data() + text.size(), power);
+    return power;
+}
+
 /// The round number, 1, 2 or 5 times a power of ten, next to `step`. After P. Heckbert, "Nice
 /// numbers for graph labels", Graphics Gems (1990).
 double roundStep(double step) {
-    const double power = std::pow(10.0, std::floor(std::log10(step)));
+    const double power = powerOfTen(std::floor(std::log10(step)));
     const double leading = step / power;
     if (leading < 1.5) return power;
     if (leading < 3.0) return 2.0 * power;
@@ -62,7 +73,7 @@ Axis Axis::around(const std::vector<double>& values) {
     Axis axis;
     if (high - low > sharpContrast * std::fabs(values.back()) &&
         magnitude > sharpContrast * smallest) {
-        axis.unit = std::pow(10.0, std::floor(std::log10(std::max(smallest, magnitude * 1e-12))));
+        axis.unit = powerOfTen(std::floor(std::log10(std::max(smallest, magnitude * 1e-12))));
         axis.spanLogarithmic(low, high);
         return axis;
     }
@@ -104,7 +115,7 @@ void Axis::spanLogarithmic(double low, double high) {
     // Next to 0 the first power would be in the way of its label.
     const bool showsZero = low <= 0.0 && high >= 0.0;
     for (std::int32_t k = showsZero ? stride : 0; k < nbDecades + stride; k += stride) {
-        values.push_back(unit * std::pow(10.0, k));
+        values.push_back(unit * powerOfTen(k));
         values.push_back(-values.back());
     }
     std::sort(values.begin(), values.end());
