@@ -107,6 +107,7 @@ TEST(Recomputation, SolvesTheRowsInTheirOrder) {
 
 /// Definitions that nest far deeper than a stack of calls could: x0 needs x1 needs x2 …
 TEST(Recomputation, NestsWithoutLimit) {
+    bindHost();
     constexpr std::int32_t length = 200000;
     norv::ModelBuilder builder;
     for (std::int32_t j = 0; j <= length; ++j)

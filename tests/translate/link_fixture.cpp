@@ -9,8 +9,6 @@
 #include "host/operations.hpp"
 #include "translate/instance_text.hpp"
 
-namespace {
-
 void bindHost() {
     char message[256];
     if (vex::nmoGetReady(message, sizeof message) == 0 ||
@@ -18,8 +16,6 @@ void bindHost() {
         vex::optGetReady(message, sizeof message) == 0)
         throw std::runtime_error(message);
 }
-
-}  // namespace
 
 vex::AnyFunction hostFunction(const char* symbol) {
     bindHost();  // it would undo a replacement if it came later

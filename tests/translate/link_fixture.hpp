@@ -53,6 +53,9 @@ private:
     std::vector<std::pair<std::int32_t, std::int32_t>> definitions;
 };
 
+/// Binds the link's slots to the built-in host; whoever has a fixture need not.
+void bindHost();
+
 /// The function that the built-in host exports as `symbol`, or null.
 vex::AnyFunction hostFunction(const char* symbol);
 
