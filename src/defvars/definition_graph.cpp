@@ -8,14 +8,15 @@ namespace vex {
 DefinitionGraph::DefinitionGraph(const Equalities& equalities, const DefinedVariables& known)
     : jacobian(equalities),
       definitions(equalities),
-      order(equalities.nbVariables()),
-      landmarks(definitions, equalities.nbVariables()),
-      visits(index(equalities.nbVariables())) {
+      order(equalities.nbRows()),
+      landmarks(definitions, equalities),
+      visits(index(equalities.nbRows())),
+      reachedFor(index(equalities.nbVariables()), 0) {
     for (const auto& [variable, row] : known) {
         startRow(row);
         if (isOrdered && wouldCreateCycle(variable)) {
             isOrdered = false;
-            order = OrderList(equalities.nbVariables());
+            order = OrderList(equalities.nbRows());
         }
         define(variable);
     }
@@ -30,28 +31,32 @@ void DefinitionGraph::startRow(std::int32_t row) {
     forward.expanded.clear();
     forward.rest = {};
     for (const Equalities::Entry& entry : jacobian.row(row)) {
-        if (definitions.isDefined(entry.index)) useDefinedVariable(entry.index);
+        const std::int32_t d = definitions.definitionOf(entry.index);
+        if (d != none) use(d);
     }
 }
 
-void DefinitionGraph::useDefinedVariable(std::int32_t variable) {
-    if (firstUsed == none || order.isBefore(variable, firstUsed)) firstUsed = variable;
-    usedLandmarks |= landmarks.usedBy(variable);
-    reach(variable);
+void DefinitionGraph::use(std::int32_t d) {
+    if (firstUsed == none || order.isBefore(d, firstUsed)) firstUsed = d;
+    usedLandmarks |= landmarks.usedBy(d);
+    reach(d);
 }
 
-void DefinitionGraph::reach(std::int32_t v) {
-    if (isReached(v)) return;
-    visits[index(v)].reachedFor = nbRowsStarted;
-    if (!definitions.isDefined(v)) return;
-    forward.open.push_back(v);
+void DefinitionGraph::reach(std::int32_t d) {
+    std::uint32_t& reached = visits[index(d)].reachedFor;
+    if (reached == nbRowsStarted) return;
+    reached = nbRowsStarted;
+    forward.open.push_back(d);
     std::push_heap(forward.open.begin(), forward.open.end(), laterForward());
 }
 
 bool DefinitionGraph::wouldCreateCycle(std::int32_t variable) {
     if (firstUsed == none) return false;
-    if (isReached(variable) || (usedLandmarks & landmarks.usersOf(variable)) != 0) return true;
-    visits[index(variable)].dependentIn = ++nbSearches;
+    if (reachedFor[index(variable)] == nbRowsStarted ||
+        (usedLandmarks & landmarks.usersOf(variable)) != 0)
+        return true;
+    inQuestion = variable;
+    ++nbSearches;
     backward.open.clear();
     backward.expanded.clear();
     backward.rest = definitions.rowsOf(variable);
@@ -92,12 +97,14 @@ bool DefinitionGraph::stepBackward() {
         std::pop_heap(backward.open.begin(), backward.open.end(), laterBackward());
         backward.expanded.push_back(backward.open.back());
         backward.open.pop_back();
-        backward.rest = definitions.rowsOf(backward.expanded.back());
+        backward.rest = definitions.rowsOf(definitions.variable(backward.expanded.back()));
         if (backward.rest.empty()) return false;
     }
-    const std::int32_t u = definitions.variableDefinedBy(backward.takeEntry());
-    if (u == none || isDependent(u)) return false;
-    visits[index(u)].dependentIn = nbSearches;
+    const std::int32_t u = definitions.definitionBy(backward.takeEntry());
+    if (u == none) return false;
+    Visit& visit = visits[index(u)];
+    if (visit.dependentIn == nbSearches) return false;
+    visit.dependentIn = nbSearches;
     if (isInFirstColumn && (lastDependent == none || order.isBefore(lastDependent, u)))
         lastDependent = u;
     // What stands in front of all that the row uses is not used by it.
@@ -105,10 +112,10 @@ bool DefinitionGraph::stepBackward() {
     backward.open.push_back(u);
     std::push_heap(backward.open.begin(), backward.open.end(), laterBackward());
     meetingPoint = u;
-    return isReached(u);
+    return visit.reachedFor == nbRowsStarted;
 }
 
-/// One entry of a row. @return whether its variable depends on the one in question.
+/// One entry of a row. @return whether its variable is the one in question or depends on it.
 bool DefinitionGraph::stepForward() {
     if (forward.rest.empty()) {
         std::pop_heap(forward.open.begin(), forward.open.end(), laterForward());
@@ -118,60 +125,67 @@ bool DefinitionGraph::stepForward() {
         if (forward.rest.empty()) return false;
     }
     const std::int32_t w = forward.takeEntry();
-    reach(w);
-    meetingPoint = definitions.isDefined(w) ? w : forward.expanded.back();
-    return isDependent(w);
+    const std::int32_t d = definitions.definitionOf(w);
+    if (d == none) {
+        reachedFor[index(w)] = nbRowsStarted;
+        meetingPoint = forward.expanded.back();
+        return w == inQuestion;
+    }
+    reach(d);
+    meetingPoint = d;
+    return visits[index(d)].dependentIn == nbSearches;
 }
 
 void DefinitionGraph::define(std::int32_t variable) {
-    if (isOrdered) place(variable);
-    definitions.add(variable, currentRow);
+    const std::int32_t d = definitions.add(variable, currentRow);
+    if (isOrdered) place(d);
     ++nbDefined;
-    landmarks.learn(variable, usedLandmarks);
+    landmarks.learn(d, usedLandmarks);
     assert(!isOrdered ||
-           (isInPlace(variable) && areInPlace(forward.expanded) && areInPlace(backward.expanded)));
+           (isInPlace(d) && areInPlace(forward.expanded) && areInPlace(backward.expanded)));
 }
 
-/// Is the defined variable `v` in front of all that it uses and behind all that use it?
-bool DefinitionGraph::isInPlace(std::int32_t v) const {
+/// Is definition `d` in front of all that it uses and behind all that use it?
+bool DefinitionGraph::isInPlace(std::int32_t d) const {
     const auto areInOrder = [this](std::int32_t user, std::int32_t used) {
-        return user == none || user == used || !definitions.isDefined(used) ||
-               order.isBefore(user, used);
+        return user == none || used == none || user == used || order.isBefore(user, used);
     };
-    const Equalities::Entries usedByIt = definitions.used(v);
-    const Equalities::Entries rows = definitions.rowsOf(v);
+    const Equalities::Entries usedByIt = definitions.used(d);
+    const Equalities::Entries rows = definitions.rowsOf(definitions.variable(d));
     return std::all_of(usedByIt.begin(), usedByIt.end(),
-                       [&](const auto& entry) { return areInOrder(v, entry.index); }) &&
+                       [&](const auto& entry) {
+                           return areInOrder(d, definitions.definitionOf(entry.index));
+                       }) &&
            std::all_of(rows.begin(), rows.end(), [&](const auto& entry) {
-               return areInOrder(definitions.variableDefinedBy(entry.index), v);
+               return areInOrder(definitions.definitionBy(entry.index), d);
            });
 }
 
 bool DefinitionGraph::areInPlace(const std::vector<std::int32_t>& moved) const {
-    return std::all_of(moved.begin(), moved.end(), [this](std::int32_t v) { return isInPlace(v); });
+    return std::all_of(moved.begin(), moved.end(), [this](std::int32_t d) { return isInPlace(d); });
 }
 
-/// Places `variable` behind all that depend on it and in front of all that it depends on.
-void DefinitionGraph::place(std::int32_t variable) {
+/// Places definition `d` behind all that depend on it and in front of all that it depends on.
+void DefinitionGraph::place(std::int32_t d) {
     if (firstUsed == none)
-        order.placeLast(variable);
+        order.placeLast(d);
     else if (forward.isExhausted())
-        placeBehindDependents(variable);
+        placeBehindDependents(d);
     else
-        placeBetweenSearches(variable);
+        placeBetweenSearches(d);
 }
 
 /// All that the row leads to is known and moves behind the last dependent, where it is not yet.
-void DefinitionGraph::placeBehindDependents(std::int32_t variable) {
+void DefinitionGraph::placeBehindDependents(std::int32_t d) {
     if (isInFirstColumn)
-        order.placeLast(variable);  // who the last dependent is has not come out
+        order.placeLast(d);  // who the last dependent is has not come out
     else if (lastDependent == none)
-        order.placeBefore(variable, firstUsed);
+        order.placeBefore(d, firstUsed);
     else
-        order.placeAfter(variable, lastDependent);
-    std::int32_t previous = variable;
+        order.placeAfter(d, lastDependent);
+    std::int32_t previous = d;
     for (const std::int32_t w : forward.expanded) {
-        if (order.isBefore(variable, w)) continue;
+        if (order.isBefore(d, w)) continue;
         order.remove(w);
         order.placeAfter(w, previous);
         previous = w;
@@ -179,9 +193,9 @@ void DefinitionGraph::placeBehindDependents(std::int32_t variable) {
 }
 
 /// What the searches have looked into stands in front of the first variable that the row leads to
-/// and that is not looked into entirely: at first what depends on the new variable, then the
-/// variable, then what it depends on.
-void DefinitionGraph::placeBetweenSearches(std::int32_t variable) {
+/// and that is not looked into entirely: at first what depends on the new one, then that one,
+/// then what it depends on.
+void DefinitionGraph::placeBetweenSearches(std::int32_t d) {
     std::vector<std::int32_t>& used = forward.expanded;
     std::int32_t border = forward.open.empty() ? none : forward.open.front();
     if (!forward.rest.empty()) {
@@ -196,7 +210,7 @@ void DefinitionGraph::placeBetweenSearches(std::int32_t variable) {
         order.remove(u);
         order.placeBefore(u, border);
     }
-    order.placeBefore(variable, border);
+    order.placeBefore(d, border);
     for (const std::int32_t w : used) {
         order.remove(w);
         order.placeBefore(w, border);

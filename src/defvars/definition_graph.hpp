@@ -47,10 +47,10 @@ public:
 
 private:
     static constexpr std::int32_t none = Definitions::none;
-    static std::size_t index(std::int32_t v) { return static_cast<std::size_t>(v); }
+    static std::size_t index(std::int32_t k) { return static_cast<std::size_t>(k); }
 
-    /// Variables that were met, most of them not yet looked into. A search looks into the one that
-    /// is first (last, for the backward search) in the list before all others.
+    /// Definitions that were met, most of them not yet looked into. A search looks into the one
+    /// that is first (last, for the backward search) in the list before all others.
     struct Search {
         std::vector<std::int32_t> open;      ///< heap
         std::vector<std::int32_t> expanded;  ///< in their order, that of `rest` included
@@ -63,7 +63,7 @@ private:
         }
     };
 
-    /// When a variable was met last.
+    /// When a definition was met last.
     struct Visit {
         std::uint32_t reachedFor = 0;   ///< number of the row, by the forward search
         std::uint32_t dependentIn = 0;  ///< number of the test, by the backward search
@@ -77,42 +77,38 @@ private:
         return [this](std::int32_t a, std::int32_t b) { return order.isBefore(a, b); };
     }
 
-    [[nodiscard]] bool isReached(std::int32_t v) const {
-        return visits[index(v)].reachedFor == nbRowsStarted;
-    }
-    [[nodiscard]] bool isDependent(std::int32_t u) const {
-        return visits[index(u)].dependentIn == nbSearches;
-    }
-    void useDefinedVariable(std::int32_t variable);
-    void reach(std::int32_t v);
+    void use(std::int32_t d);
+    void reach(std::int32_t d);
     bool searchesMeet();
     void learnFromMeeting(std::int64_t nbSteps);
     [[nodiscard]] bool searchesHavePassed() const;
     bool stepForward();
     bool stepBackward();
-    void place(std::int32_t variable);
-    void placeBehindDependents(std::int32_t variable);
-    void placeBetweenSearches(std::int32_t variable);
-    [[nodiscard]] bool isInPlace(std::int32_t v) const;
+    void place(std::int32_t d);
+    void placeBehindDependents(std::int32_t d);
+    void placeBetweenSearches(std::int32_t d);
+    [[nodiscard]] bool isInPlace(std::int32_t d) const;
     [[nodiscard]] bool areInPlace(const std::vector<std::int32_t>& moved) const;
 
     const Equalities& jacobian;
     Definitions definitions;
-    OrderList order;        ///< the defined variables, if `isOrdered`
-    bool isOrdered = true;  ///< without an order, no variable is in front of another
+    OrderList order;        ///< the definitions, if `isOrdered`
+    bool isOrdered = true;  ///< without an order, no definition is in front of another
     Landmarks landmarks;
     std::int64_t nbFutileSteps = 0;  ///< of searches that met, since the last landmark was placed
     std::int64_t nbDefined = 0;
 
     std::int32_t currentRow = none;
-    std::int32_t firstUsed = none;      ///< first in the list of the row's defined variables
-    Landmarks::Set usedLandmarks = 0;   ///< of the row's defined variables
-    std::int32_t meetingPoint = none;   ///< defined variable where the searches met last
+    std::int32_t firstUsed = none;      ///< first in the list of the definitions that the row uses
+    Landmarks::Set usedLandmarks = 0;   ///< of the definitions that the row uses
+    std::int32_t inQuestion = none;     ///< variable of the test
+    std::int32_t meetingPoint = none;   ///< definition where the searches met last
     Search forward;                     ///< from the row's variables; serves all tests of a row
     Search backward;                    ///< from the variable in question, through its dependents
     bool isInFirstColumn = false;       ///< `lastDependent` is not final yet
     std::int32_t lastDependent = none;  ///< last in the list of those that use it directly
-    std::vector<Visit> visits;          ///< [nbVariables]
+    std::vector<Visit> visits;          ///< [nbRows], by definition
+    std::vector<std::uint32_t> reachedFor;  ///< [nbVariables], of those that are not defined
     std::uint32_t nbRowsStarted = 0;
     std::uint32_t nbSearches = 0;
 };

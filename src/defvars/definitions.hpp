@@ -5,10 +5,14 @@
 #include <vector>
 
 #include "defvars/equalities.hpp"
+#include "defvars/prefetch.hpp"
 
 namespace vex {
 
-/// Which variable is defined by which row, and the ways between defined variables.
+/// Which variable is defined by which row, and the ways between definitions.
+///
+/// Definitions are numbered from 0 in the order in which they come: what belongs to a definition
+/// lies near to what belongs to those found shortly before it.
 class Definitions {
 public:
     static constexpr std::int32_t none = -1;
@@ -16,39 +20,59 @@ public:
     /// @param equalities  outlives this object.
     explicit Definitions(const Equalities& equalities)
         : jacobian(equalities),
-          rows(static_cast<std::size_t>(equalities.nbVariables()), none),
-          variables(static_cast<std::size_t>(equalities.nbRows()), none) {}
+          ofVariables(static_cast<std::size_t>(equalities.nbVariables()), none),
+          byRows(static_cast<std::size_t>(equalities.nbRows()), none) {}
 
+    /// Definition of `variable`, or none.
+    [[nodiscard]] std::int32_t definitionOf(std::int32_t variable) const {
+        return ofVariables[static_cast<std::size_t>(variable)];
+    }
     [[nodiscard]] bool isDefined(std::int32_t variable) const {
-        return rowDefining(variable) != none;
+        return definitionOf(variable) != none;
     }
-    /// Row that defines `variable`, or none.
-    [[nodiscard]] std::int32_t rowDefining(std::int32_t variable) const {
-        return rows[static_cast<std::size_t>(variable)];
+    /// Definition by `row`, or none.
+    [[nodiscard]] std::int32_t definitionBy(std::int32_t row) const {
+        return byRows[static_cast<std::size_t>(row)];
     }
-    /// Variable that `row` defines, or none.
-    [[nodiscard]] std::int32_t variableDefinedBy(std::int32_t row) const {
-        return variables[static_cast<std::size_t>(row)];
-    }
-    void add(std::int32_t variable, std::int32_t row) {
-        rows[static_cast<std::size_t>(variable)] = row;
-        variables[static_cast<std::size_t>(row)] = variable;
+    [[nodiscard]] std::int32_t variable(std::int32_t d) const { return at(d).variable; }
+    [[nodiscard]] std::int32_t row(std::int32_t d) const { return at(d).row; }
+
+    /// @return its number.
+    std::int32_t add(std::int32_t variable, std::int32_t row) {
+        const auto d = static_cast<std::int32_t>(pairs.size());
+        pairs.push_back({variable, row});
+        ofVariables[static_cast<std::size_t>(variable)] = d;
+        byRows[static_cast<std::size_t>(row)] = d;
+        return d;
     }
 
-    /// The variables that a defined variable uses. It should be one of them itself, but a row given
-    /// from outside may be any, even an empty one.
-    [[nodiscard]] Equalities::Entries used(std::int32_t variable) const {
-        return jacobian.row(rowDefining(variable));
-    }
+    /// The variables that definition `d` uses. The defined one should be among them, but a row
+    /// given from outside may be any, even an empty one.
+    [[nodiscard]] Equalities::Entries used(std::int32_t d) const { return jacobian.row(row(d)); }
     /// The rows with `variable`; those that define something define its users.
     [[nodiscard]] Equalities::Entries rowsOf(std::int32_t variable) const {
         return jacobian.column(variable);
     }
 
+    /// Asks for the place of definitionOf(variable).
+    void prefetchOf(std::int32_t variable) const {
+        prefetchAddress(&ofVariables[static_cast<std::size_t>(variable)]);
+    }
+
 private:
+    struct Pair {
+        std::int32_t variable = none;
+        std::int32_t row = none;
+    };
+
+    [[nodiscard]] const Pair& at(std::int32_t d) const {
+        return pairs[static_cast<std::size_t>(d)];
+    }
+
     const Equalities& jacobian;
-    std::vector<std::int32_t> rows;       ///< [nbVariables]
-    std::vector<std::int32_t> variables;  ///< [nbRows]
+    std::vector<Pair> pairs;                ///< [number of definitions]
+    std::vector<std::int32_t> ofVariables;  ///< [nbVariables]
+    std::vector<std::int32_t> byRows;       ///< [nbRows]
 };
 
 }  // namespace vex

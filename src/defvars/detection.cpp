@@ -38,6 +38,7 @@ private:
     [[nodiscard]] bool canBeCandidate(std::int32_t variable) const;
     void fillPendingRows();
     void settleRow(std::int32_t row);
+    void prefetchVariablesOf(std::int32_t row) const;
     void define(std::int32_t variable);
 
     ModelHandle nmo;
@@ -53,19 +54,19 @@ void Detection::markCandidates() {
 }
 
 bool Detection::canBeCandidate(std::int32_t variable) const {
-    if (nmoGetVarLowerOne(nmo, variable) == nmoGetVarUpperOne(nmo, variable) ||
-        nmoGetVarTypeOne(nmo, variable) != variable_type::continuous ||
-        definitions().isDefined(variable))
-        return false;
     const Equalities::Entries column = equalities.column(variable);
-    return std::any_of(column.begin(), column.end(), [this](const Equalities::Entry& entry) {
-        return entry.canBeSolvedFor && equalities.isEquality(entry.index);
-    });
+    return std::any_of(column.begin(), column.end(),
+                       [this](const Equalities::Entry& entry) {
+                           return entry.canBeSolvedFor && equalities.isEquality(entry.index);
+                       }) &&
+           nmoGetVarLowerOne(nmo, variable) != nmoGetVarUpperOne(nmo, variable) &&
+           nmoGetVarTypeOne(nmo, variable) == variable_type::continuous &&
+           !definitions().isDefined(variable);
 }
 
 void Detection::fillPendingRows() {
     for (std::int32_t i = 0; i < equalities.nbRows(); ++i) {
-        if (!equalities.isEquality(i) || definitions().variableDefinedBy(i) != Definitions::none)
+        if (!equalities.isEquality(i) || definitions().definitionBy(i) != Definitions::none)
             continue;
         for (const Equalities::Entry& entry : equalities.row(i)) {
             if (isCandidate[static_cast<std::size_t>(entry.index)])
@@ -78,6 +79,7 @@ void Detection::fillPendingRows() {
 /// Lets the row define its first candidate that closes no cycle, if there is one. The size of the
 /// coefficient no longer matters: the row's function is built from it, or setup refuses it.
 void Detection::settleRow(std::int32_t row) {
+    prefetchVariablesOf(row);
     graph.startRow(row);
     for (const Equalities::Entry& entry : equalities.row(row)) {
         if (entry.isLinear && isCandidate[static_cast<std::size_t>(entry.index)] &&
@@ -88,11 +90,26 @@ void Detection::settleRow(std::int32_t row) {
     }
 }
 
+/// In an instance larger than the caches nearly every step to a variable or a row waits for memory.
+/// What the next steps need is asked for all at once, so that they wait together.
+void Detection::prefetchVariablesOf(std::int32_t row) const {
+    for (const Equalities::Entry& entry : equalities.row(row)) {
+        definitions().prefetchOf(entry.index);
+        equalities.prefetchColumnStart(entry.index);
+    }
+}
+
 void Detection::define(std::int32_t variable) {
+    for (const Equalities::Entry& entry : equalities.column(variable)) {
+        pending.prefetch(entry.index);
+        equalities.prefetchRowStart(entry.index);
+    }
     graph.define(variable);
     isCandidate[static_cast<std::size_t>(variable)] = false;
-    for (const Equalities::Entry& entry : equalities.column(variable))
+    for (const Equalities::Entry& entry : equalities.column(variable)) {
         pending.uncountCandidate(entry.index, entry.canBeSolvedFor);
+        equalities.prefetchRow(entry.index);  // likely to be settled soon
+    }
 }
 
 }  // namespace
@@ -108,12 +125,14 @@ void findDefiningEquations(ModelHandle nmo, DefinedVariables& definedVariables,
     // Ascending, so that a map grows at its end in O(1); what it holds already stays.
     const Definitions& found = detection.definitions();
     for (std::int32_t j = 0; j < nmoN(nmo); ++j) {
-        if (found.isDefined(j))
-            definedVariables.emplace_hint(definedVariables.end(), j, found.rowDefining(j));
+        const std::int32_t d = found.definitionOf(j);
+        if (d != Definitions::none)
+            definedVariables.emplace_hint(definedVariables.end(), j, found.row(d));
     }
     for (std::int32_t i = 0; i < nmoM(nmo); ++i) {
-        const std::int32_t j = found.variableDefinedBy(i);
-        if (j >= 0) definingEquations.emplace_hint(definingEquations.end(), i, j);
+        const std::int32_t d = found.definitionBy(i);
+        if (d != Definitions::none)
+            definingEquations.emplace_hint(definingEquations.end(), i, found.variable(d));
     }
     nevLogStatPChar(nev,
                     ("found " + std::to_string(definedVariables.size() - nbKnown) + "\n").c_str());

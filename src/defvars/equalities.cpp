@@ -24,7 +24,7 @@ std::size_t nbEntriesOf(ModelHandle nmo, std::int32_t i) {
 Equalities::Equalities(ModelHandle nmo, const DefinedVariables& known)
     : equality(static_cast<std::size_t>(nmoM(nmo))),
       rowStarts(1, 0),
-      columnStarts(static_cast<std::size_t>(nmoN(nmo)) + 1, 0) {
+      columnStarts(static_cast<std::size_t>(nmoN(nmo)) + 1) {
     std::vector<bool> isRead(equality.size(), false);
     for (const auto& [variable, row] : known) isRead[static_cast<std::size_t>(row)] = true;
     std::size_t nbEntries = 0;
@@ -57,16 +57,20 @@ void Equalities::readRow(ModelHandle nmo, std::int32_t i) {
 }
 
 void Equalities::transpose() {
-    for (const Entry& entry : rowEntries) ++columnStarts[static_cast<std::size_t>(entry.index) + 1];
-    for (std::size_t j = 1; j < columnStarts.size(); ++j) columnStarts[j] += columnStarts[j - 1];
+    // A column's start is kept one place too far and counts up while the column fills, until it is
+    // the start of the next one.
+    Starts& starts = columnStarts;
+    starts.assign(starts.size() + 1, 0);
+    for (const Entry& entry : rowEntries) ++starts[static_cast<std::size_t>(entry.index) + 2];
+    for (std::size_t j = 2; j < starts.size(); ++j) starts[j] += starts[j - 1];
     columnEntries.resize(rowEntries.size());
-    Starts next(columnStarts.begin(), columnStarts.end() - 1);
     for (std::int32_t i = 0; i < nbRows(); ++i) {
         for (const auto& [variable, isLinear, canBeSolvedFor] : row(i)) {
-            std::size_t& place = next[static_cast<std::size_t>(variable)];
+            std::size_t& place = starts[static_cast<std::size_t>(variable) + 1];
             columnEntries[place++] = {i, isLinear, canBeSolvedFor};
         }
     }
+    starts.pop_back();
 }
 
 }  // namespace vex

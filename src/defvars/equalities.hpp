@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "defvars/defined_variables.hpp"
+#include "defvars/prefetch.hpp"
 #include "host/codes.hpp"
 
 namespace vex {
@@ -26,9 +27,7 @@ public:
 
     [[nodiscard]] std::int32_t nbVariables() const { return nbOf(columnStarts); }
     [[nodiscard]] std::int32_t nbRows() const { return nbOf(rowStarts); }
-    [[nodiscard]] bool isEquality(std::int32_t i) const {
-        return equality[static_cast<std::size_t>(i)];
-    }
+    [[nodiscard]] bool isEquality(std::int32_t i) const { return equality[place(i)]; }
 
     /// In the host's order; without entries for a row that is not read.
     [[nodiscard]] Entries row(std::int32_t i) const { return entries(rowEntries, rowStarts, i); }
@@ -37,15 +36,20 @@ public:
         return entries(columnEntries, columnStarts, j);
     }
 
+    /// Ask for the place where row `i` (column `j`) starts, and for the first entries of row `i`.
+    void prefetchRowStart(std::int32_t i) const { prefetchAddress(&rowStarts[place(i)]); }
+    void prefetchColumnStart(std::int32_t j) const { prefetchAddress(&columnStarts[place(j)]); }
+    void prefetchRow(std::int32_t i) const { prefetchAddress(row(i).data()); }
+
 private:
     using Starts = std::vector<std::size_t>;
 
+    static std::size_t place(std::int32_t k) { return static_cast<std::size_t>(k); }
     static std::int32_t nbOf(const Starts& starts) {
         return static_cast<std::int32_t>(starts.size()) - 1;
     }
     static Entries entries(const std::vector<Entry>& all, const Starts& starts, std::int32_t k) {
-        const auto at = static_cast<std::size_t>(k);
-        return {all.data() + starts[at], all.data() + starts[at + 1]};
+        return {all.data() + starts[place(k)], all.data() + starts[place(k) + 1]};
     }
     void readRow(ModelHandle nmo, std::int32_t i);
     void transpose();

@@ -19,35 +19,38 @@ public:
     using Set = std::uint64_t;
 
     /// @param allDefinitions  outlive this object.
-    Landmarks(const Definitions& allDefinitions, std::int32_t variableCount)
-        : definitions(allDefinitions), nbVariables(static_cast<std::size_t>(variableCount)) {}
+    Landmarks(const Definitions& allDefinitions, const Equalities& equalities)
+        : definitions(allDefinitions),
+          nbVariables(static_cast<std::size_t>(equalities.nbVariables())),
+          nbRows(static_cast<std::size_t>(equalities.nbRows())) {}
 
     [[nodiscard]] bool areAllPlaced() const { return nbPlaced == 64; }
-    /// Makes a defined variable a landmark. Not when all are placed.
-    void place(std::int32_t variable);
-    /// Takes notice that `variable` was defined and its row's variables are or depend on
-    /// `usedByRow`.
-    void learn(std::int32_t variable, Set usedByRow);
+    /// Makes the variable of definition `d` a landmark. Not when all are placed.
+    void place(std::int32_t d);
+    /// Takes notice of the new definition `d`, whose row's variables are or depend on `usedByRow`.
+    void learn(std::int32_t d, Set usedByRow);
 
-    /// Landmarks that `variable` is or depends on.
-    [[nodiscard]] Set usedBy(std::int32_t variable) const { return of(used, variable); }
+    /// Landmarks that the variable of definition `d` is or depends on.
+    [[nodiscard]] Set usedBy(std::int32_t d) const { return of(used, d); }
     /// Landmarks that are `variable` or depend on it.
     [[nodiscard]] Set usersOf(std::int32_t variable) const { return of(users, variable); }
 
 private:
-    [[nodiscard]] static Set of(const std::vector<Set>& sets, std::int32_t variable) {
-        return sets.empty() ? 0 : sets[static_cast<std::size_t>(variable)];
+    [[nodiscard]] static Set of(const std::vector<Set>& sets, std::int32_t k) {
+        return sets.empty() ? 0 : sets[static_cast<std::size_t>(k)];
     }
-    void add(std::vector<Set>& sets, std::int32_t variable, Set found);
+    void add(std::vector<Set>& sets, std::int32_t k, Set found);
     void tellUsers();
     void tellUsed();
 
     const Definitions& definitions;
     std::size_t nbVariables;
+    std::size_t nbRows;
     int nbPlaced = 0;
-    std::vector<Set> used;              ///< [nbVariables], empty before the first landmark
-    std::vector<Set> users;             ///< [nbVariables], empty before the first landmark
-    std::vector<std::int32_t> learned;  ///< stack: those whose neighbours are to be told
+    std::vector<Set> used;   ///< [nbRows], by definition; empty before the first landmark
+    std::vector<Set> users;  ///< [nbVariables], empty before the first landmark
+    /// Stack of definitions (of variables) whose users (whose used variables) are to be told.
+    std::vector<std::int32_t> learned;
 };
 
 }  // namespace vex

@@ -14,7 +14,7 @@ constexpr std::uint64_t endOfNumbers = std::uint64_t{1} << nbNumberBits;
 constexpr std::uint64_t usualGap = std::uint64_t{1} << 30;
 
 /// A range of 2^k numbers is sparse enough when it has at most this to the power of k members.
-/// 1.5^62 members are more than there can be variables.
+/// 1.5^62 are more than there can be members.
 constexpr double sparseBase = 1.5;
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 namespace vex {
 
-/// Variables in a row, with an answer in O(1) to which of two comes first.
+/// Members in a row, numbered from 0, with an answer in O(1) to which of two comes first.
 ///
 /// A linked list whose members carry ascending numbers. Where two neighbours leave no number free,
 /// the numbers of the smallest sparse enough surroundings are spread anew: O(log n) amortised for
@@ -14,16 +14,16 @@ namespace vex {
 /// maintaining order in a list", ESA 2002, section 2).
 class OrderList {
 public:
-    explicit OrderList(std::int32_t nbVariables) : members(static_cast<std::size_t>(nbVariables)) {}
+    explicit OrderList(std::int32_t nbMembers) : members(static_cast<std::size_t>(nbMembers)) {}
 
-    /// Places variable `v`, which is not in the list, behind all others.
+    /// Places `v`, which is not in the list, behind all others.
     void placeLast(std::int32_t v) { placeBetween(last, v, none); }
     /// Places `v`, which is not in the list, directly in front of (behind) member `u`.
     void placeBefore(std::int32_t v, std::int32_t u) { placeBetween(at(u).before, v, u); }
     void placeAfter(std::int32_t v, std::int32_t u) { placeBetween(u, v, at(u).after); }
     void remove(std::int32_t v);
 
-    /// Is member `u` in front of member `v`? Variables that were never placed are all equal.
+    /// Is member `u` in front of member `v`? Those that were never placed are all equal.
     [[nodiscard]] bool isBefore(std::int32_t u, std::int32_t v) const {
         return at(u).number < at(v).number;
     }
@@ -45,7 +45,7 @@ private:
     void placeBetween(std::int32_t left, std::int32_t v, std::int32_t right);
     void spreadAround(std::int32_t v);
 
-    std::vector<Member> members;  ///< [nbVariables]
+    std::vector<Member> members;  ///< [nbMembers]
     std::int32_t first = none;
     std::int32_t last = none;
 };

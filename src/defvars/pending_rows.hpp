@@ -5,6 +5,8 @@
 #include <map>
 #include <vector>
 
+#include "defvars/prefetch.hpp"
+
 namespace vex {
 
 /// The rows that may still define a variable, the one with the fewest candidates first.
@@ -30,6 +32,9 @@ public:
     void uncountCandidate(std::int32_t row, bool canBeSolvedFor);
 
     [[nodiscard]] bool isEmpty() const { return buckets.empty(); }
+
+    /// Asks for the counts of `row`.
+    void prefetch(std::int32_t row) const { prefetchAddress(&at(row)); }
     /// Removes and returns the first row.
     std::int32_t takeFirst();
 
