@@ -183,6 +183,43 @@ void detect(benchmark::State& state, Family family) {
     state.counters["defined"] = static_cast<double>(nbDefined);
 }
 
+/// What any search on `randomSparse` pays to memory: rows come in an order that is not theirs, each
+/// reads what is known of its three variables and changes the counts of the rows with one of them.
+/// Nothing is decided, no host is asked, and what comes next is known.
+void memoryAlone(benchmark::State& state) {
+    const auto nbRows = static_cast<std::size_t>(state.range(0));
+    const std::size_t nbVariables = 3 * nbRows;
+    std::mt19937 random(1);
+    std::vector<std::int32_t> entries(3 * nbRows);
+    std::vector<std::size_t> starts(nbVariables + 1, 0);
+    for (std::int32_t& j : entries) {
+        j = static_cast<std::int32_t>(random() % nbVariables);
+        ++starts[static_cast<std::size_t>(j) + 1];
+    }
+    std::partial_sum(starts.begin(), starts.end(), starts.begin());
+    std::vector<std::size_t> next(starts.begin(), starts.end() - 1);
+    std::vector<std::size_t> columns(entries.size());
+    for (std::size_t k = 0; k < entries.size(); ++k)
+        columns[next[static_cast<std::size_t>(entries[k])]++] = k / 3;
+    std::vector<std::int32_t> order = ascending(static_cast<std::int32_t>(nbRows));
+    std::shuffle(order.begin(), order.end(), random);
+    std::vector<std::int32_t> known(nbVariables, 0);
+    std::vector<std::int32_t> counts(nbRows, 3);
+    const std::clock_t start = std::clock();
+    for (auto _ : state) {
+        for (const std::int32_t i : order) {
+            const std::int32_t* const row = &entries[3 * static_cast<std::size_t>(i)];
+            for (int k = 0; k < 3; ++k) known[static_cast<std::size_t>(row[k])] += i;
+            const auto j = static_cast<std::size_t>(row[0]);
+            for (std::size_t k = starts[j]; k < starts[j + 1]; ++k) --counts[columns[k]];
+        }
+        benchmark::ClobberMemory();
+    }
+    const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+    state.counters["ns_per_entry"] = seconds * 1e9 / static_cast<double>(state.iterations()) /
+                                     static_cast<double>(entries.size());
+}
+
 void rows(benchmark::internal::Benchmark* benchmark) {
     for (const int nbRows : {10000, 100000, 1000000}) benchmark->Arg(nbRows);
     benchmark->UseManualTime()->Unit(benchmark::kMillisecond)->MinTime(3);
@@ -201,6 +238,7 @@ BENCHMARK_CAPTURE(detect, tree, tree)->Apply(rows);
 BENCHMARK_CAPTURE(detect, layers, layers)->Apply(rows);
 BENCHMARK_CAPTURE(detect, localSparse, localSparse)->Apply(rows);
 BENCHMARK_CAPTURE(detect, randomSparse, randomSparse)->Apply(rows);
+BENCHMARK(memoryAlone)->Arg(10000)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(detect, randomSquare, randomSquare)->Apply(rows);
 BENCHMARK_CAPTURE(detect, dense, dense)->Apply(squares);
 
