@@ -79,7 +79,7 @@ bool DefinitionGraph::searchesMeet() {
 /// Searches that have cost as much as a walk through everything pay for a landmark.
 void DefinitionGraph::learnFromMeeting(std::int64_t nbSteps) {
     nbFutileSteps += nbSteps;
-    if (nbFutileSteps < nbDefined || landmarks.areAllPlaced()) return;
+    if (nbFutileSteps < definitions.size() || landmarks.areAllPlaced()) return;
     landmarks.place(meetingPoint);
     nbFutileSteps = 0;
 }
@@ -139,7 +139,6 @@ bool DefinitionGraph::stepForward() {
 void DefinitionGraph::define(std::int32_t variable) {
     const std::int32_t d = definitions.add(variable, currentRow);
     if (isOrdered) place(d);
-    ++nbDefined;
     landmarks.learn(d, usedLandmarks);
     assert(!isOrdered ||
            (isInPlace(d) && areInPlace(forward.expanded) && areInPlace(backward.expanded)));

@@ -96,7 +96,6 @@ private:
     bool isOrdered = true;  ///< without an order, no definition is in front of another
     Landmarks landmarks;
     std::int64_t nbFutileSteps = 0;  ///< of searches that met, since the last landmark was placed
-    std::int64_t nbDefined = 0;
 
     std::int32_t currentRow = none;
     std::int32_t firstUsed = none;      ///< first in the list of the definitions that the row uses

@@ -23,6 +23,7 @@ public:
           ofVariables(static_cast<std::size_t>(equalities.nbVariables()), none),
           byRows(static_cast<std::size_t>(equalities.nbRows()), none) {}
 
+    [[nodiscard]] std::int32_t size() const { return static_cast<std::int32_t>(pairs.size()); }
     /// Definition of `variable`, or none.
     [[nodiscard]] std::int32_t definitionOf(std::int32_t variable) const {
         return ofVariables[static_cast<std::size_t>(variable)];
@@ -39,7 +40,7 @@ public:
 
     /// @return its number.
     std::int32_t add(std::int32_t variable, std::int32_t row) {
-        const auto d = static_cast<std::int32_t>(pairs.size());
+        const std::int32_t d = size();
         pairs.push_back({variable, row});
         ofVariables[static_cast<std::size_t>(variable)] = d;
         byRows[static_cast<std::size_t>(row)] = d;
@@ -70,7 +71,7 @@ private:
     }
 
     const Equalities& jacobian;
-    std::vector<Pair> pairs;                ///< [number of definitions]
+    std::vector<Pair> pairs;                ///< [size()]
     std::vector<std::int32_t> ofVariables;  ///< [nbVariables]
     std::vector<std::int32_t> byRows;       ///< [nbRows]
 };

@@ -55,13 +55,13 @@ void Detection::markCandidates() {
 
 bool Detection::canBeCandidate(std::int32_t variable) const {
     const Equalities::Entries column = equalities.column(variable);
-    return std::any_of(column.begin(), column.end(),
+    return !definitions().isDefined(variable) &&
+           std::any_of(column.begin(), column.end(),
                        [this](const Equalities::Entry& entry) {
                            return entry.canBeSolvedFor && equalities.isEquality(entry.index);
                        }) &&
            nmoGetVarLowerOne(nmo, variable) != nmoGetVarUpperOne(nmo, variable) &&
-           nmoGetVarTypeOne(nmo, variable) == variable_type::continuous &&
-           !definitions().isDefined(variable);
+           nmoGetVarTypeOne(nmo, variable) == variable_type::continuous;
 }
 
 void Detection::fillPendingRows() {

@@ -31,10 +31,10 @@ public:
     /// no longer pending; a row that is not pending stays as it is.
     void uncountCandidate(std::int32_t row, bool canBeSolvedFor);
 
-    [[nodiscard]] bool isEmpty() const { return buckets.empty(); }
-
     /// Asks for the counts of `row`.
     void prefetch(std::int32_t row) const { prefetchAddress(&at(row)); }
+
+    [[nodiscard]] bool isEmpty() const { return buckets.empty(); }
     /// Removes and returns the first row.
     std::int32_t takeFirst();
 
