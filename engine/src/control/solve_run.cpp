@@ -18,10 +18,13 @@ constexpr auto pausePatience = std::chrono::milliseconds(100);
 /// writes something once a period is never late by one.
 constexpr int ticksPerPeriod = 4;
 
-/// Effort is reckoned in operand visits, about 10 ns each. The first turn of proving takes a
-/// fraction of a second; the next ones grow so fast that what is done again costs little.
+/// Effort is reckoned in operand visits, about 10 ns each. The first turns are short, so that both
+/// sides soon know what the other finds easily.
 constexpr std::int64_t firstEffort = 5'000'000;
 constexpr std::int64_t effortGrowth = 4;
+constexpr std::int64_t largestEffort = 80'000'000;
+/// A tree is most likely to finish the model: the search gets one part in ten of the work beside.
+constexpr std::int64_t treeTurnsPerSearchTurn = 9;
 /// What a move of the search is reckoned at.
 constexpr std::int64_t visitsPerMove = 2000;
 
@@ -89,6 +92,8 @@ void SolveRun::runPhase(const Phase& phase) {
         emitTimeTickIfDue();
         emitIterationTickIfDue();
     }
+    const bool isLast = &phase == &context_.phases.back();
+    if (isLast || context_.stopSignal.isStopped()) concludeProof();
     if (context_.statistics.iterations > phaseStartIterations_) polish();
     emit(LS_CALLBACK_PHASE_ENDED);
 }
@@ -141,41 +146,63 @@ bool SolveRun::isLimitReached(const Phase& phase) const {
     return Clock::now() >= deadline_ || iterationsLeft(phase) <= 0;
 }
 
-void SolveRun::prove(std::int64_t iterationsLeft) {
-    const std::int64_t wanted =
-        std::max<std::int64_t>(100, effort_ / visitsPerProofStep(context_.model));
-    const std::int64_t budget = std::min(wanted, iterationsLeft);
+void SolveRun::startProof() {
+    proof_.emplace(context_.model, context_.solution.point(), context_.parameters.seed);
     const std::atomic<bool>& halt = context_.stopSignal.workersHalt();
-    const auto shouldStop = [this, &halt] {
-        team_.parkIfPaused();
-        return halt.load();
-    };
-    ProveLimits limits{budget, context_.parameters.seed, shouldStop};
-    limits.attempt = nbProvingTurns_++;
-    Preparation preparation;
-    team_.start(
-        1, [&](int) { preparation = prepare(context_.model, context_.solution.point(), limits); });
-    awaitJob();
-    context_.statistics.iterations += preparation.iterations;
-    accept(preparation);
-    // Ended by itself before the budget did: it has tried all that it knows.
-    isProvingExhausted_ = preparation.iterations < budget && !halt;
-    searchLeft_ = effort_ / visitsPerMove;
-    effort_ = std::min(effort_, largestCount / effortGrowth) * effortGrowth;
+    proofThread_.emplace([this](Pace& pace) { proof_->run(pace); },
+                         [this, &halt] {
+                             team_.parkIfPaused();
+                             return halt.load();
+                         });
 }
 
-void SolveRun::accept(Preparation& preparation) {
+void SolveRun::prove(std::int64_t iterationsLeft) {
+    if (!proof_) startProof();
+    if (context_.solution.claimed().verdict.feasible) proof_->offer(context_.solution.point());
+    const std::int64_t wanted =
+        std::max<std::int64_t>(100, effort_ / visitsPerProofStep(context_.model));
+    std::int64_t spent = 0;
+    team_.start(1, [&](int) { spent = proofThread_->advance(std::min(wanted, iterationsLeft)); });
+    awaitJob();
+    context_.statistics.iterations += spent;
+    isProvingExhausted_ = proofThread_->hasEnded();
+    acceptProof();
+    planNextTurn();
+}
+
+void SolveRun::planNextTurn() {
+    switch (proof_->kind()) {
+        case ProofKind::LinearProgram:
+            searchLeft_ = 0;
+            break;
+        case ProofKind::Tree:
+            searchLeft_ = effort_ / visitsPerMove / treeTurnsPerSearchTurn;
+            break;
+        case ProofKind::Other:
+            searchLeft_ = effort_ / visitsPerMove;
+            break;
+    }
+    effort_ = std::min(effort_ * effortGrowth, largestEffort);
+}
+
+void SolveRun::concludeProof() {
+    if (!proofThread_ || proofThread_->hasEnded()) return;
+    proofThread_->conclude();
+    isProvingExhausted_ = true;
+    acceptProof();
+}
+
+void SolveRun::acceptProof() {
     Solution& solution = context_.solution;
-    if (preparation.outcome == Preparation::Outcome::Inconsistent) {
+    if (proof_->outcome() == Preparation::Outcome::Inconsistent) {
         solution.proveInconsistent();
         return;
     }
-    if (!searchers_ && !preparation.domain.empty()) domain_ = std::move(preparation.domain);
-    if (!preparation.hasPoint) return;
-    std::vector<Value> values;
-    Incumbent claimed{std::move(preparation.point), {}, 0.0};
-    claimed.verdict = judge(context_.model, claimed.point, values);
-    if (preparation.outcome == Preparation::Outcome::Optimal) {
+    if (!searchers_ && !proof_->domain().empty()) domain_ = proof_->domain();
+    const ProvedIncumbent& incumbent = proof_->incumbent();
+    if (!incumbent.hasPoint()) return;
+    Incumbent claimed{incumbent.point(), incumbent.verdict(), 0.0};
+    if (proof_->outcome() == Preparation::Outcome::Optimal) {
         acceptOptimum(std::move(claimed));
     } else if (solution.isImprovedBy(claimed)) {
         solution.replace(std::move(claimed));

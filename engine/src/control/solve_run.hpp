@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "control/paced_thread.hpp"
 #include "control/parameters.hpp"
 #include "control/search_team.hpp"
 #include "control/solution.hpp"
@@ -28,8 +29,8 @@ struct RunContext {
 
 /// One call of ls_solve: proves and searches by turns, through the phases in order.
 ///
-/// Both turns are measured in iterations and grow together, so that a model that can be proved is
-/// proved in the end, a model that cannot be is searched, and the clock decides nothing but the
+/// There is one proof, which goes on in each turn from where it was held. The turns are measured in
+/// iterations, and what kind of proof it is decides the shares; the clock decides nothing but the
 /// end. The solve thread itself only waits, ticks and keeps the best point; the work is done by the
 /// workers. An exception of a worker leaves run() after all workers have come to rest.
 class SolveRun {
@@ -52,7 +53,12 @@ private:
     [[nodiscard]] std::int64_t iterationsLeft(const Phase& phase) const;
 
     void prove(std::int64_t iterationsLeft);
-    void accept(Preparation& preparation);
+    void startProof();
+    void planNextTurn();
+    /// Takes over what the proof has found out, while it is held.
+    void acceptProof();
+    /// Has the proof end with what it has in hand.
+    void concludeProof();
     /// Puts the current point, unless it is proved, well inside the tolerance.
     void polish();
     void acceptOptimum(Incumbent claimed);
@@ -74,14 +80,15 @@ private:
     std::int64_t phaseStartIterations_ = 0;
     std::int64_t lastTickIterations_ = 0;
 
-    std::int64_t effort_;  ///< of the next turn of proving, in operand visits
-    int nbProvingTurns_ = 0;
+    std::int64_t effort_;              ///< of the next turn of proving, in operand visits
     bool isProvingExhausted_ = false;  ///< more effort would prove no more
     std::int64_t searchLeft_ = 0;      ///< moves before the next turn of proving
     std::vector<Interval> domain_;     ///< [nbDecisions] as tightened by proving
 
     std::optional<SearchTeam> searchers_;
-    WorkerTeam team_;  ///< last: its threads end before what they work on
+    WorkerTeam team_;  ///< its threads end before what they work on
+    std::optional<Proof> proof_;
+    std::optional<PacedThread> proofThread_;  ///< last: works on the proof, asks the team
 };
 
 }  // namespace engine

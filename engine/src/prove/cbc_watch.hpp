@@ -3,8 +3,8 @@
 #include <chrono>
 #include <cstdint>
 #include <exception>
+#include <utility>
 
-#include <CbcEventHandler.hpp>
 #include <ClpEventHandler.hpp>
 
 #include "prove/exact_back_end.hpp"
@@ -14,25 +14,31 @@ namespace engine {
 /// Counts the effort of one exact solve and decides when it ends.
 ///
 /// The solver's event handlers, which it clones at will, all refer to one watch. The clock only
-/// spaces the questions to shouldStop; what it throws is kept until the solver has returned.
+/// spaces the questions to the pace; what that throws is kept until the solver has returned.
 class CbcWatch {
 public:
-    explicit CbcWatch(const ExactSettings& settings) : settings_(settings) {}
+    /// @param grace  pivots granted when the pace has ended already.
+    CbcWatch(Pace& pace, std::int64_t grace) : pace_(pace) {
+        if (grace > 0 && pace.mustEnd()) finish(grace);
+    }
 
-    void count() { ++effort_; }
+    void count() noexcept {
+        ++effort_;
+        ++nbUntold_;
+        if (mayHold_) tell();
+    }
     /// Once true, true for ever: a solver that is told to stop may ask again.
     bool mustStop() noexcept {
         if (finishing_) return effort_ >= finishEnd_;
-        if (stopped_) return true;
-        stopped_ = effort_ >= settings_.budget || wantsStop();
+        if (!stopped_ && mayHold_) stopped_ = wantsStop();
         return stopped_;
     }
     [[nodiscard]] bool stopped() const { return stopped_; }
     [[nodiscard]] std::int64_t effort() const { return effort_; }
-    /// From now on only what turns the tree's best point into one of the whole problem is left:
-    /// some pivots for which no stop is asked.
-    void finish() {
-        constexpr std::int64_t enough = 20'000;
+    /// While false the solve is neither held nor stopped.
+    void letHold(bool may) { mayHold_ = may; }
+    /// From now on only `enough` pivots more are left, for which no stop is asked.
+    void finish(std::int64_t enough) {
         finishing_ = true;
         finishEnd_ = effort_ + enough;
     }
@@ -41,23 +47,36 @@ public:
     }
 
 private:
+    void tell() noexcept {
+        try {
+            if (!pace_.spend(std::exchange(nbUntold_, 0))) stopped_ = true;
+        } catch (...) {
+            keep(std::current_exception());
+        }
+    }
     bool wantsStop() noexcept {
         constexpr auto interval = std::chrono::milliseconds(20);
         const auto now = std::chrono::steady_clock::now();
         if (now < nextQuestion_) return false;
         nextQuestion_ = now + interval;
         try {
-            return settings_.shouldStop && settings_.shouldStop();
+            return pace_.mustEnd();
         } catch (...) {
-            // The solver's frames are not made for foreign exceptions.
-            thrown_ = std::current_exception();
+            keep(std::current_exception());
             return true;
         }
     }
+    /// The solver's frames are not made for foreign exceptions.
+    void keep(std::exception_ptr thrown) noexcept {
+        stopped_ = true;
+        if (!thrown_) thrown_ = std::move(thrown);
+    }
 
-    const ExactSettings& settings_;
+    Pace& pace_;
     std::int64_t effort_ = 0;
+    std::int64_t nbUntold_ = 0;  ///< of `effort_`, that the pace does not know of
     std::int64_t finishEnd_ = 0;
+    bool mayHold_ = true;
     bool stopped_ = false;
     bool finishing_ = false;
     std::chrono::steady_clock::time_point nextQuestion_{};
@@ -77,24 +96,6 @@ public:
         return watch_->mustStop() ? stop : goOn;
     }
     [[nodiscard]] ClpEventHandler* clone() const override { return new PivotEvents(*this); }
-
-private:
-    CbcWatch* watch_;
-};
-
-/// Counts nodes.
-class NodeEvents final : public CbcEventHandler {
-public:
-    explicit NodeEvents(CbcWatch& watch) : watch_(&watch) {}
-    CbcAction event(CbcEvent which) override {
-        if (which == node) watch_->count();
-        if (which == solution || which == heuristicSolution || which == beforeSolution1 ||
-            which == beforeSolution2) {
-            return noAction;
-        }
-        return watch_->mustStop() ? stop : noAction;
-    }
-    [[nodiscard]] CbcEventHandler* clone() const override { return new NodeEvents(*this); }
 
 private:
     CbcWatch* watch_;

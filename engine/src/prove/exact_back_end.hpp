@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "prove/linear_model.hpp"
+#include "prove/pace.hpp"
 
 namespace engine {
 
@@ -21,20 +22,24 @@ struct ExactProblem {
 };
 
 struct ExactSettings {
-    std::int64_t budget;  ///< nodes and pivots together, 0 or more
-    int variant;          ///< 0 or more: another number takes another path to the same answer
-    std::function<bool()> shouldStop;    ///< asked some fifty times a second where possible
+    Pace& pace;    ///< told of every node and pivot; asked some fifty times a second where possible
+    int seed = 0;  ///< 0 or more
     double feasibilityTolerance = 1e-7;  ///< absolute, of rows and bounds
+    /// Pivots granted when the pace has ended already.
+    std::int64_t grace = 0;
+    /// Costs from here on are of no interest; asked at every node, or none.
+    std::function<double()> cutoff = {};
+    /// Receives the levels [nbColumns] of points as they are found, within the tolerances; or none.
+    std::function<void(const std::vector<double>&)> onPoint = {};
 };
 
 struct ExactAnswer {
     /// Open: stopped, out of budget, or the solver gave no clear answer.
     enum class Status { Optimal, Infeasible, Unbounded, Open };
     Status status = Status::Open;
-    double bound = 0.0;          ///< Optimal: the proved minimum
+    double bound = 0.0;          ///< Optimal: the proved minimum, or the cutoff if that is lower
     std::vector<double> levels;  ///< [nbColumns] best point within the tolerances, or empty
     std::vector<double> farkas;  ///< [nbRows] multipliers that show infeasibility, or empty
-    std::int64_t effort = 0;     ///< nodes and pivots
 };
 
 /// Name and version for the information text; empty in a build without a back end.
@@ -48,7 +53,7 @@ struct ExactAbilities {
 ExactAbilities exactBackEndAbilities();
 
 /// Solves in the calling thread, silently; leaves no global state and no signal handler behind.
-/// Deterministic but for `shouldStop`; an exception of shouldStop ends the solve and passes
+/// Deterministic but for the pace's wish to end; an exception of the pace ends the solve and passes
 /// through. In a build without a back end: Open.
 ExactAnswer solveExactly(const ExactProblem& problem, const ExactSettings& settings);
 

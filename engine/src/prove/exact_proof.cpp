@@ -27,11 +27,11 @@ using Outcome = Preparation::Outcome;
 class ExactProver {
 public:
     ExactProver(const ClosedModel& model, const Point& start, ProvedIncumbent& incumbent,
-                const ProveLimits& limits, LinearModel linear)
+                ExactRun run, LinearModel linear)
         : model_(model),
           start_(start),
           incumbent_(incumbent),
-          limits_(limits),
+          run_(run),
           linear_(std::move(linear)) {
         // Bounds that propagation derived for continuous columns carry the judge's tolerance; the
         // rows say the same without it.
@@ -47,8 +47,11 @@ public:
 
 private:
     [[nodiscard]] ExactProblem problemFor(const LinearForm& cost, double sign) const;
-    ExactAnswer solve(const ExactProblem& problem, double tolerance, std::int64_t leastBudget = 0);
-    ExactAnswer solveWithoutLargeBounds(const ExactProblem& problem);
+    [[nodiscard]] ExactSettings settings(double tolerance) const {
+        return {run_.pace, run_.seed, tolerance};
+    }
+    ExactAnswer solveWithoutLargeBounds(const ExactProblem& problem, const ExactSettings& settings);
+    [[nodiscard]] double cutoffOf(const LinearForm& form, double sign) const;
     bool proveObjective(const LinearForm& form, bool maximise);
     ExactAnswer solveRelaxed(double share);
     void proveInconsistency(const ExactAnswer& answer);
@@ -65,7 +68,7 @@ private:
     const ClosedModel& model_;
     const Point& start_;
     ProvedIncumbent& incumbent_;
-    const ProveLimits& limits_;
+    ExactRun run_;
     LinearModel linear_;
     std::size_t nbProved_ = 0;  ///< objectives
     ExactProof result_;
@@ -81,19 +84,6 @@ ExactProblem ExactProver::problemFor(const LinearForm& cost, double sign) const 
     return problem;
 }
 
-/// @param leastBudget  granted even when the budget is used up.
-ExactAnswer ExactProver::solve(const ExactProblem& problem, double tolerance,
-                               std::int64_t leastBudget) {
-    constexpr int nbAttempts = 64;
-    const ExactSettings settings{
-        std::max(leastBudget, limits_.iterations - result_.effort),
-        (limits_.seed % 1'000'000) * nbAttempts + limits_.attempt % nbAttempts, limits_.shouldStop,
-        tolerance};
-    ExactAnswer answer = solveExactly(problem, settings);
-    result_.effort += answer.effort;
-    return answer;
-}
-
 bool ExactProver::isInsideBox(const std::vector<double>& levels) const {
     for (std::size_t j = 0; j < levels.size(); ++j) {
         const double slack = 1e-6 * std::max(1.0, std::fabs(levels[j]));
@@ -105,7 +95,8 @@ bool ExactProver::isInsideBox(const std::vector<double>& levels) const {
 }
 
 /// Bounds that stand for none would spoil the scaling: they count only when it cannot be helped.
-ExactAnswer ExactProver::solveWithoutLargeBounds(const ExactProblem& problem) {
+ExactAnswer ExactProver::solveWithoutLargeBounds(const ExactProblem& problem,
+                                                 const ExactSettings& settings) {
     ExactProblem open = problem;
     bool opened = false;
     for (std::size_t j = 0; j < linear_.nbColumns(); ++j) {
@@ -113,11 +104,11 @@ ExactAnswer ExactProver::solveWithoutLargeBounds(const ExactProblem& problem) {
         if (open.upper[j] >= largestBound) open.upper[j] = infinity;
         opened = opened || open.lower[j] != problem.lower[j] || open.upper[j] != problem.upper[j];
     }
-    ExactAnswer answer = solve(open, usualTolerance);
+    ExactAnswer answer = solveExactly(open, settings);
     const bool isUseful = answer.status == Status::Infeasible ||
                           (answer.status == Status::Optimal && isInsideBox(answer.levels));
-    if (isUseful || !opened || limits_.shouldStop()) return answer;
-    return solve(problem, usualTolerance);
+    if (isUseful || !opened || run_.pace.mustEnd()) return answer;
+    return solveExactly(problem, settings);
 }
 
 void ExactProver::offer(const std::vector<double>& levels) {
@@ -143,7 +134,9 @@ void ExactProver::offerSolvedAgain(ExactProblem problem, const std::vector<doubl
     }
     // Few pivots, and without them the point found would be lost.
     constexpr std::int64_t enough = 10'000;
-    offer(solve(problem, tightTolerance, enough).levels);
+    ExactSettings tight = settings(tightTolerance);
+    tight.grace = enough;
+    offer(solveExactly(problem, tight).levels);
 }
 
 /// Whether the incumbent's objective cannot be told from the proved bound.
@@ -174,7 +167,7 @@ ExactAnswer ExactProver::solveRelaxed(double share) {
         relaxed.rowLower[i] -= share * linear_.tolerance[i];
         relaxed.rowUpper[i] += share * linear_.tolerance[i];
     }
-    return solve(relaxed, usualTolerance);
+    return solveExactly(relaxed, settings(usualTolerance));
 }
 
 void ExactProver::proveInconsistency(const ExactAnswer& answer) {
@@ -197,19 +190,31 @@ void ExactProver::proveInconsistency(const ExactAnswer& answer) {
     result_.proof = "no feasible point in the whole branch-and-cut tree";
 }
 
+/// The cost that the tree need not look for: no better than the incumbent's beyond what tolerances
+/// explain, so that the tree still finds a cleaner point of the same value.
+double ExactProver::cutoffOf(const LinearForm& form, double sign) const {
+    if (!incumbent_.hasPoint() || nbProved_ >= model_.objective.size()) return infinity;
+    const double value =
+        sign * (incumbent_.verdict().objectives[nbProved_].asDouble() - form.constant);
+    return value + relationTolerance * std::max(1.0, std::fabs(value));
+}
+
 /// @return false: nothing more can be proved.
 bool ExactProver::proveObjective(const LinearForm& form, bool maximise) {
     const double sign = maximise ? -1.0 : 1.0;
     const ExactProblem problem = problemFor(form, sign);
-    const ExactAnswer answer = solveWithoutLargeBounds(problem);
+    ExactSettings withPoints = settings(usualTolerance);
+    withPoints.cutoff = [&] { return cutoffOf(form, sign); };
+    withPoints.onPoint = [&](const std::vector<double>& levels) { offer(levels); };
+    const ExactAnswer answer = solveWithoutLargeBounds(problem, withPoints);
     if (answer.status == Status::Infeasible) {
         if (nbProved_ == 0) proveInconsistency(answer);
         return false;
     }
-    if (answer.levels.empty()) return false;
     const bool isOptimal = answer.status == Status::Optimal;
+    if (answer.levels.empty() && !isOptimal) return false;
     // Solved again first: its point uses up less of the tolerance.
-    if (hasIntegers()) offerSolvedAgain(problem, answer.levels);
+    if (hasIntegers() && !answer.levels.empty()) offerSolvedAgain(problem, answer.levels);
     if (!incumbent_.hasPoint() || (isOptimal && !isProved(form, sign, nbProved_, answer.bound))) {
         offer(answer.levels);
     }
@@ -234,6 +239,7 @@ void ExactProver::fixObjective(const LinearForm& form, double sign, std::size_t 
 }
 
 ExactProof ExactProver::run() {
+    run_.kind = hasIntegers() ? ProofKind::Tree : ProofKind::LinearProgram;
     if (linear_.objective.empty()) {
         if (proveObjective({}, /*maximise=*/false)) result_.outcome = Outcome::Optimal;
     } else {
@@ -253,17 +259,17 @@ ExactProof ExactProver::run() {
 }  // namespace
 
 ExactProof proveExactly(const ClosedModel& model, const Propagator& propagator, const Point& start,
-                        ProvedIncumbent& incumbent, const ProveLimits& limits) {
-    if (!exactBackEndAbilities().linear || limits.iterations <= 0) return {};
+                        ProvedIncumbent& incumbent, ExactRun run) {
+    if (!exactBackEndAbilities().linear || run.pace.mustEnd()) return {};
     std::vector<Value> values;
     judge(model, start, values);
     std::optional<LinearModel> linear = linearViewOf(model, propagator, values);
     if (!linear) return {};
     if (!linear->curved.empty()) {
-        return proveByOuterApproximation(model, propagator, start, incumbent, limits,
+        return proveByOuterApproximation(model, propagator, start, incumbent, run,
                                          *std::move(linear));
     }
-    return ExactProver(model, start, incumbent, limits, *std::move(linear)).run();
+    return ExactProver(model, start, incumbent, run, *std::move(linear)).run();
 }
 
 }  // namespace engine

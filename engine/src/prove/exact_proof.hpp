@@ -4,6 +4,7 @@
 #include <string>
 
 #include "prove/incumbent.hpp"
+#include "prove/pace.hpp"
 #include "prove/prepare.hpp"
 #include "prove/propagator.hpp"
 
@@ -11,8 +12,14 @@ namespace engine {
 
 struct ExactProof {
     Preparation::Outcome outcome = Preparation::Outcome::Open;
-    std::string proof;        ///< one line, empty when open
-    std::int64_t effort = 0;  ///< nodes and pivots
+    std::string proof;  ///< one line, empty when open
+};
+
+/// How an exact proof runs.
+struct ExactRun {
+    Pace& pace;  ///< a step is a node or a pivot
+    int seed;
+    ProofKind& kind;  ///< set as soon as it is known
 };
 
 /// Solves a linear model by the exact back end, objective by objective when there are several, and
@@ -28,6 +35,6 @@ struct ExactProof {
 /// @param propagator  started without conflict.
 /// @param start       values of decisions that the model does not use.
 ExactProof proveExactly(const ClosedModel& model, const Propagator& propagator, const Point& start,
-                        ProvedIncumbent& incumbent, const ProveLimits& limits);
+                        ProvedIncumbent& incumbent, ExactRun run);
 
 }  // namespace engine

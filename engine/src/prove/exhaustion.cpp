@@ -25,13 +25,13 @@ bool isUsed(const ClosedModel& model, DecisionIndex d) {
 class Enumeration {
 public:
     Enumeration(const ClosedModel& model, Propagator& propagator, ProvedIncumbent& incumbent,
-                const Point& start, const ProveLimits& limits, std::int64_t budget)
+                const Point& start, Pace& pace, std::int64_t mostNodes)
         : model_(model),
           propagator_(propagator),
           incumbent_(incumbent),
           point_(start),
-          limits_(limits),
-          budget_(budget),
+          pace_(pace),
+          mostNodes_(mostNodes),
           workEnd_(propagator.work() + largestWork) {
         for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
             if (isUsed(model, d)) decisions_.push_back(d);
@@ -42,7 +42,6 @@ public:
     }
 
     bool run();
-    [[nodiscard]] std::int64_t nbNodes() const { return nbNodes_; }
 
 private:
     struct Level {
@@ -63,8 +62,8 @@ private:
     Propagator& propagator_;
     ProvedIncumbent& incumbent_;
     Point point_;
-    const ProveLimits& limits_;
-    std::int64_t budget_;
+    Pace& pace_;
+    std::int64_t mostNodes_;
     std::int64_t workEnd_;
     std::vector<DecisionIndex> decisions_;
     std::vector<Level> levels_;
@@ -86,8 +85,10 @@ void Enumeration::branchOrJudge(std::size_t position) {
 }
 
 bool Enumeration::mayGoOn() {
-    if (nbNodes_ >= budget_ || propagator_.work() > workEnd_) return false;
-    return nbNodes_ % nodesBetweenQuestions != 0 || !limits_.shouldStop();
+    if (nbNodes_ >= mostNodes_ || propagator_.work() > workEnd_) return false;
+    if (nbNodes_ % nodesBetweenQuestions == 0 && pace_.mustEnd()) return false;
+    ++nbNodes_;
+    return pace_.spend(1);
 }
 
 bool Enumeration::run() {
@@ -107,7 +108,6 @@ bool Enumeration::run() {
             complete = false;
             break;
         }
-        ++nbNodes_;
         const double value = level.next;
         const std::size_t position = level.position;
         level.next += 1.0;
@@ -154,11 +154,8 @@ bool cannotImprove(const ClosedModel& model, const Propagator& propagator,
 }
 
 bool exhaust(const ClosedModel& model, Propagator& propagator, ProvedIncumbent& incumbent,
-             const Point& start, const ProveLimits& limits, std::int64_t& nbNodes) {
-    Enumeration enumeration(model, propagator, incumbent, start, limits, nbNodes);
-    const bool complete = enumeration.run();
-    nbNodes = enumeration.nbNodes();
-    return complete;
+             const Point& start, Pace& pace, std::int64_t mostNodes) {
+    return Enumeration(model, propagator, incumbent, start, pace, mostNodes).run();
 }
 
 }  // namespace engine

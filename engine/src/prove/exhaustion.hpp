@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "prove/incumbent.hpp"
-#include "prove/prepare.hpp"
+#include "prove/pace.hpp"
 #include "prove/propagator.hpp"
 
 namespace engine {
@@ -18,11 +18,12 @@ double sizeOfSpace(const ClosedModel& model, const Propagator& propagator);
 /// @param propagator  started without conflict; left as it was.
 /// @param incumbent   receives every better point.
 /// @param start       values of the decisions that nothing depends on.
-/// @param nbNodes     in: the most nodes to visit; out: nodes visited.
+/// @param pace        a step is a node.
+/// @param mostNodes   to visit.
 /// @return true: the whole space was searched, the incumbent is optimal or, without one, there is
-///         no feasible point. False: the budget ended, or `limits.shouldStop`.
+///         no feasible point. False: that were too many nodes, or the pace has ended.
 bool exhaust(const ClosedModel& model, Propagator& propagator, ProvedIncumbent& incumbent,
-             const Point& start, const ProveLimits& limits, std::int64_t& nbNodes);
+             const Point& start, Pace& pace, std::int64_t mostNodes);
 
 /// Whether no point inside the propagator's ranges can be better than the incumbent.
 bool cannotImprove(const ClosedModel& model, const Propagator& propagator,

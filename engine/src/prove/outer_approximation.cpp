@@ -28,7 +28,7 @@ constexpr double partsOfWay[] = {0.0, 1e-6, 1e-3, 0.1, 0.5, 1.0};
 class OuterApproximation {
 public:
     OuterApproximation(const ClosedModel& model, const Propagator& propagator, const Point& start,
-                       ProvedIncumbent& incumbent, const ProveLimits& limits, LinearModel linear);
+                       ProvedIncumbent& incumbent, ExactRun run, LinearModel linear);
 
     ExactProof run();
 
@@ -56,14 +56,12 @@ private:
     [[nodiscard]] bool closes(const ExactAnswer& answer) const;
     void proveInconsistency();
     void addRow(const LinearForm& form, double upper);
-    [[nodiscard]] bool mustStop() const {
-        return result_.effort >= limits_.iterations || limits_.shouldStop();
-    }
+    [[nodiscard]] bool mustStop() const { return run_.pace.mustEnd(); }
 
     const ClosedModel& model_;
     const Propagator& propagator_;
     ProvedIncumbent& incumbent_;
-    const ProveLimits& limits_;
+    ExactRun run_;
     LinearModel linear_;
     LinearModel continuous_;  ///< the same without integrality
     std::vector<double> cost_;
@@ -81,12 +79,12 @@ private:
 };
 
 OuterApproximation::OuterApproximation(const ClosedModel& model, const Propagator& propagator,
-                                       const Point& start, ProvedIncumbent& incumbent,
-                                       const ProveLimits& limits, LinearModel linear)
+                                       const Point& start, ProvedIncumbent& incumbent, ExactRun run,
+                                       LinearModel linear)
     : model_(model),
       propagator_(propagator),
       incumbent_(incumbent),
-      limits_(limits),
+      run_(run),
       linear_(std::move(linear)),
       hasIntegers_(std::find(linear_.isInteger.begin(), linear_.isInteger.end(), 1) !=
                    linear_.isInteger.end()),
@@ -121,15 +119,9 @@ ExactProblem OuterApproximation::problemOver(const LinearModel& model) const {
 }
 
 ExactAnswer OuterApproximation::solve(const ExactProblem& problem) {
-    constexpr int nbAttempts = 64;
     constexpr double tolerance = 1e-9;
-    const ExactSettings settings{
-        std::max<std::int64_t>(0, limits_.iterations - result_.effort),
-        (limits_.seed % 1'000'000) * nbAttempts + limits_.attempt % nbAttempts, limits_.shouldStop,
-        tolerance};
-    ExactAnswer answer = solveExactly(problem, settings);
-    result_.effort += std::max<std::int64_t>(1, answer.effort);
-    return answer;
+    run_.pace.spend(1);
+    return solveExactly(problem, {run_.pace, run_.seed, tolerance});
 }
 
 /// Kelley's method. @param fixed  bounds to take, or none: the columns' own.
@@ -368,9 +360,9 @@ ExactProof OuterApproximation::run() {
 }  // namespace
 
 ExactProof proveByOuterApproximation(const ClosedModel& model, const Propagator& propagator,
-                                     const Point& start, ProvedIncumbent& incumbent,
-                                     const ProveLimits& limits, LinearModel linear) {
-    return OuterApproximation(model, propagator, start, incumbent, limits, std::move(linear)).run();
+                                     const Point& start, ProvedIncumbent& incumbent, ExactRun run,
+                                     LinearModel linear) {
+    return OuterApproximation(model, propagator, start, incumbent, run, std::move(linear)).run();
 }
 
 }  // namespace engine

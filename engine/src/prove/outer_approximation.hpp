@@ -22,7 +22,7 @@ namespace engine {
 ///
 /// @param linear  with curved columns.
 ExactProof proveByOuterApproximation(const ClosedModel& model, const Propagator& propagator,
-                                     const Point& start, ProvedIncumbent& incumbent,
-                                     const ProveLimits& limits, LinearModel linear);
+                                     const Point& start, ProvedIncumbent& incumbent, ExactRun run,
+                                     LinearModel linear);
 
 }  // namespace engine

@@ -59,51 +59,62 @@ Point movedInto(const ClosedModel& model, const std::vector<Interval>& domain, P
     return start;
 }
 
-/// The proofs in turn, each on what the one before has left open.
-class Prover {
-public:
-    Prover(const ClosedModel& model, const Point& start, const ProveLimits& limits)
-        : model_(model), start_(start), limits_(limits), propagator_(model), incumbent_(model) {}
+}  // namespace
 
-    Preparation run();
+/// The proofs in turn, each on what the one before has left open.
+class Proof::Course {
+public:
+    Course(const ClosedModel& model, Point start, int seed, bool useExactBackEnd)
+        : model_(model),
+          start_(std::move(start)),
+          seed_(seed),
+          useExactBackEnd_(useExactBackEnd),
+          propagator_(model),
+          incumbent_(model) {}
+
+    void run(Pace& pace);
+
+    Outcome outcome = Outcome::Open;
+    std::string text;
+    std::vector<Interval> domain;
+    ProofKind kind = ProofKind::Other;
 
 private:
+    friend class Proof;
+
     void propagate();
     void closeTrivially();
-    void enumerate(double largest);
-    void solveExactly();
-    void conclude(Outcome outcome, std::string proof) {
-        result_.outcome = outcome;
-        result_.proof = std::move(proof);
+    void enumerate(double largest, Pace& pace);
+    void solveExactly(Pace& pace);
+    void conclude(Outcome reached, std::string proof) {
+        outcome = reached;
+        text = std::move(proof);
     }
-    [[nodiscard]] bool isOpen() const { return result_.outcome == Outcome::Open; }
-    [[nodiscard]] std::int64_t budgetLeft() const {
-        return std::max<std::int64_t>(0, limits_.iterations - result_.iterations);
-    }
+    [[nodiscard]] bool isOpen() const { return outcome == Outcome::Open; }
 
     const ClosedModel& model_;
     Point start_;
-    const ProveLimits& limits_;
+    int seed_;
+    bool useExactBackEnd_;
     Propagator propagator_;
     ProvedIncumbent incumbent_;
-    Preparation result_;
 };
 
-void Prover::propagate() {
-    result_.domain = model_.domain;
+void Proof::Course::propagate() {
+    domain = model_.domain;
     if (someIsEmpty(model_.domain)) {
         return conclude(Outcome::Inconsistent, "a decision has an empty domain");
     }
     if (!propagator_.start(model_.domain, propagationWork(model_))) {
         return conclude(Outcome::Inconsistent, "interval propagation");
     }
-    result_.domain = domainsOf(model_, propagator_);
+    domain = domainsOf(model_, propagator_);
 }
 
 /// The start and the start moved into the tightened domains, against the objectives' bounds.
-void Prover::closeTrivially() {
+void Proof::Course::closeTrivially() {
     incumbent_.offer(start_);
-    const Point moved = movedInto(model_, result_.domain, start_);
+    const Point moved = movedInto(model_, domain, start_);
     incumbent_.offer(moved);
     start_ = moved;
     if (cannotImprove(model_, propagator_, incumbent_)) {
@@ -111,44 +122,67 @@ void Prover::closeTrivially() {
                                               ? "no objective, and a feasible point"
                                               : "interval propagation");
     }
-    const bool allFixed = std::all_of(result_.domain.begin(), result_.domain.end(),
+    const bool allFixed = std::all_of(domain.begin(), domain.end(),
                                       [](const Interval& i) { return i.lower == i.upper; });
     if (!allFixed) return;
     conclude(incumbent_.hasPoint() ? Outcome::Optimal : Outcome::Inconsistent,
              "interval propagation leaves a single point");
 }
 
-void Prover::enumerate(double largest) {
-    if (budgetLeft() == 0 || sizeOfSpace(model_, propagator_) > largest) return;
-    std::int64_t nbNodes = std::min(budgetLeft(), largestNbNodes);
-    const bool complete = exhaust(model_, propagator_, incumbent_, start_, limits_, nbNodes);
-    result_.iterations += nbNodes;
-    if (!complete) return;
+void Proof::Course::enumerate(double largest, Pace& pace) {
+    if (pace.mustEnd() || sizeOfSpace(model_, propagator_) > largest) return;
+    if (!exhaust(model_, propagator_, incumbent_, start_, pace, largestNbNodes)) return;
     conclude(incumbent_.hasPoint() ? Outcome::Optimal : Outcome::Inconsistent,
              "enumeration of all discrete points");
 }
 
-void Prover::solveExactly() {
-    if (!limits_.useExactBackEnd || limits_.shouldStop()) return;
-    ProveLimits rest = limits_;
-    rest.iterations = budgetLeft();
-    ExactProof exact = proveExactly(model_, propagator_, start_, incumbent_, rest);
-    result_.iterations += exact.effort;
+void Proof::Course::solveExactly(Pace& pace) {
+    if (!useExactBackEnd_) return;
+    ExactProof exact = proveExactly(model_, propagator_, start_, incumbent_, {pace, seed_, kind});
+    kind = ProofKind::Other;
     if (exact.outcome != Outcome::Open) conclude(exact.outcome, std::move(exact.proof));
 }
 
-Preparation Prover::run() {
+void Proof::Course::run(Pace& pace) {
     propagate();
     if (isOpen()) closeTrivially();
-    if (isOpen()) enumerate(smallSpace);
-    if (isOpen()) solveExactly();
-    if (isOpen()) enumerate(largestSpace);
-    result_.hasPoint = incumbent_.hasPoint();
-    if (result_.hasPoint) result_.point = incumbent_.point();
-    return std::move(result_);
+    if (isOpen()) enumerate(smallSpace, pace);
+    if (isOpen()) solveExactly(pace);
+    if (isOpen()) enumerate(largestSpace, pace);
 }
 
-}  // namespace
+Proof::Proof(const ClosedModel& model, Point start, int seed, bool useExactBackEnd)
+    : course_(std::make_unique<Course>(model, std::move(start), seed, useExactBackEnd)) {}
+
+Proof::~Proof() = default;
+
+void Proof::run(Pace& pace) {
+    course_->run(pace);
+}
+
+void Proof::offer(const Point& point) {
+    course_->incumbent_.offer(point);
+}
+
+const ProvedIncumbent& Proof::incumbent() const {
+    return course_->incumbent_;
+}
+
+Preparation::Outcome Proof::outcome() const {
+    return course_->outcome;
+}
+
+const std::string& Proof::text() const {
+    return course_->text;
+}
+
+const std::vector<Interval>& Proof::domain() const {
+    return course_->domain;
+}
+
+ProofKind Proof::kind() const {
+    return course_->kind;
+}
 
 bool propagateDomains(const ClosedModel& model, std::vector<Interval>& domain) {
     if (someIsEmpty(domain)) return false;
@@ -159,7 +193,17 @@ bool propagateDomains(const ClosedModel& model, std::vector<Interval>& domain) {
 }
 
 Preparation prepare(const ClosedModel& model, const Point& start, const ProveLimits& limits) {
-    return Prover(model, start, limits).run();
+    BudgetPace pace(limits.iterations, limits.shouldStop);
+    Proof proof(model, start, limits.seed, limits.useExactBackEnd);
+    proof.run(pace);
+    Preparation result{.outcome = proof.outcome(),
+                       .domain = proof.domain(),
+                       .hasPoint = proof.incumbent().hasPoint(),
+                       .point = {},
+                       .iterations = pace.spent(),
+                       .proof = proof.text()};
+    if (result.hasPoint) result.point = proof.incumbent().point();
+    return result;
 }
 
 std::string backEndNames() {

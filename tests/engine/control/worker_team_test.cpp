@@ -5,6 +5,7 @@
 #include <atomic>
 #include <stdexcept>
 
+#include "control/paced_thread.hpp"
 #include "control/worker_team.hpp"
 
 namespace {
@@ -57,6 +58,38 @@ TEST(WorkerTeam, PausesAWorkerThatAsksAndIsPatientWithOneThatDoesNot) {
     while (nbSteps == parkedAt) std::this_thread::yield();
     isOver = true;
     team.finish();
+}
+
+TEST(PacedThread, GoesOnWhereItWasHeldAndEndsWhenTold) {
+    int nbSteps = 0;  // no atomic: only who has the turn touches it
+    bool mustHold = false;
+    engine::PacedThread thread(
+        [&](engine::Pace& pace) {
+            while (pace.spend(3) && !pace.mustEnd()) ++nbSteps;
+            nbSteps = -nbSteps;
+        },
+        [&] { return mustHold; });
+    EXPECT_EQ(thread.advance(7), 9) << "in pieces of 3";
+    EXPECT_EQ(nbSteps, 2);
+    EXPECT_EQ(thread.advance(6), 6);
+    EXPECT_EQ(nbSteps, 4);
+    mustHold = true;
+    EXPECT_EQ(thread.advance(1000), 0) << "held at once";
+    EXPECT_FALSE(thread.hasEnded());
+    thread.conclude();
+    EXPECT_TRUE(thread.hasEnded());
+    EXPECT_EQ(nbSteps, -4);
+    EXPECT_EQ(thread.advance(10), 0);
+}
+
+TEST(PacedThread, ThrowsWhatItsJobThrowsAndEndsOneThatIsHeld) {
+    const auto fail = [](engine::Pace& pace) {
+        if (pace.spend(1)) throw std::runtime_error("mine");
+    };
+    engine::PacedThread thread(fail, [] { return false; });
+    EXPECT_EQ(thread.advance(1), 1);
+    EXPECT_THROW(thread.advance(1), std::runtime_error);
+    const engine::PacedThread neverStarted(fail, [] { return false; });
 }
 
 }  // namespace

@@ -24,13 +24,17 @@ struct Proving {
     explicit Proving(
         const std::string& text, std::int64_t budget = plenty,
         std::function<bool()> shouldStop = [] { return false; })
-        : model(text), propagator(model.model), incumbent(model.model) {
+        : model(text),
+          propagator(model.model),
+          incumbent(model.model),
+          pace(budget, std::move(shouldStop)) {
         if (!propagator.start(model.model.domain, 1'000'000)) {
-            result = {Outcome::Inconsistent, "interval propagation", 0};
+            result = {Outcome::Inconsistent, "interval propagation"};
             return;
         }
-        result = proveExactly(model.model, propagator, startOf(model.model), incumbent,
-                              {budget, 0, std::move(shouldStop)});
+        ProofKind kind{};
+        result =
+            proveExactly(model.model, propagator, startOf(model.model), incumbent, {pace, 0, kind});
     }
     [[nodiscard]] double objective(std::size_t position = 0) const {
         return incumbent.verdict().objectives.at(position).asDouble();
@@ -39,6 +43,7 @@ struct Proving {
     ModelText model;
     Propagator propagator;
     ProvedIncumbent incumbent;
+    BudgetPace pace;
     ExactProof result;
 };
 
@@ -318,12 +323,12 @@ TEST_F(ExactProofs, BudgetEndsTheTreeTheSameWayEveryTime) {
     const Proving first(text, 3000);
     const Proving second(text, 3000);
     EXPECT_EQ(first.result.outcome, open);
-    EXPECT_GE(first.result.effort, 3000);
-    EXPECT_LT(first.result.effort, 30'000);
-    EXPECT_EQ(first.result.effort, second.result.effort);
+    EXPECT_GE(first.pace.spent(), 3000);
+    EXPECT_LT(first.pace.spent(), 30'000);
+    EXPECT_EQ(first.pace.spent(), second.pace.spent());
     ASSERT_TRUE(first.incumbent.hasPoint());
     EXPECT_EQ(first.objective(), second.objective());
-    EXPECT_EQ(Proving(text, 0).result.effort, 0);
+    EXPECT_EQ(Proving(text, 0).pace.spent(), 0);
 }
 
 TEST_F(ExactProofs, StopEndsTheTreeAndExceptionsPassThrough) {
