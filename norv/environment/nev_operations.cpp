@@ -76,7 +76,7 @@ void nevStatCoff(EnvironmentHandle nev) {
 char* CnevGetStrOpt(EnvironmentHandle nev, const char* name, char* value) {
     norv::writeText(value, "");
     return guarded(__func__, nev, value, [name, value](EnvironmentRecord& e) {
-        if (!norv::sameName(orEmpty(name), "NameSysDir"))
+        if (!norv::sameName(orEmpty(name), hostapi::host_setting::systemDirectory))
             throw std::invalid_argument("there is no text setting \"" + orEmpty(name) + "\"");
         return norv::writeText(value, e.systemDirectory);
     });
@@ -85,7 +85,7 @@ char* CnevGetStrOpt(EnvironmentHandle nev, const char* name, char* value) {
 double CnevGetDblOpt(EnvironmentHandle nev, const char* name) {
     constexpr double none = std::numeric_limits<double>::quiet_NaN();
     return guarded(__func__, nev, none, [name](EnvironmentRecord& e) {
-        if (!norv::sameName(orEmpty(name), "ResLim"))
+        if (!norv::sameName(orEmpty(name), hostapi::host_setting::timeLimit))
             throw std::invalid_argument("there is no real setting \"" + orEmpty(name) + "\"");
         return e.timeLimit;
     });
@@ -93,7 +93,7 @@ double CnevGetDblOpt(EnvironmentHandle nev, const char* name) {
 
 std::int32_t CnevGetIntOpt(EnvironmentHandle nev, const char* name) {
     return guarded(__func__, nev, -1, [name](EnvironmentRecord& e) {
-        if (!norv::sameName(orEmpty(name), "IterLim"))
+        if (!norv::sameName(orEmpty(name), hostapi::host_setting::iterationLimit))
             throw std::invalid_argument("there is no integer setting \"" + orEmpty(name) + "\"");
         return e.iterationLimit;
     });

@@ -5,13 +5,14 @@
 #include <limits>
 #include <utility>
 
+#include "hostapi/codes.hpp"
 #include "readers/mps_reader.hpp"
 #include "readers/number_text.hpp"
 
 namespace norv {
 namespace {
 
-constexpr std::size_t longestName = 255;
+constexpr std::size_t longestName = hostapi::longestText;
 
 std::string_view trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(" \t");

@@ -22,7 +22,9 @@ namespace model_type = hostapi::model_type;
 namespace model_status = hostapi::model_status;
 namespace solve_status = hostapi::solve_status;
 namespace head_and_tail = hostapi::head_and_tail;
+namespace host_setting = hostapi::host_setting;
 
+using hostapi::imposedBound;
 using hostapi::longestText;
 using hostapi::noIterationLimit;
 using hostapi::variableEquationMap;

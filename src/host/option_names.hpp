@@ -1,6 +1,6 @@
 #pragma once
 
-/// Names of the options and host settings that the link reads.
+/// Names of the options that the link reads.
 
 namespace vex {
 
@@ -17,13 +17,6 @@ constexpr const char* logfreq = "logfreq";                  ///< integer, iterat
 constexpr const char* dualbound = "dualbound";              ///< double
 constexpr const char* writelsp = "writelsp";                ///< string, file name
 }  // namespace option
-
-/// Settings of the host, read through `nevGet...Opt`.
-namespace host_setting {
-constexpr const char* systemDirectory = "NameSysDir";  ///< string, ends with a separator
-constexpr const char* timeLimit = "ResLim";            ///< double, seconds
-constexpr const char* iterationLimit = "IterLim";      ///< integer; noIterationLimit: none
-}  // namespace host_setting
 
 /// The option definition file, looked for in the host's system directory.
 constexpr const char* optionDefinitionFile = "optlocalsolver.def";

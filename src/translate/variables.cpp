@@ -20,11 +20,6 @@ using localsolver::LSOperator;
 
 constexpr const char* thisMethod = "NorvLocalSolver::getVariable";
 
-/// The search needs a box: infinite bounds become these. A verdict that rests on one of them is
-/// weakened when the result is reported.
-constexpr double lowestBound = -1e10;
-constexpr double highestBound = 1e10;
-
 /// A lower bound that is further from 0 than this excludes 0.
 constexpr double zeroTolerance = 1e-6;
 constexpr double belowOne = 0.999999;
@@ -73,12 +68,13 @@ LSExpression NorvLocalSolver::makeVariable(std::int32_t j) {
 void NorvLocalSolver::decideVariable(std::int32_t j) {
     const std::int32_t type = nmoGetVarTypeOne(nmo, j);
     Bounds bounds = {nmoGetVarLowerOne(nmo, j), nmoGetVarUpperOne(nmo, j)};
+    // A verdict that rests on an imposed bound is weakened when the result is reported.
     if (bounds.lower == nmoMinf(nmo)) {
-        bounds.lower = lowestBound;
+        bounds.lower = -imposedBound;
         ++nbLowerClamped;
     }
     if (bounds.upper == nmoPinf(nmo)) {
-        bounds.upper = highestBound;
+        bounds.upper = imposedBound;
         ++nbUpperClamped;
     }
     const auto [lower, upper] = bounds;

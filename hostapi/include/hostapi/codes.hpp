@@ -81,11 +81,22 @@ constexpr std::int32_t marginals = 9;  ///< 0: the solution has none
 /// Map type of pairs (variable, equation that defines it).
 constexpr std::int32_t variableEquationMap = 1;
 
-/// Value of "IterLim" that stands for no limit.
+/// Names of the host's settings, read through `nevGet...Opt`.
+namespace host_setting {
+constexpr const char* systemDirectory = "NameSysDir";  ///< string, ends with a separator
+constexpr const char* timeLimit = "ResLim";            ///< double, seconds
+constexpr const char* iterationLimit = "IterLim";      ///< integer; noIterationLimit: none
+}  // namespace host_setting
+
+/// Value of the iteration limit that stands for none.
 constexpr std::int32_t noIterationLimit = 2000000000;
 
 /// Longest text result, without its terminator.
 constexpr std::int32_t longestText = 255;
+
+/// The search needs a box: in place of an infinite bound the link puts this one, or its negative
+/// below. Whoever reads a result has to know, for a level there may stand for one beyond.
+constexpr double imposedBound = 1e10;
 
 /// Interface versions, checked when a library is bound.
 namespace interface_version {

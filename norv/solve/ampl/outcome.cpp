@@ -44,7 +44,7 @@ const Limit* reachedLimit(const Model& model) {
 /// Does a variable without a bound stand where the link put one in its place, and does the
 /// objective gain from that? Then nothing but that bound stopped the search.
 bool leansOnImposedBound(const Model& model) {
-    constexpr double imposedBound = 1e10;
+    using hostapi::imposedBound;
     constexpr double farAway = imposedBound / 10.0;  // what others at that bound drag along
     bool standsThere = false;
     std::vector<double> nearer(model.levels().begin(), model.levels().end());

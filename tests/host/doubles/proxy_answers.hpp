@@ -7,6 +7,8 @@
 #include <tuple>
 #include <type_traits>
 
+#include "hostapi/codes.hpp"
+
 /// Bad answers that the contract of the host's operations permits.
 
 namespace proxy {
@@ -88,7 +90,7 @@ char* badText(bool isWorst, Arguments... arguments) {
     };
     (take(arguments), ...);
     if (!isWorst || buffer == nullptr) return nullptr;
-    constexpr std::size_t longestText = 255;
+    constexpr auto longestText = static_cast<std::size_t>(hostapi::longestText);
     std::memset(buffer, 'w', longestText);
     buffer[longestText] = '\0';
     return buffer;
