@@ -131,10 +131,11 @@ void InstructionConverter::combineWithConstant(Opcode opcode, std::int32_t field
             return push(translator.makeLinearCombination(1.0, b, /*xExtendable=*/true, 0.0,
                                                          LSExpression(), /*yExtendable=*/true, c));
         case Opcode::subI:
-            // Decided on the negated value: the most negative integer has no negation.
+            // Both: the most negative integer has no negation, and is the negation of none.
             return push(make(LS_OP_SUM, b,
-                             isIntegral(-c) ? integerConstant(static_cast<std::int64_t>(-c))
-                                            : doubleConstant(-c)));
+                             isIntegral(c) && isIntegral(-c)
+                                 ? integerConstant(static_cast<std::int64_t>(-c))
+                                 : doubleConstant(-c)));
         case Opcode::mulI:
             return push(translator.scaleExpression(b, /*extendable=*/true, c));
         case Opcode::divI:

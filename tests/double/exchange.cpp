@@ -1,0 +1,77 @@
+#include "double/exchange.hpp"
+
+#include <cstdlib>
+#include <stdexcept>
+
+namespace doubles {
+
+Exchange& exchange() {
+    static Exchange instance;
+    return instance;
+}
+
+void Exchange::reset() {
+    *this = {};
+}
+
+void Exchange::answer(const std::string& key, const std::string& values) {
+    answers[key] = {split(values, " then "), 0};
+}
+
+const std::string* Exchange::answerTo(const std::string& name,
+                                      const std::function<std::string()>& arguments) {
+    if (answers.empty()) return nullptr;
+    auto found = answers.find(name + "(" + arguments() + ")");
+    if (found == answers.end()) found = answers.find(name);
+    if (found == answers.end()) return nullptr;
+    auto& [values, next] = found->second;
+    const std::string& value = values[next];
+    if (next + 1 < values.size()) ++next;
+    return value == "real" ? nullptr : &value;
+}
+
+void Exchange::spoil(std::int64_t call, Fault fault) {
+    nbCounted = 0;
+    spoiledCall = call;
+    spoiledFault = fault;
+    spoiledName.clear();
+}
+
+Fault Exchange::faultOf(const std::string& name, bool mayFail) {
+    if (!mayFail || ++nbCounted != spoiledCall) return Fault::none;
+    spoiledName = name;
+    return spoiledFault;
+}
+
+std::string quoted(const char* text) {
+    std::string all = "\"";
+    for (; *text != '\0'; ++text) {
+        if (*text == '\n')
+            all += "\\n";
+        else
+            all += *text;
+    }
+    return all + "\"";
+}
+
+std::vector<std::string> split(std::string_view text, std::string_view separator) {
+    std::vector<std::string> pieces;
+    for (std::size_t at = 0; at <= text.size();) {
+        const std::size_t end = std::min(text.find(separator, at), text.size());
+        std::string_view piece = text.substr(at, end - at);
+        while (!piece.empty() && piece.front() == ' ') piece.remove_prefix(1);
+        while (!piece.empty() && piece.back() == ' ') piece.remove_suffix(1);
+        pieces.emplace_back(piece);
+        at = end + separator.size();
+    }
+    return pieces;
+}
+
+double numberOf(const std::string& word) {
+    char* end = nullptr;
+    const double value = std::strtod(word.c_str(), &end);
+    if (word.empty() || *end != '\0') throw std::invalid_argument("no number: " + word);
+    return value;
+}
+
+}  // namespace doubles

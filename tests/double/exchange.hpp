@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What the doubles of the host and of the optimizer have in common: one record of all calls and
+/// one script of answers. Both doubles stand for functions that are one per process, so there is
+/// one of these.
+
+namespace doubles {
+
+/// How a spoiled call goes wrong.
+enum class Fault { none, low, high, failed, thrown };
+
+class Exchange {
+public:
+    /// Forgets calls, answers and faults; starts counting at 0. Nothing is recorded until asked.
+    void reset();
+
+    /// Receives every call when it is over: name, arguments, " = result" or "".
+    using Listener = std::function<void(const std::string& name, const std::string& arguments,
+                                        const std::string& result)>;
+    void listen(Listener newListener) { listener = std::move(newListener); }
+    [[nodiscard]] bool isListening() const { return listener != nullptr; }
+    void tell(const std::string& name, const std::string& arguments, const std::string& result) {
+        if (listener) listener(name, arguments, result);
+    }
+
+    /// Call `key`, "name" or "name(arguments)", is no longer forwarded. `values`: what it answers,
+    /// split by " then " for one call after the other, the last one for good. One answer: the
+    /// result, then what goes through each output argument, separated by ';'. Numbers, texts,
+    /// "null", "real" (forwarded after all), "throw CODE" (an error of the optimizer), "throw
+    /// standard" and "throw other".
+    void answer(const std::string& key, const std::string& values);
+    /// The answer to this call; null: forward it.
+    [[nodiscard]] const std::string* answerTo(const std::string& name,
+                                              const std::function<std::string()>& arguments);
+
+    /// The k-th call from now on that `Fault` suits goes wrong. `mayFail` tells which can.
+    void spoil(std::int64_t call, Fault fault);
+    /// Counts a call. @return how it goes wrong.
+    [[nodiscard]] Fault faultOf(const std::string& name, bool mayFail);
+    [[nodiscard]] std::int64_t nbCalls() const { return nbCounted; }
+    [[nodiscard]] bool isSilent() const { return nbSilences > 0; }
+    /// The function whose call was spoiled, or the empty text.
+    [[nodiscard]] const std::string& spoiled() const { return spoiledName; }
+
+private:
+    struct Answers {
+        std::vector<std::string> values;
+        std::size_t next = 0;
+    };
+    Listener listener;
+    std::map<std::string, Answers> answers;
+    std::int64_t nbCounted = 0;
+    std::int64_t spoiledCall = 0;  // 0: none
+    Fault spoiledFault = Fault::none;
+    std::string spoiledName;
+    int nbSilences = 0;
+    friend class Silence;
+};
+
+Exchange& exchange();
+
+/// For the scope's time calls go through untouched: neither recorded nor answered nor spoiled.
+class Silence {
+public:
+    Silence() { ++exchange().nbSilences; }
+    ~Silence() { --exchange().nbSilences; }
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+};
+
+/// One call that a double answers: by `real(arguments...)` unless the script says otherwise.
+template <class Result, class Real, class... Arguments>
+Result respond(const char* name, bool mayFail, Real&& real, Arguments... arguments);
+
+/// A piece of `text` between separators, blanks around it dropped.
+std::vector<std::string> split(std::string_view text, std::string_view separator);
+/// Also "inf", "-inf" and "nan". @throws std::invalid_argument naming what is no number.
+double numberOf(const std::string& word);
+
+}  // namespace doubles
+
+#include "double/respond.hpp"

@@ -1,0 +1,224 @@
+#include "double/optimizer_double.hpp"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <set>
+#include <tuple>
+
+#include "double/exchange.hpp"
+#include "double/model_text.hpp"
+#include "host/library_loading.hpp"
+
+namespace doubles {
+
+namespace {
+
+struct State {
+    ls_exception_callback hook = nullptr;
+    void* hookData = nullptr;
+    int nbSolvers = 0;
+    std::vector<std::vector<std::string>> searches;
+    std::size_t nextSearch = 0;
+    std::vector<std::tuple<int, ls_callback, void*>> callbacks;
+    std::optional<std::string> interruption;
+};
+
+State& state() {
+    static State instance;
+    return instance;
+}
+
+/// The engine's own function of that name; the program's functions of these names are this file's.
+template <class Pointer>
+Pointer engineFunction(const char* name) {
+    const vex::LibraryLoading& loading = vex::platformLoading();
+    static std::string reason;
+    static const vex::LibraryHandle engine = loading.open(VEXCC_ENGINE_LIBRARY, reason);
+    const vex::AnyFunction address = engine != nullptr ? loading.find(engine, name) : nullptr;
+    if (address == nullptr) throw std::runtime_error(std::string(name) + ": " + reason);
+    return reinterpret_cast<Pointer>(address);
+}
+
+void report(int code, const char* text, const char* function) {
+    const State& s = state();
+    if (s.hook != nullptr) s.hook(code, text, "double", function, 1, s.hookData);
+}
+
+void setDecision(ls_solver* solver, const std::string& name, double value) {
+    const Silence silence;
+    for (int e = 0; e < ls_nb_expressions(solver); ++e) {
+        if (nameOf(solver, e) != name || ls_expr_is_decision(solver, e) == 0) continue;
+        if (ls_expr_is_double(solver, e) != 0)
+            ls_expr_set_double_value(solver, e, value);
+        else
+            ls_expr_set_int_value(solver, e, static_cast<std::int64_t>(value));
+        return;
+    }
+    throw std::invalid_argument("no decision " + name);
+}
+
+const std::map<std::string, std::string> statistics = {{"status", "ls_get_solution_status"},
+                                                       {"iterations", "ls_stats_get_nb_iterations"},
+                                                       {"seconds", "ls_stats_get_running_time"}};
+
+void runEvent(ls_solver* solver, int type) {
+    State& s = state();
+    for (const auto& [wanted, callback, userData] : s.callbacks) {
+        if (wanted == type) callback(solver, type, userData);
+    }
+    if (!s.interruption) return;
+    const std::string text = *s.interruption;
+    s.interruption.reset();
+    report(LS_ERROR_INTERRUPTED, text.c_str(), "ls_solve");
+}
+
+void search(ls_solver* solver) {
+    State& s = state();
+    const std::size_t last = s.searches.size() - 1;
+    for (const std::string& word : s.searches[std::min(s.nextSearch++, last)]) {
+        const std::size_t equals = word.find('=');
+        if (word == "terminate") {
+            exchange().answer("nevTerminateGet", "1");
+        } else if (equals == std::string::npos) {
+            runEvent(solver, static_cast<int>(numberOf(word)));
+        } else if (const auto found = statistics.find(word.substr(0, equals));
+                   found != statistics.end()) {
+            exchange().answer(found->second, word.substr(equals + 1));
+        } else {
+            setDecision(solver, word.substr(0, equals), numberOf(word.substr(equals + 1)));
+        }
+    }
+}
+
+/// A text that does not depend on the engine: the function's name.
+int textInstead(const char* name, char* text, int length) {
+    const std::string whole = "<" + std::string(name) + ">";
+    if (text != nullptr && length > 0)
+        text[whole.copy(text, static_cast<std::size_t>(length) - 1)] = '\0';
+    return static_cast<int>(whole.size()) + 1;
+}
+
+template <auto One, auto Other>
+constexpr bool same = std::is_same_v<std::integral_constant<decltype(One), One>,
+                                     std::integral_constant<decltype(Other), Other>>;
+
+/// What becomes of a call of `Function` that is not answered by the script.
+template <auto Function, class Result, class... Arguments>
+Result perform(const char* name, Arguments... arguments) {
+    State& s = state();
+    const auto forward = [&] {
+        static const auto real = engineFunction<Result (*)(Arguments...)>(name);
+        return real(arguments...);
+    };
+    const auto first = std::get<0>(std::tuple(arguments..., nullptr));
+    if constexpr (same<Function, &ls_set_exception_callback>) {
+        std::tie(s.hook, s.hookData) = std::tuple(arguments...);
+    } else if constexpr (same<Function, &ls_create_solver>) {
+        ++s.nbSolvers;
+        s.callbacks.clear();
+    } else if constexpr (same<Function, &ls_delete_solver>) {
+        s.nbSolvers -= first != nullptr ? 1 : 0;
+    } else if constexpr (same<Function, &ls_add_callback>) {
+        s.callbacks.push_back({std::get<1>(std::tuple(arguments...)),
+                               std::get<2>(std::tuple(arguments...)),
+                               std::get<3>(std::tuple(arguments...))});
+    }
+    if (s.searches.empty() || exchange().isSilent()) return forward();
+    if constexpr (same<Function, &ls_solve>) {
+        return search(first);
+    } else if constexpr (same<Function, &ls_interrupt>) {
+        s.interruption = std::get<1>(std::tuple(arguments...));
+    } else if constexpr (same<Function, &ls_info>) {
+        return textInstead(name, arguments...);
+    } else if constexpr (same<Function, &ls_stats_info> || same<Function, &ls_solver_info> ||
+                         same<Function, &ls_solver_to_string>) {
+        return textInstead(name, std::get<1>(std::tuple(arguments...)),
+                           std::get<2>(std::tuple(arguments...)));
+    } else if constexpr (!same<Function, &ls_stop> && !same<Function, &ls_save_environment>) {
+        return forward();
+    }
+}
+
+template <auto Function>
+struct Call;
+
+template <class Result, class... Arguments, Result (*Function)(Arguments...)>
+struct Call<Function> {
+    static Result run(const char* name, Arguments... arguments) {
+        // Deleting runs in destructors, and without the hook nothing can be reported.
+        constexpr bool mayFail =
+            !same<Function, &ls_delete_solver> && !same<Function, &ls_set_exception_callback>;
+        const auto real = [name](Arguments... a) -> Result {
+            return perform<Function, Result>(name, a...);
+        };
+        Exchange& shared = exchange();
+        const Fault fault = shared.isSilent() ? Fault::none : shared.faultOf(name, mayFail);
+        if (fault != Fault::none) {
+            report(fault == Fault::low ? LS_ERROR_CALLER : LS_ERROR_INTERNAL, "planned failure",
+                   name);
+        }
+        return respond<Result>(name, false, real, arguments...);
+    }
+};
+
+template <auto Function, std::size_t Position>
+struct ArgumentOf;
+
+template <class Result, class... Arguments, Result (*Function)(Arguments...), std::size_t Position>
+struct ArgumentOf<Function, Position> {
+    using Type = std::tuple_element_t<Position, std::tuple<Arguments...>>;
+};
+
+template <class Result, class... Arguments>
+Result resultOf(Result (*)(Arguments...));
+
+}  // namespace
+
+void reportError(int code, const char* function) {
+    report(code, "planned failure", function);
+}
+
+void setSearches(std::vector<std::vector<std::string>> scripts) {
+    state().searches = std::move(scripts);
+    state().nextSearch = 0;
+}
+
+int nbSolvers() {
+    return state().nbSolvers;
+}
+
+}  // namespace doubles
+
+// Function and parameter names cannot stand in parentheses.
+// NOLINTBEGIN(bugprone-macro-parentheses)
+#define RESULT(name) decltype(doubles::resultOf(&name))
+#define ARGUMENT(name, position) doubles::ArgumentOf<&name, position>::Type a##position
+#define RUN(name) doubles::Call<&name>::run
+
+#define DEFINE_0(name)           \
+    RESULT(name) name() {        \
+        return RUN(name)(#name); \
+    }
+#define DEFINE_1(name)                     \
+    RESULT(name) name(ARGUMENT(name, 0)) { \
+        return RUN(name)(#name, a0);       \
+    }
+#define DEFINE_2(name)                                        \
+    RESULT(name) name(ARGUMENT(name, 0), ARGUMENT(name, 1)) { \
+        return RUN(name)(#name, a0, a1);                      \
+    }
+#define DEFINE_3(name)                                                           \
+    RESULT(name) name(ARGUMENT(name, 0), ARGUMENT(name, 1), ARGUMENT(name, 2)) { \
+        return RUN(name)(#name, a0, a1, a2);                                     \
+    }
+#define DEFINE_4(name)                                                                 \
+    RESULT(name)                                                                       \
+    name(ARGUMENT(name, 0), ARGUMENT(name, 1), ARGUMENT(name, 2), ARGUMENT(name, 3)) { \
+        return RUN(name)(#name, a0, a1, a2, a3);                                       \
+    }
+// NOLINTEND(bugprone-macro-parentheses)
+#define LS_FUNCTION(name, arity) DEFINE_##arity(name)
+extern "C" {
+#include "localsolver_functions.inc"
+}

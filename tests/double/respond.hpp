@@ -1,0 +1,159 @@
+#pragma once
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+#include <type_traits>
+
+/// How a call becomes text and a scripted text an answer; part of exchange.hpp.
+
+namespace doubles {
+
+/// Reports an error of the optimizer through its hook, which throws. @return if it does not.
+void reportError(int code, const char* function);
+
+std::string quoted(const char* text);
+
+/// Doubles always have a point or an exponent, integers never.
+inline std::string typedNumber(double value) {
+    char buffer[32];
+    std::string text(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
+    return text.find_first_of(".en") == std::string::npos ? text + ".0" : text;
+}
+
+/// Arguments in full, except objects, callbacks and places for answers, which show only when null.
+template <class Argument>
+std::string textOf(Argument argument) {
+    if constexpr (std::is_same_v<Argument, double>) {
+        return typedNumber(argument);
+    } else if constexpr (std::is_integral_v<Argument>) {
+        return std::to_string(argument);
+    } else if constexpr (std::is_same_v<Argument, const char*>) {
+        return argument != nullptr ? quoted(argument) : "null";
+    } else {
+        return argument != nullptr ? "" : "null";
+    }
+}
+
+template <class... Arguments>
+std::string textOfAll(Arguments... arguments) {
+    std::string text;
+    [[maybe_unused]] const auto append = [&text](const std::string& piece) {
+        if (!piece.empty()) text += (text.empty() ? "" : ", ") + piece;
+    };
+    (append(textOf(arguments)), ...);
+    return text;
+}
+
+/// Writes one piece of an answer through an output argument; leaves the others alone.
+class OutputWriter {
+public:
+    explicit OutputWriter(std::vector<std::string> answer) : pieces(std::move(answer)) {}
+
+    std::string next() { return at < pieces.size() ? pieces[at++] : ""; }
+
+    template <class Argument>
+    void write(Argument argument) {
+        if constexpr (std::is_same_v<Argument, char*>) {
+            const std::string text = next();
+            if (argument != nullptr) std::memcpy(argument, text.c_str(), text.size() + 1);
+        } else if constexpr (std::is_same_v<Argument, void**>) {
+            const std::string piece = next();
+            if (!piece.empty()) *argument = piece == "null" ? nullptr : static_cast<void*>(this);
+        } else if constexpr (std::is_same_v<Argument, double*> ||
+                             std::is_same_v<Argument, std::int32_t*>) {
+            if (argument == nullptr) return;
+            for (const std::string& word : split(next(), " ")) {
+                if (!word.empty())
+                    *argument++ = static_cast<std::remove_pointer_t<Argument>>(numberOf(word));
+            }
+        }
+    }
+
+private:
+    std::vector<std::string> pieces;
+    std::size_t at = 0;
+};
+
+template <class Result, class... Arguments>
+Result decode(const std::string& answer, Arguments... arguments) {
+    OutputWriter writer(split(answer, ";"));
+    if constexpr (std::is_same_v<Result, char*>) {
+        if (answer == "null") return nullptr;
+        char* buffer = nullptr;
+        const auto take = [&buffer](auto argument) {
+            if constexpr (std::is_same_v<decltype(argument), char*>) buffer = argument;
+        };
+        (take(arguments), ...);
+        (writer.write(arguments), ...);
+        return buffer;
+    } else if constexpr (std::is_void_v<Result>) {
+        (writer.write(arguments), ...);
+    } else if constexpr (std::is_arithmetic_v<Result>) {
+        const auto result = static_cast<Result>(numberOf(writer.next()));
+        (writer.write(arguments), ...);
+        return result;
+    } else {
+        return Result();
+    }
+}
+
+/// What the result's type has to offer to a fault.
+template <class Result, class... Arguments>
+Result extreme(Fault fault, Arguments... arguments) {
+    using Limits = std::numeric_limits<Result>;
+    if constexpr (std::is_same_v<Result, char*>) {
+        return decode<Result>(fault == Fault::low ? std::string(255, 'w') : "null", arguments...);
+    } else if constexpr (std::is_floating_point_v<Result>) {
+        return fault == Fault::low ? Limits::quiet_NaN() : Limits::infinity();
+    } else if constexpr (std::is_integral_v<Result>) {
+        return fault == Fault::low ? Limits::min() : fault == Fault::high ? Limits::max() : 0;
+    } else {
+        return Result();
+    }
+}
+
+inline void throwPlanned(const std::string& kind, const char* name) {
+    if (kind == "standard") throw std::runtime_error("planned");
+    if (kind == "other") throw 7;
+    reportError(static_cast<int>(numberOf(kind)), name);
+}
+
+template <class Result, class Real, class... Arguments>
+Result respond(const char* name, bool mayFail, Real&& real, Arguments... arguments) {
+    Exchange& shared = exchange();
+    if (shared.isSilent()) return real(arguments...);
+    const auto tell = [&](const std::string& result) {
+        if (shared.isListening()) shared.tell(name, textOfAll(arguments...), result);
+    };
+    const Fault fault = shared.faultOf(name, mayFail);
+    const std::string* answer = shared.answerTo(name, [&] { return textOfAll(arguments...); });
+    if (fault == Fault::thrown || (answer != nullptr && answer->rfind("throw ", 0) == 0)) {
+        tell("");
+        throwPlanned(answer != nullptr ? answer->substr(6) : "standard", name);
+        return Result();
+    }
+    const auto result = [&]() -> Result {
+        if (fault != Fault::none) return extreme<Result>(fault, arguments...);
+        if (answer != nullptr) return decode<Result>(*answer, arguments...);
+        return real(arguments...);
+    };
+    if constexpr (std::is_void_v<Result>) {
+        // Before: what comes of it may be calls that are recorded too.
+        tell("");
+        result();
+    } else {
+        const Result answered = result();
+        if constexpr (std::is_pointer_v<Result> && !std::is_same_v<Result, char*>)
+            tell(answered == nullptr ? " = null" : "");
+        else if constexpr (std::is_same_v<Result, char*>)
+            tell(" = " + (answered != nullptr ? quoted(answered) : "null"));
+        else
+            tell(" = " + textOf(answered));
+        return answered;
+    }
+}
+
+}  // namespace doubles

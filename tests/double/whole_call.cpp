@@ -1,0 +1,238 @@
+#include "double/whole_call.hpp"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+#include "double/call_log.hpp"
+#include "double/exchange.hpp"
+#include "double/host_double.hpp"
+#include "double/instance_text.hpp"
+#include "double/model_text.hpp"
+#include "double/optimizer_double.hpp"
+#include "link/entry_points.hpp"
+#include "norv/environment.hpp"
+#include "norv/model.hpp"
+#include "norv/options.hpp"
+#include "translate/nlocalsolver.hpp"
+
+namespace doubles {
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+Words wordsOf(const std::string& line) {
+    std::istringstream stream(line);
+    Words words;
+    for (std::string word; stream >> word;) words.push_back(word);
+    return words;
+}
+
+std::string behindFirstWord(const std::string& line) {
+    const std::size_t blank = line.find(' ');
+    return blank == std::string::npos ? "" : line.substr(blank + 1);
+}
+
+/// A folder that is gone at the end.
+class ScratchFolder {
+public:
+    ScratchFolder() { std::filesystem::create_directories(path); }
+    ~ScratchFolder() { std::filesystem::remove_all(path, ignored); }
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    const std::filesystem::path path =
+        std::filesystem::temp_directory_path() / ("vexcc_case_" + std::to_string(std::rand()));
+
+private:
+    std::error_code ignored;
+};
+
+/// What the lines ask for.
+struct Case {
+    std::string instance;
+    std::string kind = "setup";
+    Words steps, show, hide, options;
+    std::vector<Words> searches = {{"1"}};
+    Words levels;
+    bool ownOptions = false;
+};
+
+std::vector<Words> searchesOf(const std::string& scripts) {
+    std::vector<Words> searches;
+    for (const std::string& script : split(scripts, "|")) searches.push_back(wordsOf(script));
+    return searches;
+}
+
+Case read(const std::vector<std::string>& lines) {
+    Case c;
+    for (const std::string& line : lines) {
+        const Words words = wordsOf(line);
+        const std::string& first = words.at(0);
+        const auto append = [&words](Words& list) {
+            list.insert(list.end(), words.begin() + 1, words.end());
+        };
+        if (first == "setup" || first == "solve" || first == "whole")
+            c.kind = first;
+        else if (first == "do")
+            append(c.steps);
+        else if (first == "show")
+            append(c.show);
+        else if (first == "hide")
+            append(c.hide);
+        else if (first == "level")
+            append(c.levels);
+        else if (first == "search")
+            c.searches = searchesOf(behindFirstWord(line));
+        else if (first == "option")
+            c.options.push_back(behindFirstWord(line));
+        else if (first == "pairs")
+            for (int k = 1; k <= std::stoi(words.at(1)); ++k)
+                c.options.push_back("defvar x" + std::to_string(k) + " e" + std::to_string(k));
+        else if (first == "own")
+            c.ownOptions = true;
+        else if (first == "answer")
+            exchange().answer(split(behindFirstWord(line), " = ").at(0),
+                              behindFirstWord(line).substr(behindFirstWord(line).find(" = ") + 3));
+        else
+            c.instance += line + " ;";
+    }
+    const bool defaultSteps = c.steps.empty();
+    for (std::size_t k = 0; defaultSteps && c.kind != "setup" && k < c.searches.size(); ++k) {
+        c.steps.push_back("ready");
+        c.steps.push_back("solve");
+    }
+    if (c.steps.empty()) c.steps = {"ready"};
+    return c;
+}
+
+class Run {
+public:
+    explicit Run(const Case& c)
+        : asked(c), model(readInstance(c.instance, environment)), log(c.kind, c.show, c.hide) {
+        log.abbreviate(scratch.path.string(), "$tmp");
+        log.abbreviate(VEXCC_SYSTEM_DIRECTORY "/", "$system/");
+        environment.setSystemDirectory(VEXCC_SYSTEM_DIRECTORY);
+        setLevels();
+        if (asked.ownOptions)
+            writeOptionFile();
+        else
+            setOptions();
+        setSearches(asked.searches);
+    }
+    ~Run() {
+        exchange().listen(nullptr);
+        vexFree(&handle);
+        setSearches({});
+    }
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+
+    std::string text() {
+        vexCreate(&handle, nullptr, 0);
+        exchange().listen([this](const auto& name, const auto& arguments, const auto& result) {
+            log.add(name, arguments, result);
+            if (name == "ls_close") addModel();
+        });
+        for (const std::string& step : asked.steps) perform(step);
+        exchange().listen(nullptr);
+        for (const char* file : {"dump", "trace"}) {
+            if (std::filesystem::exists(scratch.path / file)) log.addFile(scratch.path / file);
+        }
+        return log.text();
+    }
+
+private:
+    vex::NorvLocalSolver& link() { return *static_cast<vex::NorvLocalSolver*>(handle); }
+
+    void addModel() {
+        ls_solver* solver = link().solver->getHandle();
+        const auto& hidden = asked.hide;
+        const bool inFull = std::find(hidden.begin(), hidden.end(), "ls_close") == hidden.end();
+        log.addLines(inFull ? modelText(solver) : modelSize(solver));
+    }
+
+    std::string expanded(std::string text) const {
+        const std::size_t at = text.find("$tmp");
+        return at == std::string::npos ? text : text.replace(at, 4, scratch.path.string());
+    }
+
+    void setLevels() {
+        for (std::size_t k = 0; k + 1 < asked.levels.size(); k += 2) {
+            std::int32_t j = 0;
+            while (model.variableName(j) != asked.levels[k]) ++j;
+            model.setLevel(j, numberOf(asked.levels[k + 1]));
+        }
+    }
+
+    void writeOptionFile() {
+        const auto path = scratch.path / "localsolver.opt";
+        std::ofstream file(path);
+        for (const std::string& option : asked.options) file << expanded(option) << "\n";
+        model.setOptionFile(path.string(), 2);
+    }
+
+    void setOptions() {
+        if (!options.readDefinition(VEXCC_SYSTEM_DIRECTORY "/optlocalsolver.def"))
+            throw std::invalid_argument(options.messages().front().text);
+        for (const std::string& option : asked.options) {
+            if (!options.set(expanded(option), "case"))
+                throw std::invalid_argument(options.messages().back().text);
+        }
+    }
+
+    void perform(const std::string& step) {
+        // The preparation of a solve is shown when it fails.
+        log.begin(step, /*isShown=*/asked.kind != "solve" || step != "ready");
+        if (step == "ready") {
+            log.end("vexReadyAPI", vexReadyAPI(handle, model.handle(),
+                                               asked.ownOptions ? nullptr : options.handle()));
+        } else if (step == "solve") {
+            log.end("vexCallSolver", vexCallSolver(handle));
+        } else if (step == "free") {
+            vexFree(&handle);
+        } else if (step == "throws") {
+            setUpAlone();
+        } else {
+            throw std::invalid_argument("no step " + step);
+        }
+    }
+
+    void setUpAlone() {
+        link().resetTranslation();
+        link().solver.reset();
+        link().solver = std::make_unique<localsolver::LocalSolver>();
+        try {
+            link().setupModel();
+        } catch (const localsolver::LSException& error) {
+            log.addLines("LSException " + std::to_string(error.getErrorCode()) + ", " +
+                         error.getFileName() + ", " + error.getFunctionName() + ": " +
+                         error.what() + "\n");
+        } catch (const vex::RecursionDepthLimitReached&) {
+            log.addLines("RecursionDepthLimitReached\n");
+        }
+    }
+
+    const Case& asked;
+    ScratchFolder scratch;
+    norv::Environment environment;
+    norv::Model model;
+    norv::Options options;
+    CallLog log;
+    void* handle = nullptr;
+};
+
+}  // namespace
+
+std::string runCase(const std::vector<std::string>& lines) {
+    bindHost();
+    exchange().reset();
+    const Case c = read(lines);
+    std::string text = Run(c).text();
+    exchange().reset();
+    return text;
+}
+
+}  // namespace doubles

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Whole calls of the link's entry points as text, between the doubles of host and optimizer.
+///
+/// A case is a list of lines. Lines of an instance (instance_text.hpp) and, in any order:
+///   setup | solve | whole    which calls are shown: of model setup with the model built; of the
+///                            solve; all that change something. At first setup.
+///   do STEP…                 in place of "ready" (setup) and of "ready solve" for each search:
+///                            steps ready, solve, free; throws: model setup alone, with the
+///                            exception that leaves it
+///   show PATTERN… | hide PATTERN…   calls to show besides, or not; "name" or "beginning*";
+///                            without ls_close a model is shown by its size alone
+///   option NAME VALUE        a line of the option file; $tmp stands for a folder of its own,
+///                            whose files dump and trace are shown at the end
+///   pairs N                  as option lines: defvar x1 e1, … defvar xN eN
+///   own                      the host hands over no option object: the file is read for real
+///   level NAME VALUE         the variable's level before
+///   answer CALL = ANSWER     what a call answers (Exchange::answer)
+///   search WORD… | WORD…     what one search does after the other (setSearches); at first one
+///                            that sees its phase end
+
+namespace doubles {
+
+/// Runs a case on a link object of its own. @return its calls as text, a paragraph a step.
+/// @throws std::invalid_argument for a line that cannot be read.
+std::string runCase(const std::vector<std::string>& lines);
+
+}  // namespace doubles
