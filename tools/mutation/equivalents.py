@@ -1,0 +1,44 @@
+"""Lists of mutations as text: those that change nothing, with the reason, and the last survivors.
+
+An entry is a path, the lines that the mutation takes away (`- `), those that it puts there (`+ `)
+and, indented, the reason; a blank line ends it. Lines are compared without indentation and without
+their number, so an entry lives as long as its line.
+"""
+import dataclasses
+
+
+@dataclasses.dataclass(frozen=True)
+class Entry:
+    path: str
+    old_lines: tuple
+    new_lines: tuple
+    reason: str
+
+    @property
+    def key(self):
+        return self.path, self.old_lines, self.new_lines
+
+
+def read(file):
+    """The entries of `file`; ends the program with file and line at an entry that is none."""
+    if not file.is_file():
+        return []
+    entries, block = [], []
+    for number, line in enumerate([*file.read_text().splitlines(), ""], 1):
+        if line.strip() and not line.startswith("#"):
+            block.append(line)
+        elif block and not line.strip():
+            old = tuple(text[2:] for text in block if text.startswith("- "))
+            new = tuple(text[2:] for text in block if text.startswith("+ "))
+            reason = [text.strip() for text in block if text.startswith("  ")]
+            if not old or 1 + len(old) + len(new) + len(reason) != len(block):
+                raise SystemExit(f"{file}:{number - len(block)}: expected a path, lines with - and "
+                                 "+, and an indented reason")
+            entries.append(Entry(block[0], old, new, " ".join(reason)))
+            block = []
+    return entries
+
+
+def text_of(mutations):
+    return "\n".join("\n".join([mutation.path, *mutation.diff(), f"  line {mutation.line}, "
+                                f"{mutation.operator}"]) + "\n" for mutation in mutations)
