@@ -14,9 +14,18 @@ endif()
 file(RELATIVE_PATH vexcc_bin_to_plug_ins /${CMAKE_INSTALL_BINDIR} /${vexcc_plug_ins})
 file(RELATIVE_PATH vexcc_bin_to_definitions /${CMAKE_INSTALL_BINDIR} /${vexcc_definitions})
 
+# set_run_path(TARGETS target... PATHS path...): where installed files look for libraries, in the build
+# tree too. CMake would otherwise pad the build's run paths with empty parts, to have room for the
+# installation's, and the loader takes an empty part for the current folder.
+function(set_run_path)
+    cmake_parse_arguments(arg "" "" "TARGETS;PATHS" ${ARGN})
+    set_target_properties(${arg_TARGETS} PROPERTIES INSTALL_RPATH "${arg_PATHS}"
+                                                    BUILD_WITH_INSTALL_RPATH ON)
+endfunction()
+
 # install_plug_in(TARGET...): shared libraries, which find each other beside themselves.
 function(install_plug_in)
-    set_target_properties(${ARGN} PROPERTIES INSTALL_RPATH "$ORIGIN")
+    set_run_path(TARGETS ${ARGN} PATHS "$ORIGIN")
     install(TARGETS ${ARGN}
             LIBRARY DESTINATION ${vexcc_plug_ins}
             RUNTIME DESTINATION ${vexcc_plug_ins}

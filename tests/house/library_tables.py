@@ -17,3 +17,8 @@ def exports(library):
 
 def needed_dlls(file):
     return re.findall(r"DLL Name: (\S+)", output_of("x86_64-w64-mingw32-objdump", "-p", file))
+
+
+def run_paths(file):
+    """Those of an ELF file, as written: parts with colons between."""
+    return re.findall(r"\((?:RUNPATH|RPATH)\) .*\[(.*)\]", output_of("readelf", "-d", file))
