@@ -22,7 +22,8 @@ void describeSolve(CLI::App& app, CommandLine& line) {
             return named ? std::string() : "found \"" + setting + "\", expected name=value";
         });
     app.add_option("-o,--option-file", line.solve.optionFile, "Option file of the link");
-    app.add_option("-t,--time-limit", line.solve.timeLimit, "Time limit in seconds")
+    app.add_option("-t,--time-limit", line.solve.timeLimit,
+                   "Time limit in seconds, rounded up to whole ones")
         ->check(CLI::Range(0.0, std::numeric_limits<double>::max()))
         ->capture_default_str();
     app.add_option("-i,--iteration-limit", line.solve.iterationLimit,

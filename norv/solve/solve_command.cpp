@@ -60,7 +60,7 @@ ExitCode solveModel(const CommandLine& line, const InputText& file) {
     if (!line.statusFile.empty()) status = openOutput(line.statusFile);
 
     Environment environment;
-    configure(environment, line.solve);
+    configure(environment, line.solve, log);
     environment.setLogSink([&writer](std::string_view text) { writer.write(text); });
     environment.setStatusSink([&status](std::string_view text) { status << text; });
     Model model = readModel(file, environment, line.isSquareSystem, log);

@@ -1,10 +1,12 @@
 #include "solve/solve_run.hpp"
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 
 #include "solve/failure.hpp"
 #include "solve/link_library.hpp"
+#include "solve/report.hpp"
 #include "solve/shared_library.hpp"
 #include "solve/termination_signals.hpp"
 
@@ -47,9 +49,15 @@ std::string assignmentText(const std::string& name, const std::string& value) {
     return text + '"';
 }
 
-void configure(Environment& environment, const SolveSettings& settings) {
+void configure(Environment& environment, const SolveSettings& settings, std::ostream& log) {
     environment.setSystemDirectory(systemDirectory(settings));
-    environment.setTimeLimit(settings.timeLimit);
+    // The link would round down, and begin no search for half a second.
+    const double wholeSeconds = std::ceil(settings.timeLimit);
+    if (wholeSeconds != settings.timeLimit) {
+        log << "Time limit " << numberText(settings.timeLimit)
+            << " s: the link takes whole seconds, " << numberText(wholeSeconds) << " is used.\n";
+    }
+    environment.setTimeLimit(wholeSeconds);
     if (settings.iterationLimit) environment.setIterationLimit(*settings.iterationLimit);
     environment.setThreads(settings.threads);
 }

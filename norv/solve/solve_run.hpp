@@ -34,8 +34,10 @@ struct SolveSettings {
     std::string systemDirectory;  ///< of optlocalsolver.def; empty: the program's
 };
 
-/// Limits, threads and directory, as the settings want them.
-void configure(Environment& environment, const SolveSettings& settings);
+/// Limits, threads and directory, as the settings want them; the time limit is rounded up to whole
+/// seconds.
+/// @param log  is told when that changes it.
+void configure(Environment& environment, const SolveSettings& settings, std::ostream& log);
 
 /// An object with the definitions alone. Failure (badInput) when they cannot be read.
 Options definedOptions(const SolveSettings& settings);

@@ -138,7 +138,7 @@ TEST_F(AmplProtocol, takesKeywordsFromEnvironmentAndCommandLine) {
     setVariable("norvsolve_options", "TIMELIM = 5\tthreads 2 iterlim=7 seed=\"8\"");
     EXPECT_EQ(solve({"timelim=9.5", "outlev=", "1"}).exitCode, 0);
     EXPECT_THAT(contentOf(scratchFile("calls")), HasSubstr("vexReadyAPI options, file 0 , preset "
-                                                           "13, limits 9 7 2\n"));
+                                                           "13, limits 10 7 2\n"));
     setVariable("norvsolve_options", "");
     const std::string optionFile = scratchFile("my options.opt");
     writeFile(optionFile, "seed 3\n");

@@ -58,9 +58,11 @@ TEST_F(Norvsolve, callsTheLinkInTheHostsOrder) {
 TEST_F(Norvsolve, handsLimitsAndOptionsOn) {
     const std::string optionFile = scratchFile("options.opt");
     std::ofstream(optionFile) << "seed 3\n";
-    solve({"-t", "59.5", "-i", "7", "--threads", "3", "-o", optionFile});
+    const ProgramRun run = solve({"-t", "0.5", "-i", "7", "--threads", "3", "-o", optionFile});
     EXPECT_THAT(contentOf(calls_), HasSubstr("vexReadyAPI no options, file 1 " + optionFile +
-                                             ", preset 13, limits 59 7 3\n"));
+                                             ", preset 13, limits 1 7 3\n"));
+    EXPECT_THAT(run.output,
+                HasSubstr("Time limit 0.5 s: the link takes whole seconds, 1 is used."));
     EXPECT_EQ(solve({"-o", optionFile, "seed=5"}).exitCode, 0);
     EXPECT_THAT(contentOf(calls_), HasSubstr("vexReadyAPI options, file 0 "));
 }

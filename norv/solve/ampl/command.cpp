@@ -49,7 +49,7 @@ AmplSettings settingsFor(const AmplCommand& command) {
 void solveModel(AmplRun& run, Environment& environment, const InputText& file, std::ostream& log) {
     LogWriter writer(
         log, [&log] { return &log == &std::cout ? terminalColumns(StandardStream::output) : 0; });
-    configure(environment, run.settings.solve);
+    configure(environment, run.settings.solve, log);
     environment.setLogSink([&writer](std::string_view text) { writer.write(text); });
     run.model = readModel(file, environment, /*isSquareSystem=*/false, log);
     const std::optional<Options> options = makeOptions(run.settings.solve, /*always=*/false, log);

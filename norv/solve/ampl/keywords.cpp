@@ -81,7 +81,7 @@ constexpr Keyword keywords[] = {
     {"outlev", "0 or more, default 0", "0: no output but errors; 1: the log and a summary",
      takeLogLevel},
     {"threads", "1 to 1024, default 1", "Number of threads", takeThreads},
-    {"timelim", "0 to inf, default 60", "Time limit in seconds; the link uses whole ones",
+    {"timelim", "0 to inf, default 60", "Time limit in seconds, rounded up to whole ones",
      takeTimeLimit},
     {"timelimit", "0 to inf, default 60", "The same as timelim", takeTimeLimit},
     {"wantsol", "0 to 15, default 0",
