@@ -22,7 +22,8 @@ std::int32_t Instance::orderOf(std::int32_t row) const noexcept {
                                         : hostapi::function_order::linear;
 }
 
-Evaluation Instance::evaluate(std::int32_t row, std::span<const double> levels) const {
+Evaluation Instance::evaluate(std::int32_t row, std::span<const double> levels,
+                              Leniency* leniency) const {
     const Point point(levels);
     Evaluation result;
     for (std::int64_t k = entries.starts[row]; k < entries.starts[row + 1]; ++k) {
@@ -34,7 +35,7 @@ Evaluation Instance::evaluate(std::int32_t row, std::span<const double> levels) 
             quadratic.values[k] * point[quadratic.first[k]] * point[quadratic.second[k]];
     }
     if (const InstructionList* list = listOf(row)) {
-        const Quantity part = evaluator.evaluate(*list, pool, levels);
+        const Quantity part = evaluator.evaluate(*list, pool, levels, leniency);
         result.value += part.value;
         result.nbErrors += part.nbErrors;
     }

@@ -62,7 +62,9 @@ struct Instance {
 
     /// The function of a row, or the objective without its constant, at `point` [nbVariables].
     /// One thread at a time.
-    [[nodiscard]] Evaluation evaluate(std::int32_t row, std::span<const double> point) const;
+    /// @param leniency  null: relations are exact.
+    [[nodiscard]] Evaluation evaluate(std::int32_t row, std::span<const double> point,
+                                      Leniency* leniency = nullptr) const;
 
     mutable Evaluator evaluator;  ///< scratch of `evaluate`
 };

@@ -115,14 +115,15 @@ double Model::headAndTail(std::int32_t index) const {
     return record->solution.headAndTail[checked("statistic", index, SolutionRecord::nbStatistics)];
 }
 
-Evaluation Model::evaluateRow(std::int32_t row, std::span<const double> point) const {
+Evaluation Model::evaluateRow(std::int32_t row, std::span<const double> point,
+                              Leniency* leniency) const {
     checkLength(record->instance, point);
-    return record->instance.evaluate(checkedRow(record->instance, row), point);
+    return record->instance.evaluate(checkedRow(record->instance, row), point, leniency);
 }
 
-Evaluation Model::evaluateObjective(std::span<const double> point) const {
+Evaluation Model::evaluateObjective(std::span<const double> point, Leniency* leniency) const {
     checkLength(record->instance, point);
-    Evaluation result = record->instance.evaluate(record->instance.objective(), point);
+    Evaluation result = record->instance.evaluate(record->instance.objective(), point, leniency);
     result.value += record->instance.objectiveConstant;
     return result;
 }

@@ -1,6 +1,8 @@
 #include "nonlinear/evaluator.hpp"
 
+#include <algorithm>
 #include <cassert>
+#include <cmath>
 
 #include "nonlinear/functions.hpp"
 #include "nonlinear/opcodes.hpp"
@@ -23,12 +25,19 @@ double combine(Action action, double left, double right) {
     }
 }
 
+bool isClose(double x, double y, double tolerance) {
+    const double largest = std::max({1.0, std::fabs(x), std::fabs(y)});
+    return std::isfinite(largest) && std::fabs(x - y) <= tolerance * largest;
+}
+
 /// One list at one point.
 class Run {
 public:
     /// @param base  where the stack begins; it has room for what the list needs.
-    Run(Quantity* base, std::span<const double> constants, std::span<const double> levels)
-        : next(base), pool(constants), point(levels) {}
+    /// @param lenient  null: relations are exact.
+    Run(Quantity* base, std::span<const double> constants, std::span<const double> levels,
+        Leniency* lenient)
+        : next(base), pool(constants), point(levels), leniency(lenient) {}
 
     void step(std::int32_t opcode, std::int32_t field);
     [[nodiscard]] Quantity result() const { return next[-1]; }
@@ -63,14 +72,26 @@ private:
         const FunctionTraits& function = *findFunction(code);
         const std::int32_t count = nbConsumed(function, announced);
         next -= count;
-        const Quantity result = call(function.code, {next, static_cast<std::size_t>(count)});
+        Quantity result = call(function.code, {next, static_cast<std::size_t>(count)});
+        if (leniency != nullptr && isRelation(function.code)) loosen(function.code, result);
         *next++ = result;
         if (function.nbArguments == FunctionTraits::anyCount) announced = -1;
+    }
+
+    /// @param result  of the relation between the two values at `next`.
+    void loosen(Function relation, Quantity& result) {
+        const double left = next[0].value;
+        const double right = next[1].value;
+        const double value = holdsWhenEqual(relation) ? 1.0 : 0.0;
+        if (value == result.value || !isClose(left, right, leniency->tolerance)) return;
+        result.value = value;
+        if (!leniency->first) leniency->first = {left, signOf(relation), right};
     }
 
     Quantity* next;  ///< behind the top
     std::span<const double> pool;
     std::span<const double> point;
+    Leniency* leniency;
     std::int32_t announced = -1;
 };
 
@@ -122,10 +143,10 @@ void Run::step(std::int32_t opcode, std::int32_t field) {
 }  // namespace
 
 Quantity Evaluator::evaluate(const InstructionList& list, std::span<const double> pool,
-                             std::span<const double> point) {
+                             std::span<const double> point, Leniency* leniency) {
     const auto depth = static_cast<std::size_t>(list.depth);
     if (stack.size() < depth) stack.resize(depth);
-    Run run(stack.data(), pool, point);
+    Run run(stack.data(), pool, point, leniency);
     for (std::size_t k = 0; k < list.size(); ++k) run.step(list.opcodes[k], list.fields[k]);
     return run.result();
 }

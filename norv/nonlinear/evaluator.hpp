@@ -5,6 +5,7 @@
 
 #include "nonlinear/instruction_list.hpp"
 #include "nonlinear/quantity.hpp"
+#include "norv/leniency.hpp"
 
 namespace norv {
 
@@ -15,8 +16,9 @@ public:
     /// @param list   passed `checkInstructions`; its depth is set.
     /// @param pool   of the model.
     /// @param point  [nbVariables]
+    /// @param leniency  null: relations are exact.
     [[nodiscard]] Quantity evaluate(const InstructionList& list, std::span<const double> pool,
-                                    std::span<const double> point);
+                                    std::span<const double> point, Leniency* leniency = nullptr);
 
 private:
     std::vector<Quantity> stack;

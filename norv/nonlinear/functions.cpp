@@ -158,4 +158,10 @@ Quantity call(Function function, std::span<const Quantity> arguments) {
     return resultOf(value, errorsOf(x));
 }
 
+const char* signOf(Function relation) {
+    assert(isRelation(relation));
+    constexpr const char* signs[] = {"=", ">", ">=", "<", "<=", "<>"};
+    return signs[static_cast<int>(relation) - static_cast<int>(Function::relopeq)];
+}
+
 }  // namespace norv

@@ -133,6 +133,10 @@ constexpr bool isLogical(Function function) {
     return function >= Function::boolnot && function <= Function::relopne;
 }
 
+constexpr bool isRelation(Function function) {
+    return function >= Function::relopeq && function <= Function::relopne;
+}
+
 /// May a call with many arguments be folded into calls with two, from the left?
 constexpr bool isFoldable(Function function) {
     return function == Function::min || function == Function::max ||
@@ -150,5 +154,14 @@ constexpr std::int32_t nbConsumed(const FunctionTraits& function, std::int32_t a
 /// The value of a call; docs/instruction-code.md tells what each function means.
 /// @param arguments  as many as the function consumes, the first one first.
 [[nodiscard]] Quantity call(Function function, std::span<const Quantity> arguments);
+
+/// Does the relation hold between equal sides?
+constexpr bool holdsWhenEqual(Function relation) {
+    return relation == Function::relopeq || relation == Function::relopge ||
+           relation == Function::relople;
+}
+
+/// "<", "<=", "=", ">=", ">" or "<>".
+[[nodiscard]] const char* signOf(Function relation);
 
 }  // namespace norv

@@ -18,6 +18,7 @@ Json checkObject(const PointCheck& check) {
             {"largestViolation", check.largestViolation},
             {"worst", check.worst},
             {"violated", check.nbViolated},
+            {"withinToleranceOnly", check.loose},
             {"tolerance", checkTolerance}};
 }
 

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "hostapi/codes.hpp"
+#include "solve/report.hpp"
 
 namespace norv {
 namespace {
@@ -61,6 +62,12 @@ public:
         check_.worst = kind + name;
     }
 
+    void addLoose(const std::string& item, const LooseRelation& relation) {
+        if (check_.nbLoose++ > 0) return;
+        check_.loose = item + ": relation " + numberText(relation.left) + ' ' + relation.sign +
+                       ' ' + numberText(relation.right);
+    }
+
     [[nodiscard]] PointCheck result() {
         check_.passed = check_.nbViolated == 0;
         return check_;
@@ -70,28 +77,58 @@ private:
     PointCheck check_;
 };
 
-}  // namespace
+double rowViolation(const Model& model, std::int32_t i, std::span<const double> levels,
+                    Leniency* leniency) {
+    const Evaluation row = model.evaluateRow(i, levels, leniency);
+    if (row.nbErrors != 0) return std::numeric_limits<double>::infinity();
+    return rowViolation(model.rowType(i), row.value, model.rightHandSide(i));
+}
 
-PointCheck checkPoint(const Model& model) {
-    Findings findings;
-    const auto levels = model.levels();
+void checkRow(const Model& model, std::int32_t i, std::span<const double> levels,
+              Findings& findings) {
+    const double violation = rowViolation(model, i, levels, nullptr);
+    if (violation <= 0.0) return;
+    Leniency leniency{checkTolerance, {}};
+    const bool isLoose = !(violation <= checkTolerance) &&
+                         rowViolation(model, i, levels, &leniency) <= checkTolerance &&
+                         leniency.first;
+    if (isLoose) return findings.addLoose("row " + model.rowName(i), *leniency.first);
+    findings.add(violation, "row ", model.rowName(i));
+}
+
+void checkLevels(const Model& model, std::span<const double> levels, Findings& findings) {
     for (std::int32_t j = 0; j < model.nbVariables(); ++j) {
         const double violation = variableViolation(model, j, levels[static_cast<std::size_t>(j)]);
         if (!(violation <= 0.0)) findings.add(violation, "variable ", model.variableName(j));
     }
-    for (std::int32_t i = 0; i < model.nbRows(); ++i) {
-        const Evaluation row = model.evaluateRow(i, levels);
-        const double violation =
-            row.nbErrors != 0 ? std::numeric_limits<double>::infinity()
-                              : rowViolation(model.rowType(i), row.value, model.rightHandSide(i));
-        if (!(violation <= 0.0)) findings.add(violation, "row ", model.rowName(i));
-    }
-    const Evaluation objective = model.evaluateObjective(levels);
+    for (std::int32_t i = 0; i < model.nbRows(); ++i) checkRow(model, i, levels, findings);
+}
+
+void checkObjective(const Model& model, Findings& findings) {
+    const Evaluation objective = model.evaluateObjective(model.levels());
     const double reported = model.headAndTail(hostapi::head_and_tail::objective);
     findings.add(objective.nbErrors != 0 ? std::numeric_limits<double>::infinity()
                                          : outside(reported, objective.value, objective.value),
                  "the reported objective", {});
+    Leniency leniency{checkTolerance, {}};
+    const Evaluation loose = model.evaluateObjective(model.levels(), &leniency);
+    if (leniency.first && outside(objective.value, loose.value, loose.value) > checkTolerance)
+        findings.addLoose("the objective", *leniency.first);
+}
+
+}  // namespace
+
+PointCheck checkPoint(const Model& model) {
+    Findings findings;
+    checkLevels(model, model.levels(), findings);
+    checkObjective(model, findings);
     return findings.result();
+}
+
+bool isFeasible(const Model& model, std::span<const double> levels) {
+    Findings findings;
+    checkLevels(model, levels, findings);
+    return findings.result().passed;
 }
 
 bool claimsFeasiblePoint(std::int32_t modelStatus) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 
 #include "norv/model.hpp"
@@ -17,11 +18,19 @@ struct PointCheck {
     double largestViolation = 0.0;  ///< scaled: divided by max(1, magnitude of both sides)
     std::string worst;              ///< what is violated most, empty when nothing is
     std::int64_t nbViolated = 0;    ///< rows, bounds and variables beyond the tolerance
+    /// Rows that hold, or the objective's value, by the tolerance of a relation inside alone.
+    std::int64_t nbLoose = 0;
+    std::string loose;  ///< the first of them: "row r: relation 2.9999999 >= 3"
 };
 
 /// Checks the levels against all rows, bounds, integrality and semi-continuity, and the objective
-/// in the statistics record against the evaluator's.
+/// in the statistics record against the evaluator's. Relations inside functions are exact; a row
+/// that only they violate passes as loose when the tolerance makes it hold.
 PointCheck checkPoint(const Model& model);
+
+/// Does another point hold all rows, bounds, integrality and semi-continuity, within the tolerance?
+/// @param levels  [nbVariables]
+bool isFeasible(const Model& model, std::span<const double> levels);
 
 /// Does the model status claim a feasible point?
 bool claimsFeasiblePoint(std::int32_t modelStatus);

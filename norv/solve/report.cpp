@@ -8,19 +8,25 @@
 namespace norv {
 namespace {
 
-void printCheck(std::ostream& out, const std::optional<PointCheck>& check) {
-    if (!check) {
-        out << "Check: no feasible point reported.\n";
-    } else if (check->passed && check->worst.empty()) {
-        out << "Check: passed, no row or bound violated.\n";
-    } else if (check->passed) {
-        out << "Check: passed, largest violation " << numberText(check->largestViolation) << " ("
-            << check->worst << ").\n";
-    } else {
-        out << "Check: FAILED, " << check->nbViolated << " violated beyond "
-            << numberText(checkTolerance) << ", most by " << numberText(check->largestViolation)
-            << " (" << check->worst << ").\n";
+std::string checkText(const PointCheck& check) {
+    if (!check.passed) {
+        return "FAILED, " + std::to_string(check.nbViolated) + " violated beyond " +
+               numberText(checkTolerance) + ", most by " + numberText(check.largestViolation) +
+               " (" + check.worst + ')';
     }
+    if (check.worst.empty() && check.nbLoose == 0) return "passed, no row or bound violated";
+    std::string text = "passed";
+    if (!check.worst.empty())
+        text +=
+            ", largest violation " + numberText(check.largestViolation) + " (" + check.worst + ')';
+    return text;
+}
+
+std::string looseText(const PointCheck& check) {
+    if (check.nbLoose == 0) return {};
+    std::string text = ", within tolerance only: " + check.loose;
+    if (check.nbLoose > 1) text += " and " + std::to_string(check.nbLoose - 1) + " more";
+    return text;
 }
 
 }  // namespace
@@ -39,7 +45,8 @@ void printSummary(std::ostream& out, const Model& model, const std::optional<Poi
         out << "Objective: " << numberText(model.headAndTail(hostapi::head_and_tail::objective))
             << '\n';
     }
-    printCheck(out, check);
+    out << "Check: "
+        << (check ? checkText(*check) + looseText(*check) : "no feasible point reported") << ".\n";
 }
 
 void writeSolution(std::ostream& out, const Model& model) {

@@ -93,6 +93,33 @@ TEST_F(AmplProtocol, tellsTheOutcomeByItsCode) {
     }
 }
 
+TEST_F(AmplProtocol, namesARelationThatHoldsWithinItsToleranceOnly) {
+    struct Case {
+        const char* row;
+        const char* objective;
+        const char* level;
+        const char* check;
+    };
+    const Case cases[] = {
+        {"o28 v0 n3", "n0", "2.9999999",
+         "Check: passed, within tolerance only: row e1: relation 2.9999999 >= 3.\n"},
+        {"o29 v0 n3", "n0", "3", "FAILED, 1 violated beyond 1e-06, most by 1 (row e1).\n"},
+        {"o28 v0 n3", "n0", "2.9999", "FAILED, 1 violated beyond 1e-06, most by 1 (row e1).\n"},
+        {"o30 v0 n3", "n0", "3.0000001", "Check: passed, no row or bound violated.\n"},
+        {"o28 v0 n1", "o35 o22 v0 n3 n7 v0", "2.9999999",
+         "only: the objective: relation 2.9999999 < 3.\n"},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.row);
+        sketch = {{}, {each.row}, {each.objective}, {}, 1, false};
+        writeModel(NlForm::text, {});
+        report(1, 1, each.level);
+        const ProgramRun run = solve({"outlev=1"});
+        EXPECT_THAT(run.output, HasSubstr(each.check));
+        EXPECT_EQ(run.exitCode, run.output.find("FAILED") == std::string::npos ? 0 : 6);
+    }
+}
+
 TEST_F(AmplProtocol, writesTheFileThatTheSolverLibraryWrites) {
     struct Case {
         NlForm form;

@@ -7,6 +7,7 @@
 
 #include "hostapi/handles.hpp"
 #include "norv/export.hpp"
+#include "norv/leniency.hpp"
 
 namespace norv {
 
@@ -67,9 +68,12 @@ public:
     [[nodiscard]] double headAndTail(std::int32_t index) const;
 
     /// The value of a row's function (no right-hand side) at `point` [nbVariables].
-    [[nodiscard]] Evaluation evaluateRow(std::int32_t row, std::span<const double> point) const;
-    /// The value of the objective, constant included, at `point` [nbVariables].
-    [[nodiscard]] Evaluation evaluateObjective(std::span<const double> point) const;
+    /// @param leniency  of the relations inside; null: they are exact.
+    [[nodiscard]] Evaluation evaluateRow(std::int32_t row, std::span<const double> point,
+                                         Leniency* leniency = nullptr) const;
+    /// The value of the objective, constant included, likewise.
+    [[nodiscard]] Evaluation evaluateObjective(std::span<const double> point,
+                                               Leniency* leniency = nullptr) const;
 
     /// The option file that the link is to read; an empty path stands for none.
     /// @param number  1 for the ordinary one; shown in the link's trace.
