@@ -60,6 +60,12 @@ struct Instance {
     /// hostapi::function_order. @param row  as for `listOf`.
     [[nodiscard]] std::int32_t orderOf(std::int32_t row) const noexcept;
 
+    /// Linear or convex quadratic, continuous. "No" says nothing: the proof may have been too hard.
+    /// Fractions of a second for each quadratic function.
+    [[nodiscard]] bool isSurelyConvex() const;
+    /// Does the variable occur in the objective, or in a row that is not free?
+    [[nodiscard]] bool isUsed(std::int32_t variable) const noexcept;
+
     /// The function of a row, or the objective without its constant, at `point` [nbVariables].
     /// One thread at a time.
     /// @param leniency  null: relations are exact.

@@ -63,6 +63,9 @@ bool Model::hasObjective() const noexcept {
     // Occurrences in quadratic entries and instruction lists are entries too.
     return record->instance.entries.nbEntries(record->instance.objective()) > 0;
 }
+bool Model::isSurelyConvex() const {
+    return record->instance.isSurelyConvex();
+}
 std::int32_t Model::sense() const noexcept {
     return record->instance.sense;
 }
@@ -78,6 +81,9 @@ double Model::lower(std::int32_t variable) const {
 }
 double Model::upper(std::int32_t variable) const {
     return record->instance.variables.upper[checkedVariable(record->instance, variable)];
+}
+bool Model::isUsed(std::int32_t variable) const {
+    return record->instance.isUsed(checkedVariable(record->instance, variable));
 }
 std::int32_t Model::rowType(std::int32_t row) const {
     return record->instance.rows.types[checkedRow(record->instance, row)];

@@ -25,6 +25,10 @@ std::string Options::text(std::string_view name) const {
     return std::get<std::string>(record->settingOf(name, OptionType::text).value);
 }
 
+bool Options::isSet(std::string_view name) const noexcept {
+    return record->isSet(name);
+}
+
 std::vector<OptionDescription> Options::descriptions() const {
     std::vector<OptionDescription> all;
     for (const OptionDefinition& option : record->definitions)

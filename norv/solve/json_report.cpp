@@ -35,7 +35,8 @@ Json variableArray(const Model& model) {
 }  // namespace
 
 void writeJson(std::ostream& out, const std::string& file, const Model& model,
-               const std::optional<PointCheck>& check) {
+               const SolveResult& solveResult) {
+    const std::optional<PointCheck>& check = solveResult.check;
     namespace record = hostapi::head_and_tail;
     const Json result = {
         {"file", file},
@@ -43,6 +44,7 @@ void writeJson(std::ostream& out, const std::string& file, const Model& model,
         {"columns", model.nbVariables()},
         {"modelStatus", statusObject(model.modelStatus(), modelStatusText(model.modelStatus()))},
         {"solveStatus", statusObject(model.solveStatus(), solveStatusText(model.solveStatus()))},
+        {"meaning", solveResult.verdict.text},
         {"objective", check ? Json(model.headAndTail(record::objective)) : Json()},
         {"iterations", model.headAndTail(record::iterations)},
         {"seconds", model.headAndTail(record::seconds)},

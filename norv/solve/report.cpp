@@ -37,10 +37,12 @@ std::string numberText(double value) {
     return error == std::errc() ? std::string(text, end) : std::string();
 }
 
-void printSummary(std::ostream& out, const Model& model, const std::optional<PointCheck>& check) {
+void printSummary(std::ostream& out, const Model& model, const SolveResult& result) {
+    const std::optional<PointCheck>& check = result.check;
     out << "Model status " << model.modelStatus() << " (" << modelStatusText(model.modelStatus())
         << "), solve status " << model.solveStatus() << " (" << solveStatusText(model.solveStatus())
         << ").\n";
+    if (!result.verdict.text.empty()) out << "Meaning: " << result.verdict.text << ".\n";
     if (check && model.modelType() != hostapi::model_type::squareSystem) {
         out << "Objective: " << numberText(model.headAndTail(hostapi::head_and_tail::objective))
             << '\n';

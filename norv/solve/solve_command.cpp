@@ -26,8 +26,9 @@ void finishOutput(std::ostream& out, const std::string& path) {
     if (!out) throw Failure(ExitCode::outputFailed, path + ": writing it failed");
 }
 
-void writeResults(const CommandLine& line, const Model& model,
-                  const std::optional<PointCheck>& check, std::ostream& log) {
+void writeResults(const CommandLine& line, const Model& model, const SolveResult& result,
+                  std::ostream& log) {
+    const std::optional<PointCheck>& check = result.check;
     if (line.printsSolution && check) writeSolution(log, model);
     if (!line.solutionFile.empty()) {
         std::ofstream out = openOutput(line.solutionFile);
@@ -35,11 +36,11 @@ void writeResults(const CommandLine& line, const Model& model,
         finishOutput(out, line.solutionFile);
     }
     if (line.jsonFile == "-") {
-        writeJson(std::cout, line.model, model, check);
+        writeJson(std::cout, line.model, model, result);
         finishOutput(std::cout, "standard output");
     } else if (!line.jsonFile.empty()) {
         std::ofstream out = openOutput(line.jsonFile);
-        writeJson(out, line.model, model, check);
+        writeJson(out, line.model, model, result);
         finishOutput(out, line.jsonFile);
     }
 }
@@ -68,13 +69,13 @@ ExitCode solveModel(const CommandLine& line, const InputText& file) {
     std::optional<Options> options = makeOptions(line.solve, /*always=*/isPlotted, log);
     std::optional<PlotRequest> plot;
     if (isPlotted) plot.emplace(*options);
-    const std::optional<PointCheck> check = solve(model, environment, line.solve, options);
+    const SolveResult result = solve(model, environment, line.solve, options);
     writer.finishLine();
-    printSummary(log, model, check);
+    printSummary(log, model, result);
     if (plot) plot->draw(line.plotFile, std::filesystem::path(line.model).filename().string());
-    writeResults(line, model, check, log);
+    writeResults(line, model, result, log);
     if (!line.statusFile.empty()) finishOutput(status, line.statusFile);
-    return check && !check->passed ? ExitCode::failedCheck : ExitCode::reported;
+    return result.check && !result.check->passed ? ExitCode::failedCheck : ExitCode::reported;
 }
 
 }  // namespace

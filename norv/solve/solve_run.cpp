@@ -41,6 +41,16 @@ void requireReadable(const std::string& path) {
     throw Failure(ExitCode::badInput, path + ": the option file cannot be opened");
 }
 
+/// Does the link stop at an objective value? It reads an option file itself when nobody else has.
+bool hasThreshold(const SolveSettings& settings, const std::optional<Options>& options) {
+    constexpr const char* name = "dualbound";
+    if (options) return options->isSet(name);
+    if (settings.optionFile.empty()) return false;
+    Options fromFile = definedOptions(settings);
+    fromFile.readFile(settings.optionFile);
+    return fromFile.isSet(name);
+}
+
 }  // namespace
 
 std::string assignmentText(const std::string& name, const std::string& value) {
@@ -83,17 +93,18 @@ std::optional<Options> makeOptions(const SolveSettings& settings, bool always, s
     return options;
 }
 
-std::optional<PointCheck> solve(Model& model, Environment& environment,
-                                const SolveSettings& settings,
-                                const std::optional<Options>& options) {
+SolveResult solve(Model& model, Environment& environment, const SolveSettings& settings,
+                  const std::optional<Options>& options) {
     if (!options && !settings.optionFile.empty()) model.setOptionFile(settings.optionFile);
     const LinkLibrary link(settings.link);
     {
         const TerminationSignals signals(environment);
         link.solve(model, options ? options->handle() : nullptr);
     }
-    if (!claimsFeasiblePoint(model.modelStatus())) return std::nullopt;
-    return checkPoint(model);
+    SolveResult result;
+    if (claimsFeasiblePoint(model.modelStatus())) result.check = checkPoint(model);
+    result.verdict = boxVerdict(model, result.check, hasThreshold(settings, options));
+    return result;
 }
 
 }  // namespace norv

@@ -9,7 +9,7 @@
 #include "norv/environment.hpp"
 #include "norv/model.hpp"
 #include "norv/options.hpp"
-#include "solve/point_check.hpp"
+#include "solve/box_verdict.hpp"
 #include "solve/shared_library.hpp"
 
 namespace norv {
@@ -53,9 +53,7 @@ std::optional<Options> makeOptions(const SolveSettings& settings, bool always, s
 /// Loads the link, has it solve the model and checks the point it claims. In the meantime Ctrl+C
 /// asks it to stop, and a second one ends the process.
 /// @param options  as made by `makeOptions` from the same settings.
-/// @return nothing when the model status claims no feasible point.
-std::optional<PointCheck> solve(Model& model, Environment& environment,
-                                const SolveSettings& settings,
-                                const std::optional<Options>& options);
+SolveResult solve(Model& model, Environment& environment, const SolveSettings& settings,
+                  const std::optional<Options>& options);
 
 }  // namespace norv

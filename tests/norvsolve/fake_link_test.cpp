@@ -24,6 +24,7 @@ protected:
         tell("FAKE_LINK_CALLS", calls_);
         tell("FAKE_LINK_FAILS", "nothing");
         tell("FAKE_LINK_STATUS", "8");
+        tell("FAKE_LINK_SOLVE", "1");
         tell("FAKE_LINK_LEVEL", "3");
     }
 
@@ -127,6 +128,56 @@ TEST_F(Norvsolve, checksThePointItself) {
         const ProgramRun run = solve();
         EXPECT_EQ(run.exitCode, each.exitCode) << each.what;
         EXPECT_THAT(run.output, HasSubstr(each.check)) << each.what;
+    }
+}
+
+TEST_F(Norvsolve, saysWhatImposedBoundsMean) {
+    struct Case {
+        const char* what;
+        const char* model;  ///< after the rows c (minimised), l and g: columns and more
+        const char* status;
+        const char* level;
+        const char* meaning;
+        const char* solveStatus = "1";
+        const char* setting = "seed=0";
+    };
+    const char* const inside =
+        "\nMeaning: optimal; no variable is at a bound of 1e10 that the link";
+    const char* const box = "\nMeaning: optimal among points within ±1e10.\n";
+    const char* const integer = " M 'MARKER' 'INTORG'\n n c 1\nBOUNDS\n PL b n\n";
+    const Case cases[] = {
+        {"linear", " x c 1\n", "7", "2", inside},
+        {"with integers", integer, "8", "2", box},
+        {"semidefinite", " x c 1\n y c 1\nQUADOBJ\n x x 2\n x y -2\n y y 2\n", "7", "2", inside},
+        {"definite", " x c 1\n y c 1\nQUADOBJ\n x x .3\n x y -.2\n y y .7\n", "7", "2", inside},
+        {"indefinite", " x c 1\n y c 1\nQUADOBJ\n x x 2\n x y 3\n y y 2\n", "7", "2", box},
+        {"a product", " x c 1\n y l 1\nQCMATRIX l\n x y 1\n y x 1\n", "7", "0", box},
+        {"concave below", " x g 1\nQCMATRIX g\n x x -1\n", "7", "0", "there is no objective.\n"},
+        {"concave below", " x g 1 c 1\nQCMATRIX g\n x x -1\n", "7", "0", inside},
+        {"convex below", " x g 1 c 1\nQCMATRIX g\n x x 1\n", "7", "2", box},
+        {"at the border", " x c -1\n y c 1\n z c 1\n w c -4\n v l 0\n", "7", "1e10",
+         "\nMeaning: unbounded, or best beyond 1e10; x, y, z and 1 more are at a bound"},
+        {"by chance", " x c 1\n y c -1\n", "7", "1e10", "; x and y are at a bound of 1e10 that"},
+        {"a direction that a row forbids", " x g -1\n y g 1\n w c 1 g 1\nRHS\n r g 1e10\n", "7",
+         "1e10", "unbounded, or best beyond 1e10; x, y and w are at"},
+        {"a free row's variable", " x c 1\n N1 n 1\nBOUNDS\n UP b x 9\n", "7", "2", ""},
+        {"stopped there", " x c -1\n", "7", "1e10", "\nMeaning: x is at a bound of 1e10", "3"},
+        {"stopped inside", " x c -1\n", "7", "2", "", "3"},
+        {"a threshold", " x c -1\n", "7", "2", "", "1", "dualbound=3"},
+        {"infeasible", " x c -1\n", "5", "2",
+         "infeasible, at least while no variable exceeds 1e10."},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.what);
+        std::ofstream(path_) << "ROWS\n N c\n L l\n G g\n N n\nCOLUMNS\n"
+                             << each.model << "ENDATA\n";
+        tell("FAKE_LINK_STATUS", each.status);
+        tell("FAKE_LINK_SOLVE", each.solveStatus);
+        tell("FAKE_LINK_LEVEL", each.level);
+        const ProgramRun run = solve({each.setting});
+        EXPECT_THAT(run.output, HasSubstr(each.meaning));
+        EXPECT_EQ(run.output.find("Meaning") == std::string::npos, each.meaning[0] == '\0')
+            << run.output;
     }
 }
 

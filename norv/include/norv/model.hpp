@@ -43,12 +43,17 @@ public:
     [[nodiscard]] bool isNonlinear() const noexcept;             ///< any instruction list anywhere
     /// Does any variable occur in the objective?
     [[nodiscard]] bool hasObjective() const noexcept;
+    /// Are all functions linear or convex quadratic, all variables continuous? "No" says nothing:
+    /// of large or nearly singular functions it is not told. Fractions of a second for each.
+    [[nodiscard]] bool isSurelyConvex() const;
     [[nodiscard]] std::int32_t sense() const noexcept;
     [[nodiscard]] std::int32_t modelType() const noexcept;
 
     [[nodiscard]] std::int32_t variableType(std::int32_t variable) const;
     [[nodiscard]] double lower(std::int32_t variable) const;
     [[nodiscard]] double upper(std::int32_t variable) const;
+    /// Does the variable occur in the objective, or in a row that is not free?
+    [[nodiscard]] bool isUsed(std::int32_t variable) const;
     [[nodiscard]] std::int32_t rowType(std::int32_t row) const;
     [[nodiscard]] double rightHandSide(std::int32_t row) const;
     /// The name given, or "x1", "x2", … where there is none.

@@ -56,6 +56,8 @@ public:
 
     /// The value of a text option. @throws std::runtime_error when there is none of that name.
     [[nodiscard]] std::string text(std::string_view name) const;
+    /// Was it set, by a file or otherwise? No for an unknown name.
+    [[nodiscard]] bool isSet(std::string_view name) const noexcept;
     /// Of all options, in the order of their definitions.
     [[nodiscard]] std::vector<OptionDescription> descriptions() const;
 

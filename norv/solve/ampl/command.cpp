@@ -28,7 +28,6 @@ constexpr const char* version = "norvsolve " NORV_VERSION;
 struct AmplRun {
     AmplSettings settings;
     std::optional<Model> model;
-    std::optional<PointCheck> check;
     AmplOutcome outcome;
     ExitCode exitCode = ExitCode::reported;
 };
@@ -53,11 +52,11 @@ void solveModel(AmplRun& run, Environment& environment, const InputText& file, s
     environment.setLogSink([&writer](std::string_view text) { writer.write(text); });
     run.model = readModel(file, environment, /*isSquareSystem=*/false, log);
     const std::optional<Options> options = makeOptions(run.settings.solve, /*always=*/false, log);
-    run.check = solve(*run.model, environment, run.settings.solve, options);
+    const SolveResult result = solve(*run.model, environment, run.settings.solve, options);
     writer.finishLine();
-    printSummary(log, *run.model, run.check);
-    run.outcome = outcomeOf(*run.model, run.check);
-    if (run.check && !run.check->passed) run.exitCode = ExitCode::failedCheck;
+    printSummary(log, *run.model, result);
+    run.outcome = outcomeOf(*run.model, result);
+    if (result.check && !result.check->passed) run.exitCode = ExitCode::failedCheck;
 }
 
 /// Everything that can go wrong becomes an outcome, so that the client hears of it.

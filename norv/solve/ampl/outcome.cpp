@@ -1,8 +1,6 @@
 #include "solve/ampl/outcome.hpp"
 
 #include <algorithm>
-#include <cmath>
-#include <vector>
 
 #include "hostapi/codes.hpp"
 
@@ -41,43 +39,22 @@ const Limit* reachedLimit(const Model& model) {
     return found == std::end(limits) ? nullptr : found;
 }
 
-/// Does a variable without a bound stand where the link put one in its place, and does the
-/// objective gain from that? Then nothing but that bound stopped the search.
-bool leansOnImposedBound(const Model& model) {
-    using hostapi::imposedBound;
-    constexpr double farAway = imposedBound / 10.0;  // what others at that bound drag along
-    bool standsThere = false;
-    std::vector<double> nearer(model.levels().begin(), model.levels().end());
-    for (std::int32_t j = 0; j < model.nbVariables(); ++j) {
-        double& level = nearer[static_cast<std::size_t>(j)];
-        const double bound = level < 0.0 ? model.lower(j) : model.upper(j);
-        standsThere = standsThere || (std::isinf(bound) && std::fabs(level) >= imposedBound);
-        if (std::isinf(bound) && std::fabs(level) >= farAway) level /= 2.0;
-    }
-    if (!standsThere) return false;
-    const Evaluation here = model.evaluateObjective(model.levels());
-    const Evaluation there = model.evaluateObjective(nearer);
-    if (here.nbErrors + there.nbErrors > 0) return false;
-    const bool minimises = model.sense() == hostapi::objective_sense::minimise;
-    return minimises ? here.value < there.value : here.value > there.value;
-}
-
-AmplOutcome outcomeWithPoint(const Model& model) {
+AmplOutcome outcomeWithPoint(const Model& model, const BoxVerdict& verdict) {
     const std::int32_t status = model.modelStatus();
     if (status == model_status::optimal) return {solved, "optimal solution", /*hasPoint=*/true};
     if (status == model_status::solvedUnique) return {solved, "solved", /*hasPoint=*/true};
+    if (verdict.kind == BoxVerdict::Kind::optimal) return {solved, verdict.text, /*hasPoint=*/true};
+    if (verdict.kind == BoxVerdict::Kind::unbounded)
+        return {unbounded, verdict.text, /*hasPoint=*/true};
+    const std::string remark = verdict.text.empty() ? "" : "; " + verdict.text;
     if (const Limit* limit = reachedLimit(model)) {
-        return {limitWithPoint + limit->offset, std::string("feasible solution, ") + limit->text,
-                true};
+        return {limitWithPoint + limit->offset,
+                std::string("feasible solution, ") + limit->text + remark, /*hasPoint=*/true};
     }
-    if (leansOnImposedBound(model)) {
-        return {unbounded, "unbounded, or best where a variable without bound exceeds 1e10",
-                /*hasPoint=*/true};
-    }
-    return {unproved, "feasible solution, not proved optimal", /*hasPoint=*/true};
+    return {unproved, "feasible solution, not proved optimal" + remark, /*hasPoint=*/true};
 }
 
-AmplOutcome outcomeWithoutPoint(const Model& model) {
+AmplOutcome outcomeWithoutPoint(const Model& model, const BoxVerdict& verdict) {
     const std::int32_t status = model.modelStatus();
     if (status == model_status::infeasible || status == model_status::integerInfeasible)
         return {infeasible, "infeasible"};
@@ -94,16 +71,18 @@ AmplOutcome outcomeWithoutPoint(const Model& model) {
         return {limitWithoutPoint + limit->offset,
                 std::string("no feasible solution found, ") + limit->text};
     }
+    if (verdict.kind == BoxVerdict::Kind::infeasible) return {infeasible + 1, verdict.text};
     if (status == model_status::locallyInfeasible)
-        return {infeasible + 1, "infeasible, at least while no variable exceeds 1e10"};
+        return {infeasible + 1, "no feasible solution found"};
     return {wrongPoint, "the point found violates a row of the model"};
 }
 
 }  // namespace
 
-AmplOutcome outcomeOf(const Model& model, const std::optional<PointCheck>& check) {
-    if (!check) return outcomeWithoutPoint(model);
-    if (check->passed) return outcomeWithPoint(model);
+AmplOutcome outcomeOf(const Model& model, const SolveResult& result) {
+    const std::optional<PointCheck>& check = result.check;
+    if (!check) return outcomeWithoutPoint(model, result.verdict);
+    if (check->passed) return outcomeWithPoint(model, result.verdict);
     return {failure + static_cast<std::int32_t>(ExitCode::failedCheck),
             "the point found fails the check of " + check->worst, /*hasPoint=*/true};
 }

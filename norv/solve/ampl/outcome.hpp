@@ -1,12 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
 #include "norv/model.hpp"
+#include "solve/box_verdict.hpp"
 #include "solve/failure.hpp"
-#include "solve/point_check.hpp"
 
 namespace norv {
 
@@ -22,8 +21,7 @@ struct AmplOutcome {
     bool isExplainedByLog = false;  ///< the link's own words tell more
 };
 
-/// @param check  of the levels; nothing when the model status claims no feasible point.
-[[nodiscard]] AmplOutcome outcomeOf(const Model& model, const std::optional<PointCheck>& check);
+[[nodiscard]] AmplOutcome outcomeOf(const Model& model, const SolveResult& result);
 
 /// Of a solve that ended with a complaint instead of statuses.
 [[nodiscard]] AmplOutcome outcomeOf(const Complaint& complaint);
