@@ -15,8 +15,10 @@ namespace {
 /// Process status after the call of a function that the host's library lacks.
 constexpr int missingFunctionExitCode = 123;
 
-/// What the libraries' entries expect behind a message pointer.
-using LibraryMessage = std::array<char, 256>;
+/// What the libraries' entries write their reasons to. They are told no length: they expect the
+/// buffer of the link's caller, of 256 or 1024 characters, and get more than any of these has.
+/// What they wrote is cut to the caller's buffer afterwards.
+using LibraryMessage = std::array<char, 4096>;
 
 // By hand: the locale's conversion would look up other names under some locales.
 char toLowerAscii(char c) {
@@ -51,31 +53,31 @@ bool resolve(const char* name, Entry*& entry, LibraryHandle library, const Libra
 }  // namespace
 
 void Binding::setUpLocks() {
-    if (!locks_) locks_.emplace();
+    if (!locks) locks.emplace();
 }
 
 void Binding::tearDownLocks() {
-    locks_.reset();
+    locks.reset();
 }
 
 bool Binding::ensureLoaded(MessageText message, const LibraryLoading& loading) {
     const LockGuard guard(lockOf(&Locks::library));
     message.clear();
-    if (!loaded_) {
-        const std::string fileName = std::string(interface_.fileStem) + "64" + librarySuffix;
-        loaded_ = load(fileName, message, loading) == LoadResult::bound;
+    if (!loaded) {
+        const std::string fileName = std::string(hostInterface.fileStem) + "64" + librarySuffix;
+        loaded = load(fileName, message, loading) == LoadResult::bound;
     }
-    return loaded_;
+    return loaded;
 }
 
 bool Binding::isLoaded() {
     const LockGuard guard(lockOf(&Locks::library));
-    return loaded_;
+    return loaded;
 }
 
 bool Binding::create(void** handle, MessageText message, const LibraryLoading& loading) {
     if (!ensureLoaded(message, loading)) return false;
-    entries_.create(handle);
+    entries.create(handle);
     if (*handle == nullptr) {
         message << "Error while creating object";
         return false;
@@ -86,76 +88,77 @@ bool Binding::create(void** handle, MessageText message, const LibraryLoading& l
 
 void Binding::destroy(void** handle) {
     assert(isLoaded());
-    entries_.free(handle);
+    entries.free(handle);
     countObject(-1);
 }
 
 std::int32_t Binding::nbObjects() {
     const LockGuard guard(lockOf(&Locks::objects));
-    return nbObjects_;
+    return objectCount;
 }
 
 void Binding::countObject(std::int32_t change) {
     const LockGuard guard(lockOf(&Locks::objects));
-    nbObjects_ += change;
+    objectCount += change;
 }
 
 LoadResult Binding::load(const std::string& fileName, MessageText& message,
                          const LibraryLoading& loading) {
-    if (loaded_) return LoadResult::bound;
+    if (loaded) return LoadResult::bound;
     std::string reason;
-    module_ = loading.open(fileName, reason);
-    if (module_ == nullptr) {
+    library = loading.open(fileName, reason);
+    if (library == nullptr) {
         message << "Could not load shared library " << fileName << ": " << reason;
         return LoadResult::refused;
     }
     message.clear();
 
-    const auto& names = interface_.entries;
-    Entries entries;
+    const auto& names = hostInterface.entries;
+    Entries found;
     hostapi::CreateInDirectoryEntry* createInDirectory = nullptr;  // mandatory, but not used
-    if (!resolve(names.create, entries.create, module_, loading, message) ||
-        !resolve(names.createInDirectory, createInDirectory, module_, loading, message) ||
-        !resolve(names.free, entries.free, module_, loading, message) ||
-        !resolve(names.check, entries.check, module_, loading, message) ||
-        !resolve(names.version, entries.version, module_, loading, message)) {
+    if (!resolve(names.create, found.create, library, loading, message) ||
+        !resolve(names.createInDirectory, createInDirectory, library, loading, message) ||
+        !resolve(names.free, found.free, library, loading, message) ||
+        !resolve(names.check, found.check, library, loading, message) ||
+        !resolve(names.version, found.version, library, loading, message)) {
         return LoadResult::symbolMissing;
     }
 
     LibraryMessage answer{};
     std::int32_t compatibility = 0;
-    if (entries.version(interface_.version, answer.data(), &compatibility) == 0) {
+    if (found.version(hostInterface.version, answer.data(), &compatibility) == 0) {
         answer.back() = '\0';
         message << answer.data();
         return LoadResult::refused;
     }
 
     std::vector<AnyFunction> functions;  // one per operation; null: the library lacks it
-    functions.reserve(interface_.operations.size());
-    for (const Operation& operation : interface_.operations) {
+    functions.reserve(hostInterface.operations.size());
+    for (const Operation& operation : hostInterface.operations) {
         AnyFunction function = nullptr;
-        if (entries.check(operation.name, operation.nbArguments, operation.signature,
-                          answer.data()) != 0 &&
-            !resolve(operation.symbol, function, module_, loading, message)) {
+        if (found.check(operation.name, operation.nbArguments, operation.signature,
+                        answer.data()) != 0 &&
+            !resolve(operation.symbol, function, library, loading, message)) {
             return LoadResult::symbolMissing;
         }
         functions.push_back(function);
     }
 
-    for (std::size_t k = 0; k < functions.size(); ++k) interface_.operations[k].bind(functions[k]);
-    entries_ = entries;
+    for (std::size_t k = 0; k < functions.size(); ++k)
+        hostInterface.operations[k].bind(functions[k]);
+    entries = found;
     return LoadResult::bound;
 }
 
 void Binding::reportMissing(const Operation& operation) {
-    static std::atomic_flag reported = ATOMIC_FLAG_INIT;
+    static std::atomic_flag reported;
     {
         const LockGuard guard(lockOf(&Locks::exception));
         if (!reported.test_and_set()) {
             LibraryMessage reason{};
-            if (entries_.check != nullptr) {
-                entries_.check(operation.name, operation.nbArguments, operation.signature,
-                               reason.data());
+            if (entries.check != nullptr) {
+                entries.check(operation.name, operation.nbArguments, operation.signature,
+                              reason.data());
                 reason.back() = '\0';
             } else {
                 std::snprintf(reason.data(), reason.size(), "The library is not loaded.");

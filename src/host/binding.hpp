@@ -52,8 +52,8 @@ enum class LoadResult : std::int32_t {
 /// `ensureLoaded`, `isLoaded` or `create` told that thread that the library is bound.
 class Binding {
 public:
-    /// Borrows `interface`, which must outlive the binding.
-    constexpr explicit Binding(const HostInterface& interface) : interface_(interface) {}
+    /// Borrows `described`, which must outlive the binding.
+    constexpr explicit Binding(const HostInterface& described) : hostInterface(described) {}
     Binding(const Binding&) = delete;
     Binding& operator=(const Binding&) = delete;
 
@@ -92,19 +92,19 @@ private:
         hostapi::VersionEntry* version = nullptr;
     };
     struct Locks {
-        Lock library;    ///< guards loading and `loaded_`
-        Lock objects;    ///< guards `nbObjects_`
+        Lock library;    ///< guards loading and `loaded`
+        Lock objects;    ///< guards `objectCount`
         Lock exception;  ///< one report of a missing function at a time
     };
-    Lock* lockOf(Lock Locks::*lock) { return locks_ ? &((*locks_).*lock) : nullptr; }
+    Lock* lockOf(Lock Locks::*lock) { return locks ? &((*locks).*lock) : nullptr; }
     void countObject(std::int32_t change);
 
-    const HostInterface& interface_;
-    LibraryHandle module_ = nullptr;
-    bool loaded_ = false;  ///< never cleared
-    Entries entries_;      ///< all set once loaded
-    std::int32_t nbObjects_ = 0;
-    std::optional<Locks> locks_;
+    const HostInterface& hostInterface;
+    LibraryHandle library = nullptr;
+    bool loaded = false;  ///< never cleared
+    Entries entries;      ///< all set once loaded
+    std::int32_t objectCount = 0;
+    std::optional<Locks> locks;
 };
 
 }  // namespace vex

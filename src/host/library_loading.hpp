@@ -14,7 +14,8 @@ using LibraryHandle = void*;
 struct LibraryLoading {
     /// Loads the library `fileName`; on failure returns null and sets `reason`.
     std::function<LibraryHandle(const std::string& fileName, std::string& reason)> open;
-    /// The function exported as exactly `symbol` by the library itself, or null.
+    /// The function that the library itself, not one that it depends on, exports as exactly
+    /// `symbol`; or null.
     std::function<AnyFunction(LibraryHandle library, const std::string& symbol)> find;
 };
 

@@ -1,4 +1,5 @@
 #include <dlfcn.h>
+#include <link.h>
 
 #include "host/library_loading.hpp"
 
@@ -19,8 +20,21 @@ LibraryHandle openLibrary(const std::string& fileName, std::string& reason) {
     return library;
 }
 
+/// Does `address` belong to `library` itself? dlsym also finds what the libraries export that it
+/// depends on, and of the spellings of a name the first one found wins.
+bool isPartOf(LibraryHandle library, const void* address) {
+    link_map* asked = nullptr;
+    link_map* owner = nullptr;
+    Dl_info unused;
+    return dlinfo(library, RTLD_DI_LINKMAP, &asked) == 0 &&
+           dladdr1(address, &unused, reinterpret_cast<void**>(&owner), RTLD_DL_LINKMAP) != 0 &&
+           asked == owner;
+}
+
 AnyFunction findSymbol(LibraryHandle library, const std::string& symbol) {
-    return reinterpret_cast<AnyFunction>(dlsym(library, symbol.c_str()));
+    void* address = dlsym(library, symbol.c_str());
+    if (address == nullptr || !isPartOf(library, address)) return nullptr;
+    return reinterpret_cast<AnyFunction>(address);
 }
 
 }  // namespace

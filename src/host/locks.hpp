@@ -17,23 +17,23 @@ public:
 
 private:
     // The platform's lock, made in place: making a lock must not fail, so it takes no memory.
-    alignas(std::max_align_t) std::byte storage_[64];
+    alignas(std::max_align_t) std::byte storage[64];
 };
 
 /// Holds a lock for the scope's time; holds nothing when given null.
 class LockGuard {
 public:
-    explicit LockGuard(Lock* lock) : lock_(lock) {
-        if (lock_ != nullptr) lock_->enter();
+    explicit LockGuard(Lock* held) : lock(held) {
+        if (lock != nullptr) lock->enter();
     }
     ~LockGuard() {
-        if (lock_ != nullptr) lock_->leave();
+        if (lock != nullptr) lock->leave();
     }
     LockGuard(const LockGuard&) = delete;
     LockGuard& operator=(const LockGuard&) = delete;
 
 private:
-    Lock* lock_;
+    Lock* lock;
 };
 
 }  // namespace vex

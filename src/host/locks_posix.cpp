@@ -15,20 +15,20 @@ std::mutex& mutexIn(std::byte* storage) {
 }  // namespace
 
 Lock::Lock() noexcept {
-    static_assert(sizeof(std::mutex) <= sizeof storage_);
-    ::new (storage_) std::mutex;
+    static_assert(sizeof(std::mutex) <= sizeof storage);
+    ::new (storage) std::mutex;
 }
 
 Lock::~Lock() {
-    std::destroy_at(&mutexIn(storage_));
+    std::destroy_at(&mutexIn(storage));
 }
 
 void Lock::enter() {
-    mutexIn(storage_).lock();
+    mutexIn(storage).lock();
 }
 
 void Lock::leave() {
-    mutexIn(storage_).unlock();
+    mutexIn(storage).unlock();
 }
 
 }  // namespace vex

@@ -15,20 +15,20 @@ CRITICAL_SECTION* sectionIn(std::byte* storage) {
 }  // namespace
 
 Lock::Lock() noexcept {
-    static_assert(sizeof(CRITICAL_SECTION) <= sizeof storage_);
-    InitializeCriticalSection(::new (storage_) CRITICAL_SECTION);
+    static_assert(sizeof(CRITICAL_SECTION) <= sizeof storage);
+    InitializeCriticalSection(::new (storage) CRITICAL_SECTION);
 }
 
 Lock::~Lock() {
-    DeleteCriticalSection(sectionIn(storage_));
+    DeleteCriticalSection(sectionIn(storage));
 }
 
 void Lock::enter() {
-    EnterCriticalSection(sectionIn(storage_));
+    EnterCriticalSection(sectionIn(storage));
 }
 
 void Lock::leave() {
-    LeaveCriticalSection(sectionIn(storage_));
+    LeaveCriticalSection(sectionIn(storage));
 }
 
 }  // namespace vex

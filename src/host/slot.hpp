@@ -19,20 +19,20 @@ class Slot<Result(Arguments...)> {
 public:
     using Function = Result(Arguments...);
 
-    constexpr explicit Slot(Function* missing) noexcept : function_(missing), missing_(missing) {}
+    constexpr explicit Slot(Function* handler) noexcept : function(handler), missing(handler) {}
     Slot(const Slot&) = delete;
     Slot& operator=(const Slot&) = delete;
 
-    Result operator()(Arguments... arguments) const { return function_(arguments...); }
+    Result operator()(Arguments... arguments) const { return function(arguments...); }
 
-    /// Binds to `function`, or to the missing-function handler when it is null.
-    void bind(AnyFunction function) noexcept {
-        function_ = function != nullptr ? reinterpret_cast<Function*>(function) : missing_;
+    /// Binds to `found`, or to the missing-function handler when it is null.
+    void bind(AnyFunction found) noexcept {
+        function = found != nullptr ? reinterpret_cast<Function*>(found) : missing;
     }
 
 private:
-    Function* function_;
-    Function* missing_;
+    Function* function;
+    Function* missing;
 };
 
 }  // namespace vex

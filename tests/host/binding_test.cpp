@@ -70,7 +70,7 @@ std::int32_t checkEntry(const char*, std::int32_t, const std::int32_t*, char*) {
 }
 std::int32_t versionEntry(std::int32_t api, char* message, std::int32_t*) {
     library.askedVersion = api;
-    MessageText(message, 256) << (library.refusal.empty() ? "same version" : library.refusal);
+    MessageText(message, 4096) << (library.refusal.empty() ? "same version" : library.refusal);
     return library.refusal.empty() ? 1 : 0;
 }
 
@@ -103,7 +103,7 @@ protected:
     bool ready() { return binding.ensureLoaded({message, sizeof message}, loading); }
 
     Binding binding{fooInterface};
-    char message[64] = "stale";
+    char message[1024] = "stale";
 };
 
 TEST_F(BindingTest, BindsEverySlotAndEmptiesTheMessage) {
@@ -155,8 +155,10 @@ TEST_F(BindingTest, FailuresSayWhyFillNoSlotAndMayBeRepeated) {
         {"no version", [] { library.symbols.erase("CfooXAPIVersion"); }, LoadResult::symbolMissing,
          "Could not load symbol 'CfooXAPIVersion': "},
         {"version refused", [] { library.refusal = "too old"; }, LoadResult::refused, "too old"},
-        {"refusal longer than the buffer", [] { library.refusal = std::string(200, 'r'); },
-         LoadResult::refused, std::string(63, 'r')},
+        {"long refusal", [] { library.refusal = std::string(600, 'r'); }, LoadResult::refused,
+         std::string(600, 'r')},
+        {"refusal longer than the buffer", [] { library.refusal = std::string(2000, 'r'); },
+         LoadResult::refused, std::string(1023, 'r')},
         {"no symbol behind a check that passed", [] { library.symbols.erase("CfooTwo"); },
          LoadResult::symbolMissing, "Could not load symbol 'CfooTwo': "},
     };

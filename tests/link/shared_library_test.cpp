@@ -57,6 +57,7 @@ TEST(SharedLibrary, OffersEachEntryPointUnderItsPlainName) {
                              "d__xcheck"}) {
         EXPECT_NE(entryPoint<void()>(name), nullptr) << name;
     }
+    EXPECT_EQ(entryPoint<void()>("ls_info"), nullptr) << "that is the optimizer's, not the link's";
 }
 
 /// max x + 2 y, x + y <= 4, both integers of 0 to 3: x = 1, y = 3.
