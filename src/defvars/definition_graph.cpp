@@ -5,18 +5,18 @@
 
 namespace vex {
 
-DefinitionGraph::DefinitionGraph(const Equalities& equalities, const DefinedVariables& known)
-    : jacobian(equalities),
-      definitions(equalities),
-      order(equalities.nbRows()),
-      landmarks(definitions, equalities),
-      visits(index(equalities.nbRows())),
-      reachedFor(index(equalities.nbVariables()), 0) {
+DefinitionGraph::DefinitionGraph(const Jacobian& source, const DefinedVariables& known)
+    : jacobian(source),
+      definitions(source),
+      order(source.nbRows()),
+      landmarks(definitions, source),
+      visits(index(source.nbRows())),
+      reachedFor(index(source.nbVariables()), 0) {
     for (const auto& [variable, row] : known) {
         startRow(row);
         if (isOrdered && wouldCreateCycle(variable)) {
             isOrdered = false;
-            order = OrderList(equalities.nbRows());
+            order = OrderList(source.nbRows());
         }
         define(variable);
     }
@@ -30,7 +30,7 @@ void DefinitionGraph::startRow(std::int32_t row) {
     forward.open.clear();
     forward.expanded.clear();
     forward.rest = {};
-    for (const Equalities::Entry& entry : jacobian.row(row)) {
+    for (const Jacobian::Entry& entry : jacobian.row(row)) {
         const std::int32_t d = definitions.definitionOf(entry.index);
         if (d != none) use(d);
     }
@@ -149,8 +149,8 @@ bool DefinitionGraph::isInPlace(std::int32_t d) const {
     const auto areInOrder = [this](std::int32_t user, std::int32_t used) {
         return user == none || used == none || user == used || order.isBefore(user, used);
     };
-    const Equalities::Entries usedByIt = definitions.used(d);
-    const Equalities::Entries rows = definitions.rowsOf(definitions.variable(d));
+    const Jacobian::Entries usedByIt = definitions.used(d);
+    const Jacobian::Entries rows = definitions.rowsOf(definitions.variable(d));
     return std::all_of(usedByIt.begin(), usedByIt.end(),
                        [&](const auto& entry) {
                            return areInOrder(d, definitions.definitionOf(entry.index));

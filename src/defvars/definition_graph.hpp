@@ -5,7 +5,7 @@
 
 #include "defvars/defined_variables.hpp"
 #include "defvars/definitions.hpp"
-#include "defvars/equalities.hpp"
+#include "defvars/jacobian.hpp"
 #include "defvars/landmarks.hpp"
 #include "defvars/order_list.hpp"
 
@@ -29,9 +29,9 @@ namespace vex {
 /// searches are not narrowed.
 class DefinitionGraph {
 public:
-    /// @param equalities  outlives this object; with the rows of `known`.
+    /// @param source  outlives this object; with the rows of `known`.
     /// @param known       is taken as it is.
-    DefinitionGraph(const Equalities& equalities, const DefinedVariables& known);
+    DefinitionGraph(const Jacobian& source, const DefinedVariables& known);
     DefinitionGraph(const DefinitionGraph&) = delete;
     DefinitionGraph& operator=(const DefinitionGraph&) = delete;
 
@@ -54,7 +54,7 @@ private:
     struct Search {
         std::vector<std::int32_t> open;      ///< heap
         std::vector<std::int32_t> expanded;  ///< in their order, that of `rest` included
-        Equalities::Entries rest;            ///< of the one that was last looked into
+        Jacobian::Entries rest;              ///< of the one that was last looked into
         [[nodiscard]] bool isExhausted() const { return rest.empty() && open.empty(); }
         std::int32_t takeEntry() {
             const std::int32_t entry = rest.front().index;
@@ -90,7 +90,7 @@ private:
     [[nodiscard]] bool isInPlace(std::int32_t d) const;
     [[nodiscard]] bool areInPlace(const std::vector<std::int32_t>& moved) const;
 
-    const Equalities& jacobian;
+    const Jacobian& jacobian;
     Definitions definitions;
     OrderList order;        ///< the definitions, if `isOrdered`
     bool isOrdered = true;  ///< without an order, no definition is in front of another

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "defvars/equalities.hpp"
+#include "defvars/jacobian.hpp"
 #include "defvars/prefetch.hpp"
 
 namespace vex {
@@ -17,11 +17,11 @@ class Definitions {
 public:
     static constexpr std::int32_t none = -1;
 
-    /// @param equalities  outlives this object.
-    explicit Definitions(const Equalities& equalities)
-        : jacobian(equalities),
-          ofVariables(static_cast<std::size_t>(equalities.nbVariables()), none),
-          byRows(static_cast<std::size_t>(equalities.nbRows()), none) {}
+    /// @param source  outlives this object.
+    explicit Definitions(const Jacobian& source)
+        : jacobian(source),
+          ofVariables(static_cast<std::size_t>(source.nbVariables()), none),
+          byRows(static_cast<std::size_t>(source.nbRows()), none) {}
 
     [[nodiscard]] std::int32_t size() const { return static_cast<std::int32_t>(pairs.size()); }
     /// Definition of `variable`, or none.
@@ -49,9 +49,9 @@ public:
 
     /// The variables that definition `d` uses. The defined one should be among them, but a row
     /// given from outside may be any, even an empty one.
-    [[nodiscard]] Equalities::Entries used(std::int32_t d) const { return jacobian.row(row(d)); }
+    [[nodiscard]] Jacobian::Entries used(std::int32_t d) const { return jacobian.row(row(d)); }
     /// The rows with `variable`; those that define something define its users.
-    [[nodiscard]] Equalities::Entries rowsOf(std::int32_t variable) const {
+    [[nodiscard]] Jacobian::Entries rowsOf(std::int32_t variable) const {
         return jacobian.column(variable);
     }
 
@@ -70,7 +70,7 @@ private:
         return pairs[static_cast<std::size_t>(d)];
     }
 
-    const Equalities& jacobian;
+    const Jacobian& jacobian;
     std::vector<Pair> pairs;                ///< [size()]
     std::vector<std::int32_t> ofVariables;  ///< [nbVariables]
     std::vector<std::int32_t> byRows;       ///< [nbRows]

@@ -7,7 +7,7 @@
 
 #include "defvars/definition_graph.hpp"
 #include "defvars/definitions.hpp"
-#include "defvars/equalities.hpp"
+#include "defvars/jacobian.hpp"
 #include "defvars/pending_rows.hpp"
 #include "host/operations.hpp"
 
@@ -20,10 +20,10 @@ class Detection {
 public:
     Detection(ModelHandle model, const DefinedVariables& known)
         : nmo(model),
-          equalities(model, known),
-          graph(equalities, known),
-          pending(equalities.nbRows()),
-          isCandidate(static_cast<std::size_t>(equalities.nbVariables()), false) {}
+          jacobian(model, known),
+          graph(jacobian, known),
+          pending(jacobian.nbRows()),
+          isCandidate(static_cast<std::size_t>(jacobian.nbVariables()), false) {}
 
     void run() {
         markCandidates();
@@ -31,7 +31,7 @@ public:
         while (!pending.isEmpty()) settleRow(pending.takeFirst());
     }
 
-    [[nodiscard]] const Definitions& definitions() const { return graph.all(); }
+    [[nodiscard]] const Definitions& found() const { return graph.all(); }
 
 private:
     void markCandidates();
@@ -42,7 +42,7 @@ private:
     void define(std::int32_t variable);
 
     ModelHandle nmo;
-    Equalities equalities;
+    Jacobian jacobian;
     DefinitionGraph graph;
     PendingRows pending;
     std::vector<bool> isCandidate;  ///< [nbVariables]
@@ -54,21 +54,20 @@ void Detection::markCandidates() {
 }
 
 bool Detection::canBeCandidate(std::int32_t variable) const {
-    const Equalities::Entries column = equalities.column(variable);
-    return !definitions().isDefined(variable) &&
+    const Jacobian::Entries column = jacobian.column(variable);
+    return !found().isDefined(variable) &&
            std::any_of(column.begin(), column.end(),
-                       [this](const Equalities::Entry& entry) {
-                           return entry.canBeSolvedFor && equalities.isEquality(entry.index);
+                       [this](const Jacobian::Entry& entry) {
+                           return entry.canBeSolvedFor && jacobian.isEquality(entry.index);
                        }) &&
            nmoGetVarLowerOne(nmo, variable) != nmoGetVarUpperOne(nmo, variable) &&
            nmoGetVarTypeOne(nmo, variable) == variable_type::continuous;
 }
 
 void Detection::fillPendingRows() {
-    for (std::int32_t i = 0; i < equalities.nbRows(); ++i) {
-        if (!equalities.isEquality(i) || definitions().definitionBy(i) != Definitions::none)
-            continue;
-        for (const Equalities::Entry& entry : equalities.row(i)) {
+    for (std::int32_t i = 0; i < jacobian.nbRows(); ++i) {
+        if (!jacobian.isEquality(i) || found().definitionBy(i) != Definitions::none) continue;
+        for (const Jacobian::Entry& entry : jacobian.row(i)) {
             if (isCandidate[static_cast<std::size_t>(entry.index)])
                 pending.countCandidate(i, entry.canBeSolvedFor);
         }
@@ -81,7 +80,7 @@ void Detection::fillPendingRows() {
 void Detection::settleRow(std::int32_t row) {
     prefetchVariablesOf(row);
     graph.startRow(row);
-    for (const Equalities::Entry& entry : equalities.row(row)) {
+    for (const Jacobian::Entry& entry : jacobian.row(row)) {
         if (entry.isLinear && isCandidate[static_cast<std::size_t>(entry.index)] &&
             !graph.wouldCreateCycle(entry.index)) {
             define(entry.index);
@@ -93,22 +92,22 @@ void Detection::settleRow(std::int32_t row) {
 /// In an instance larger than the caches nearly every step to a variable or a row waits for memory.
 /// What the next steps need is asked for all at once, so that they wait together.
 void Detection::prefetchVariablesOf(std::int32_t row) const {
-    for (const Equalities::Entry& entry : equalities.row(row)) {
-        definitions().prefetchOf(entry.index);
-        equalities.prefetchColumnStart(entry.index);
+    for (const Jacobian::Entry& entry : jacobian.row(row)) {
+        found().prefetchOf(entry.index);
+        jacobian.prefetchColumnStart(entry.index);
     }
 }
 
 void Detection::define(std::int32_t variable) {
-    for (const Equalities::Entry& entry : equalities.column(variable)) {
+    for (const Jacobian::Entry& entry : jacobian.column(variable)) {
         pending.prefetch(entry.index);
-        equalities.prefetchRowStart(entry.index);
+        jacobian.prefetchRowStart(entry.index);
     }
     graph.define(variable);
     isCandidate[static_cast<std::size_t>(variable)] = false;
-    for (const Equalities::Entry& entry : equalities.column(variable)) {
+    for (const Jacobian::Entry& entry : jacobian.column(variable)) {
         pending.uncountCandidate(entry.index, entry.canBeSolvedFor);
-        equalities.prefetchRow(entry.index);  // likely to be settled soon
+        jacobian.prefetchRow(entry.index);  // likely to be settled soon
     }
 }
 
@@ -123,16 +122,16 @@ void findDefiningEquations(ModelHandle nmo, DefinedVariables& definedVariables,
     detection.run();
 
     // Ascending, so that a map grows at its end in O(1); what it holds already stays.
-    const Definitions& found = detection.definitions();
+    const Definitions& definitions = detection.found();
     for (std::int32_t j = 0; j < nmoN(nmo); ++j) {
-        const std::int32_t d = found.definitionOf(j);
+        const std::int32_t d = definitions.definitionOf(j);
         if (d != Definitions::none)
-            definedVariables.emplace_hint(definedVariables.end(), j, found.row(d));
+            definedVariables.emplace_hint(definedVariables.end(), j, definitions.row(d));
     }
     for (std::int32_t i = 0; i < nmoM(nmo); ++i) {
-        const std::int32_t d = found.definitionBy(i);
+        const std::int32_t d = definitions.definitionBy(i);
         if (d != Definitions::none)
-            definingEquations.emplace_hint(definingEquations.end(), i, found.variable(d));
+            definingEquations.emplace_hint(definingEquations.end(), i, definitions.variable(d));
     }
     nevLogStatPChar(nev,
                     ("found " + std::to_string(definedVariables.size() - nbKnown) + "\n").c_str());

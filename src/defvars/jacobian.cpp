@@ -1,4 +1,4 @@
-#include "defvars/equalities.hpp"
+#include "defvars/jacobian.hpp"
 
 #include <cmath>
 
@@ -21,7 +21,7 @@ std::size_t nbEntriesOf(ModelHandle nmo, std::int32_t i) {
 
 }  // namespace
 
-Equalities::Equalities(ModelHandle nmo, const DefinedVariables& known)
+Jacobian::Jacobian(ModelHandle nmo, const DefinedVariables& known)
     : equality(static_cast<std::size_t>(nmoM(nmo))),
       rowStarts(1, 0),
       columnStarts(static_cast<std::size_t>(nmoN(nmo)) + 1) {
@@ -43,7 +43,7 @@ Equalities::Equalities(ModelHandle nmo, const DefinedVariables& known)
     transpose();
 }
 
-void Equalities::readRow(ModelHandle nmo, std::int32_t i) {
+void Jacobian::readRow(ModelHandle nmo, std::int32_t i) {
     void* cursor = nullptr;
     do {
         double value = 0.0;
@@ -56,7 +56,7 @@ void Equalities::readRow(ModelHandle nmo, std::int32_t i) {
     } while (cursor != nullptr);
 }
 
-void Equalities::transpose() {
+void Jacobian::transpose() {
     // A column's start is kept one place too far and counts up while the column fills, until it is
     // the start of the next one.
     Starts& starts = columnStarts;

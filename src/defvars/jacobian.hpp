@@ -11,8 +11,9 @@
 
 namespace vex {
 
-/// The equalities of an instance by rows and by columns, read from the host once.
-class Equalities {
+/// Entries of the rows that may define a variable, by rows and by columns, read from the host once:
+/// of all equalities, and of the rows that are named as definitions. The other rows stay empty.
+class Jacobian {
 public:
     /// An entry of a row or of a column.
     struct Entry {
@@ -22,8 +23,8 @@ public:
     };
     using Entries = std::span<const Entry>;
 
-    /// @param known  rows that are read too, whatever their type.
-    Equalities(ModelHandle nmo, const DefinedVariables& known);
+    /// @param known  its rows are read too, whatever their type.
+    Jacobian(ModelHandle nmo, const DefinedVariables& known);
 
     [[nodiscard]] std::int32_t nbVariables() const { return nbOf(columnStarts); }
     [[nodiscard]] std::int32_t nbRows() const { return nbOf(rowStarts); }

@@ -35,7 +35,7 @@ void Landmarks::tellUsers() {
     while (!learned.empty()) {
         const std::int32_t d = learned.back();
         learned.pop_back();
-        for (const Equalities::Entry& entry : definitions.rowsOf(definitions.variable(d))) {
+        for (const Jacobian::Entry& entry : definitions.rowsOf(definitions.variable(d))) {
             const std::int32_t user = definitions.definitionBy(entry.index);
             if (user != Definitions::none) add(used, user, usedBy(d));
         }
@@ -48,7 +48,7 @@ void Landmarks::tellUsed() {
         learned.pop_back();
         const std::int32_t d = definitions.definitionOf(variable);
         if (d == Definitions::none) continue;
-        for (const Equalities::Entry& entry : definitions.used(d))
+        for (const Jacobian::Entry& entry : definitions.used(d))
             add(users, entry.index, usersOf(variable));
     }
 }

@@ -19,10 +19,10 @@ public:
     using Set = std::uint64_t;
 
     /// @param allDefinitions  outlive this object.
-    Landmarks(const Definitions& allDefinitions, const Equalities& equalities)
+    Landmarks(const Definitions& allDefinitions, const Jacobian& jacobian)
         : definitions(allDefinitions),
-          nbVariables(static_cast<std::size_t>(equalities.nbVariables())),
-          nbRows(static_cast<std::size_t>(equalities.nbRows())) {}
+          nbVariables(static_cast<std::size_t>(jacobian.nbVariables())),
+          nbRows(static_cast<std::size_t>(jacobian.nbRows())) {}
 
     [[nodiscard]] bool areAllPlaced() const { return nbPlaced == 64; }
     /// Makes the variable of definition `d` a landmark. Not when all are placed.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -50,26 +51,34 @@ std::string nameOfEquation(ModelHandle nmo, std::int32_t equation) {
     return nmoGetEquNameOne(nmo, equation, name);
 }
 
+/// In a list the pieces are made from left to right, so the host is asked for names in that order.
+std::string joined(std::initializer_list<std::string> pieces) {
+    std::string text;
+    for (const std::string& piece : pieces) text += piece;
+    return text;
+}
+
 /// Enters the pair into the maps. @return why it cannot be, or an empty text.
 std::string enter(ModelHandle nmo, std::int32_t v, std::int32_t e,
                   DefinedVariables& definedVariables, DefiningEquations& definingEquations) {
     if (nmoGetEquTypeOne(nmo, e) != equation_type::equality) {
-        return "WARNING: Cannot define variable " + nameOfVariable(nmo, v) + " via equation " +
-               nameOfEquation(nmo, e) + ": Equation need to be of equality type (=e=).";
+        return joined({"WARNING: Cannot define variable ", nameOfVariable(nmo, v), " via equation ",
+                       nameOfEquation(nmo, e), ": Equation need to be of equality type (=e=)."});
     }
     if (nmoGetVarTypeOne(nmo, v) != variable_type::continuous) {
         return "WARNING: Variable " + nameOfVariable(nmo, v) +
                " cannot be defined variable: Variable type need to be continuous.";
     }
     if (const auto known = definedVariables.find(v); known != definedVariables.end()) {
-        return "WARNING: Variable " + nameOfVariable(nmo, v) + " already defined by equation " +
-               nameOfEquation(nmo, known->second) + ", treating second definition via equation " +
-               nameOfEquation(nmo, e) + " as constraint.";
+        return joined({"WARNING: Variable ", nameOfVariable(nmo, v),
+                       " already defined by equation ", nameOfEquation(nmo, known->second),
+                       ", treating second definition via equation ", nameOfEquation(nmo, e),
+                       " as constraint."});
     }
     if (const auto known = definingEquations.find(e); known != definingEquations.end()) {
-        return "WARNING: Equation " + nameOfEquation(nmo, e) + " already defines variable " +
-               nameOfVariable(nmo, known->second) + ", treating " + nameOfVariable(nmo, v) +
-               " as normal variable.";
+        return joined({"WARNING: Equation ", nameOfEquation(nmo, e), " already defines variable ",
+                       nameOfVariable(nmo, known->second), ", treating ", nameOfVariable(nmo, v),
+                       " as normal variable."});
     }
     definedVariables[v] = e;
     definingEquations[e] = v;

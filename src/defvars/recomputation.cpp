@@ -13,9 +13,9 @@ namespace {
 /// One recomputation of all levels, depth first.
 class Recomputation {
 public:
-    Recomputation(ModelHandle model, const DefinedVariables& definitions)
+    Recomputation(ModelHandle model, const DefinedVariables& defined)
         : nmo(model),
-          definedVariables(definitions),
+          definedVariables(defined),
           levels(static_cast<std::size_t>(nmoN(model))),
           states(levels.size(), State::open) {
         nmoGetVarL(nmo, levels.data());
