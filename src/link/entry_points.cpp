@@ -35,6 +35,11 @@ void destroyLink(void** handle) {
     *handle = nullptr;
 }
 
+/// Writes one character: the caller's buffer may be shorter than it says, as long as all is well.
+void emptyText(char* message, std::int32_t length) {
+    if (message != nullptr && length > 0) *message = '\0';
+}
+
 /// For functions that have no way to tell the host about an error.
 constexpr auto ignoreError = [](const char*) {};
 
@@ -46,15 +51,14 @@ constexpr auto refuse = [](const char*) -> std::int32_t { return 0; };
 // Lifetime.
 
 std::int32_t vexCreate(void** handle, char* message, std::int32_t length) {
-    MessageText text(message, length);
     return guarded(
         [&] {
             *handle = std::make_unique<NorvLocalSolver>().release();
-            text.clear();
+            emptyText(message, length);
             return 1;
         },
         [&](const char* what) {
-            text << what;
+            MessageText(message, length) << what;
             return 1;
         });
 }
@@ -63,10 +67,12 @@ std::int32_t vexcreate(void** handle, char* message, std::int32_t length) {
     PrivateMessage reason;
     *handle = nullptr;
     vexCreate(handle, reason.text, sizeof reason.text);
-    MessageText text(message, length);
-    text.clear();
-    if (*handle == nullptr) text << "Error while creating object";
-    return *handle != nullptr ? 1 : 0;
+    if (*handle == nullptr) {
+        MessageText(message, length) << "Error while creating object";
+        return 0;
+    }
+    emptyText(message, length);
+    return 1;
 }
 
 std::int32_t xcreate(void** handle) {
@@ -118,11 +124,16 @@ void c__vexfinalize() {
 // One instance.
 
 std::int32_t vexReadyAPI(void* handle, vex::ModelHandle model, vex::OptionHandle options) {
-    return guarded([&] { return vex::readyAPI(linkOf(handle), model, options); },
-                   [](const char* what) {
-                       std::fprintf(stderr, "Exception from readyAPI: %s\n", what);
-                       return 1;
-                   });
+    const std::int32_t result =
+        guarded([&] { return vex::readyAPI(linkOf(handle), model, options); },
+                [](const char* what) {
+                    std::fprintf(stderr, "Exception from readyAPI: %s\n", what);
+                    return 1;
+                });
+    // Whatever stopped the preparation, and however early: an earlier instance must not be solved
+    // in place of the one that was refused.
+    if (result != 0) guarded([&] { linkOf(handle).solver.reset(); }, ignoreError);
+    return result;
 }
 
 std::int32_t c__vexreadyapi(void* handle, vex::ModelHandle model, vex::OptionHandle options) {

@@ -11,6 +11,7 @@
 #include "link/option_messages.hpp"
 #include "localsolver.hpp"
 #include "translate/error_report.hpp"
+#include "translate/optimizer_text.hpp"
 
 namespace vex {
 
@@ -63,7 +64,7 @@ bool writeBanner(NorvLocalSolver& link) {
 
 void writeOptimizerInfo(const NorvLocalSolver& link) {
     nevLogStat(link.nev, "");
-    nevLogStat(link.nev, localsolver::fetchText(ls_info).c_str());
+    nevLogStat(link.nev, fetchText(ls_info).c_str());
 }
 
 bool obtainOptions(NorvLocalSolver& link, OptionHandle options) {
@@ -121,7 +122,7 @@ void renewSolver(NorvLocalSolver& link) {
     ls_set_exception_callback(&errorHook, nullptr);
     const auto deleteSolver = [](ls_solver* solver) { ls_delete_solver(solver); };
     std::unique_ptr<ls_solver, decltype(deleteSolver)> created(ls_create_solver(), deleteSolver);
-    link.solver = std::make_unique<LocalSolver>(created.get(), /*ownsSolver=*/true);
+    link.solver = std::make_unique<LocalSolver>(created.get(), /*isOwner=*/true);
     static_cast<void>(created.release());  // the object just made owns it now
     link.solver->setVerbosity(0);
 }

@@ -4,14 +4,14 @@
 
 #include "diag/solve_trace.hpp"
 #include "host/operations.hpp"
+#include "solve/trace_holder.hpp"
+#include "translate/optimizer_text.hpp"
 
 /// What the link does at the events of a search, on the host's thread, with the search paused.
 
 namespace vex {
 
 namespace {
-
-using localsolver::fetchText;
 
 /// Ends the search when the host's user asks for it; the event is handled all the same.
 void heedTerminateRequest(NorvLocalSolver& link) {
@@ -45,15 +45,22 @@ double bestFound(const NorvLocalSolver& link) {
     const localsolver::LSSolution solution = link.solver->getSolution();
     if (solution.getStatus() >= LS_STATUS_FEASIBLE && !link.objectives.empty())
         return solution.getValue(link.objectives.front());
-    const double infinity = nmoPinf(link.nmo);
-    return nmoSense(link.nmo) == objective_sense::minimise ? infinity : -infinity;
+    return worstValue(link);
 }
 
 void traceProgress(const NorvLocalSolver& link) {
     if (link.trace == nullptr) return;
-    const double infinity = nmoPinf(link.nmo);
-    const double bestBound = nmoSense(link.nmo) == objective_sense::minimise ? -infinity : infinity;
-    link.trace->update(/*node=*/0, bestBound, bestFound(link));
+    const double found = bestFound(link);
+    link.trace->update(/*node=*/0, /*bestBound=*/-worstValue(link), found);
+}
+
+/// Ends the search with `reason`. A search that refuses to be interrupted goes on to its limits:
+/// there is nobody left to tell.
+void interruptSearch(ls_solver* search, const char* reason) noexcept {
+    try {
+        ls_interrupt(search, reason);
+    } catch (...) {  // NOLINT(bugprone-empty-catch)
+    }
 }
 
 }  // namespace
@@ -65,15 +72,15 @@ void handleSearchEvent(NorvLocalSolver& link, localsolver::LSCallbackType type) 
     traceProgress(link);
 }
 
-void callbackDispatch(ls_solver* search, int type, void* userData) {
+void callbackDispatch(ls_solver* search, int type, void* userData) noexcept {
     try {
-        localsolver::LocalSolver borrowed(search, /*ownsSolver=*/false);
+        localsolver::LocalSolver borrowed(search, /*isOwner=*/false);
         static_cast<localsolver::LSCallback*>(userData)->callback(
             borrowed, static_cast<localsolver::LSCallbackType>(type));
     } catch (const std::exception& error) {
-        ls_interrupt(search, error.what());
+        interruptSearch(search, error.what());
     } catch (...) {
-        ls_interrupt(search, "Unknown error");
+        interruptSearch(search, "Unknown error");
     }
 }
 

@@ -11,7 +11,8 @@ namespace vex {
 void handleSearchEvent(NorvLocalSolver& link, localsolver::LSCallbackType type);
 
 /// The function that LocalSolver calls at every event of a search; `userData` is the link object
-/// as an `LSCallback`. No exception leaves it: its text ends the search by `ls_interrupt`.
-void callbackDispatch(ls_solver* search, int type, void* userData);
+/// as an `LSCallback`. No exception leaves it: its text ends the search by `ls_interrupt`, and what
+/// that throws itself is dropped.
+void callbackDispatch(ls_solver* search, int type, void* userData) noexcept;
 
 }  // namespace vex

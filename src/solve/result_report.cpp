@@ -7,6 +7,7 @@
 #include "diag/solve_trace.hpp"
 #include "host/operations.hpp"
 #include "host/option_names.hpp"
+#include "solve/trace_holder.hpp"
 
 namespace vex {
 
@@ -15,6 +16,7 @@ namespace {
 using localsolver::LSException;
 using localsolver::LSExpression;
 using localsolver::LSSolution;
+using localsolver::LSSolutionStatus;
 
 void reportStop(const NorvLocalSolver& link, const char* message, std::int32_t status) {
     nevLogStatPChar(link.nev, message);
@@ -47,9 +49,9 @@ void reportStatistics(const NorvLocalSolver& link) {
 bool violatesRow(const NorvLocalSolver& link) {
     const LSSolution solution = link.solver->getSolution();
     for (std::size_t i = 0;
-         i < link.constraints.size() && static_cast<std::int32_t>(i) < nmoM(link.nmo); ++i) {
+         static_cast<std::int32_t>(i) < nmoM(link.nmo) && i < link.constraints.size(); ++i) {
         const LSExpression constraint = link.constraints[i];
-        if (constraint.isBuilt() && solution.getIntValue(constraint) == 0) return true;
+        if (isBuilt(constraint) && solution.getIntValue(constraint) == 0) return true;
     }
     return false;
 }
@@ -57,8 +59,8 @@ bool violatesRow(const NorvLocalSolver& link) {
 void writeLevels(const NorvLocalSolver& link, bool noUsablePoint) {
     const LSSolution solution = link.solver->getSolution();
     for (std::size_t at = 0;
-         at < link.variables.size() && static_cast<std::int32_t>(at) < nmoN(link.nmo); ++at) {
-        if (!link.variables[at].isBuilt()) continue;
+         static_cast<std::int32_t>(at) < nmoN(link.nmo) && at < link.variables.size(); ++at) {
+        if (!isBuilt(link.variables[at])) continue;
         try {
             nmoSetVarLOne(link.nmo, static_cast<std::int32_t>(at),
                           solution.getValue(link.variables[at]));
@@ -115,34 +117,31 @@ void reportObjective(const NorvLocalSolver& link) {
     nevLogStatPChar(link.nev, (label + value + "\n").c_str());
 }
 
-/// @return whether the final point turned out to be of no use, which `noUsablePoint` may say
-/// already.
-bool reportVerdict(const NorvLocalSolver& link, bool noUsablePoint) {
-    switch (const auto status = link.solver->getSolution().getStatus(); status) {
+void reportVerdict(const NorvLocalSolver& link, LSSolutionStatus status, bool noUsablePoint) {
+    switch (status) {
         case LS_STATUS_INCONSISTENT:
             reportInconsistent(link);
-            return true;
+            break;
         case LS_STATUS_INFEASIBLE:
             nmoModelStatSet(link.nmo, model_status::locallyInfeasible);
             nevLogStat(link.nev, "No feasible solution found.\n");
-            return true;
+            break;
         case LS_STATUS_FEASIBLE:
         case LS_STATUS_OPTIMAL:
             reportPoint(link, /*proved=*/status == LS_STATUS_OPTIMAL, noUsablePoint);
             reportObjective(link);
-            return noUsablePoint;
+            break;
         default:
-            return noUsablePoint;  // a status of a later optimizer: the host's own stands
+            break;  // a status of a later optimizer: the host's own stands
     }
 }
 
 void finishTrace(const NorvLocalSolver& link, bool noUsablePoint) {
     if (link.trace == nullptr) return;
-    const double infinity = nmoPinf(link.nmo);
-    const double worst = nmoSense(link.nmo) == objective_sense::minimise ? infinity : -infinity;
+    const double bestBound = -worstValue(link);
     const double bestFound =
-        noUsablePoint ? worst : nmoGetHeadnTail(link.nmo, head_and_tail::objective);
-    link.trace->finish(/*node=*/0, /*bestBound=*/-worst, bestFound);
+        noUsablePoint ? worstValue(link) : nmoGetHeadnTail(link.nmo, head_and_tail::objective);
+    link.trace->finish(/*node=*/0, bestBound, bestFound);
 }
 
 }  // namespace
@@ -150,13 +149,16 @@ void finishTrace(const NorvLocalSolver& link, bool noUsablePoint) {
 void reportResult(NorvLocalSolver& link, int phase) {
     reportStopReason(link, phase);
     reportStatistics(link);
-    const bool noUsablePoint = violatesRow(link);
+    bool noUsablePoint = violatesRow(link);
     writeLevels(link, noUsablePoint);
     if (!evaluateDefinedVariables(link.nmo, link.definedVariables))
         nevLogPChar(link.nev, "Issues evaluating aggregated variables.\n");
     nmoSetHeadnTail(link.nmo, head_and_tail::marginals, 0.0);
     nmoCompleteSolution(link.nmo);
-    finishTrace(link, reportVerdict(link, noUsablePoint));
+    const LSSolutionStatus status = link.solver->getSolution().getStatus();
+    reportVerdict(link, status, noUsablePoint);
+    if (status == LS_STATUS_INCONSISTENT || status == LS_STATUS_INFEASIBLE) noUsablePoint = true;
+    finishTrace(link, noUsablePoint);
 }
 
 void reportSquareSystem(ModelHandle nmo) {

@@ -26,4 +26,8 @@ void TraceHolder::close() {
     SolveTrace::close(trace);
 }
 
+double worstValue(const NorvLocalSolver& link) {
+    return nmoSense(link.nmo) == objective_sense::minimise ? nmoPinf(link.nmo) : -nmoPinf(link.nmo);
+}
+
 }  // namespace vex

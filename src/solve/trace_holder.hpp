@@ -12,8 +12,8 @@ namespace vex {
 /// writes to it.
 class TraceHolder {
 public:
-    /// `link_` must outlive this object and has no open trace.
-    explicit TraceHolder(NorvLocalSolver& link_) : link(link_) {}
+    /// `writer` must outlive this object and has no open trace.
+    explicit TraceHolder(NorvLocalSolver& writer) : link(writer) {}
     TraceHolder(const TraceHolder&) = delete;
     TraceHolder& operator=(const TraceHolder&) = delete;
     ~TraceHolder() { close(); }
@@ -29,5 +29,9 @@ private:
     NorvLocalSolver& link;
     std::unique_ptr<SolveTrace> trace;
 };
+
+/// The infinity than which no objective value of the host's model is worse; its negative is the
+/// best bound as long as nothing is known.
+[[nodiscard]] double worstValue(const NorvLocalSolver& link);
 
 }  // namespace vex

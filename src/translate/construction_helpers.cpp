@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -37,15 +38,20 @@ LSExpression appendOperandsOf(LSExpression source, LSExpression target) {
 
 /// The product as an integer, nothing when it leaves the 64-bit range.
 std::optional<std::int64_t> exactProduct(std::int64_t a, std::int64_t b) {
-    std::int64_t product = 0;
-    if (__builtin_mul_overflow(a, b, &product)) return std::nullopt;
-    return product;
+    constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
+    constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
+    if (a == 0 || b == 0) return 0;
+    // The quotients are cut toward 0; the smallest number is never divided by -1.
+    const bool fits = a > 0 ? (b > 0 ? a <= largest / b : b >= least / a)
+                            : (b > 0 ? a >= least / b : a >= largest / b);
+    if (!fits) return std::nullopt;
+    return a * b;
 }
 
 }  // namespace
 
 bool NorvLocalSolver::mayGrow(LSExpression e, bool extendable) const {
-    return extendable && definitions.count(e.getIndex()) == 0;
+    return extendable && definingExpressions.count(e.getIndex()) == 0;
 }
 
 LSExpression NorvLocalSolver::scaleConstant(LSExpression x, double k) {
@@ -67,34 +73,37 @@ LSExpression NorvLocalSolver::scaleExpression(LSExpression x, bool extendable, d
         x.addOperand(model.createConstant(k));
         return x;
     }
-    return makeNode(model, LS_OP_PROD, x, model.createConstant(k));
+    const LSExpression product = model.createExpression(LS_OP_PROD);
+    product.addOperand(x);
+    product.addOperand(model.createConstant(k));
+    return product;
 }
 
 LSExpression NorvLocalSolver::makeLinearCombination(double a, LSExpression x, bool xExtendable,
                                                     double b, LSExpression y, bool yExtendable,
                                                     double c) {
-    if (x.isBuilt() && x.isNamed()) xExtendable = false;
-    if (y.isBuilt() && y.isNamed()) yExtendable = false;
-    if (x.isBuilt() && x == y) {
+    if (isBuilt(x) && x.isNamed()) xExtendable = false;
+    if (isBuilt(y) && y.isNamed()) yExtendable = false;
+    if (isBuilt(x) && x == y) {
         return makeLinearCombination(a + b, x, xExtendable || yExtendable, 0.0, LSExpression(),
                                      /*yExtendable=*/true, c);
     }
-    if (x.isBuilt() && x.getOperator() == LS_OP_CONST) {
+    if (isBuilt(x) && x.getOperator() == LS_OP_CONST) {
         c += a * getConstantValue(x);
         x = LSExpression();
     }
-    if (y.isBuilt() && y.getOperator() == LS_OP_CONST) {
+    if (isBuilt(y) && y.getOperator() == LS_OP_CONST) {
         c += b * getConstantValue(y);
         y = LSExpression();
     }
-    if (!x.isBuilt() && !y.isBuilt()) return makeConstant(c);
-    if (x.isBuilt()) x = scaleExpression(x, xExtendable, a);
-    if (y.isBuilt()) y = scaleExpression(y, yExtendable, b);
-    if (!x.isBuilt()) {
+    if (!isBuilt(x) && !isBuilt(y)) return makeConstant(c);
+    if (isBuilt(x)) x = scaleExpression(x, xExtendable, a);
+    if (isBuilt(y)) y = scaleExpression(y, yExtendable, b);
+    if (!isBuilt(x)) {
         x = std::exchange(y, LSExpression());
         xExtendable = yExtendable;
     }
-    if (!y.isBuilt() && c == 0.0) return x;
+    if (!isBuilt(y) && c == 0.0) return x;
     return addUp(x, xExtendable, y, yExtendable, c);
 }
 
@@ -103,14 +112,14 @@ LSExpression NorvLocalSolver::addUp(LSExpression x, bool xExtendable, LSExpressi
                                     bool yExtendable, double c) {
     const LSModel model = solver->getModel();
     // The sum comes first; whether it may grow is still up to the flag of the first operand.
-    if (y.isBuilt() && x.getOperator() != LS_OP_SUM && y.getOperator() == LS_OP_SUM && yExtendable)
+    if (isBuilt(y) && x.getOperator() != LS_OP_SUM && y.getOperator() == LS_OP_SUM && yExtendable)
         std::swap(x, y);
     LSExpression sum = x;
     if (x.getOperator() != LS_OP_SUM || !mayGrow(x, xExtendable)) {
         sum = model.createExpression(LS_OP_SUM);
         sum.addOperand(x);
     }
-    if (y.isBuilt()) {
+    if (isBuilt(y)) {
         if (y.getOperator() == LS_OP_SUM)
             appendOperandsOf(y, sum);
         else

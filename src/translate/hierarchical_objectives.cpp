@@ -19,10 +19,14 @@ struct Term {
     double coefficient;
 };
 
-/// Ascending by weight: the priorities run from the last term back to the first.
-bool weighsLess(const Term& a, const Term& b) {
-    return std::pair(std::fabs(a.coefficient), a.variable) <
-           std::pair(std::fabs(b.coefficient), b.variable);
+/// Descending by weight, of equal weights the larger index first. A weight that is not a number
+/// says nothing, so it counts as the least: every pair of terms has an order.
+bool comesFirst(const Term& a, const Term& b) {
+    const auto key = [](const Term& term) {
+        const double weight = std::fabs(term.coefficient);
+        return std::pair(std::isnan(weight) ? -1.0 : weight, term.variable);
+    };
+    return key(b) < key(a);
 }
 
 }  // namespace
@@ -48,16 +52,17 @@ void NorvLocalSolver::makeHierarchicalObjectives(RowBuffers& buffers) {
         const auto at = static_cast<std::size_t>(k);
         terms.push_back({buffers.colIdx[at], buffers.values[at]});
     }
-    std::stable_sort(terms.begin(), terms.end(), weighsLess);
-    std::reverse(terms.begin(), terms.end());
+    std::sort(terms.begin(), terms.end(), comesFirst);
 
-    const bool minimise = nmoSense(nmo) == objective_sense::minimise;
     objectives.clear();
     objectives.reserve(terms.size());
     nbObjectives = static_cast<std::int32_t>(terms.size());
     for (const Term& term : terms) {
-        // A coefficient of 0 counts as negative in either sense.
-        const bool maximiseVariable = minimise == !(term.coefficient > 0.0);
+        // A coefficient of 0 counts as negative in either sense, one that is not a number as what
+        // leads to a minimum.
+        const bool maximiseVariable = nmoSense(nmo) == objective_sense::minimise
+                                          ? term.coefficient <= 0.0
+                                          : term.coefficient > 0.0;
         objectives.push_back(getVariable(term.variable));
         solver->getModel().addObjective(objectives.back(),
                                         maximiseVariable ? LS_MAXIMIZE : LS_MINIMIZE);

@@ -167,7 +167,7 @@ LSExpression InstructionConverter::pop() {
 }
 
 void InstructionConverter::push(LSExpression e) {
-    if (e.isBuilt()) stack.push_back(e);
+    if (isBuilt(e)) stack.push_back(e);
 }
 
 LSExpression InstructionConverter::integerConstant(std::int64_t value) const {

@@ -1,16 +1,21 @@
 #include "translate/nlocalsolver.hpp"
 
+#include <stdexcept>
+
 #include "host/libraries.hpp"
 
 namespace vex {
 
 NorvLocalSolver::~NorvLocalSolver() {
+    solver.reset();
     if (ownsOptions) optFree(&opt);
 }
 
 void NorvLocalSolver::callback(localsolver::LocalSolver& /*search*/,
                                localsolver::LSCallbackType type) {
-    if (onSearchEvent != nullptr) onSearchEvent(*this, type);
+    if (onSearchEvent == nullptr)
+        throw std::logic_error("NorvLocalSolver::callback: nobody handles the search's events.");
+    onSearchEvent(*this, type);
 }
 
 void NorvLocalSolver::resetTranslation() {
@@ -21,7 +26,7 @@ void NorvLocalSolver::resetTranslation() {
     constraints.clear();
     objectives.clear();
     nbObjectives = 0;
-    definitions.clear();
+    definingExpressions.clear();
     intConstants.clear();
     doubleConstants.clear();
 }

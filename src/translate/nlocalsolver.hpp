@@ -10,6 +10,7 @@
 #include "defvars/defined_variables.hpp"
 #include "host/codes.hpp"
 #include "localsolver.hpp"
+#include "translate/built_expression.hpp"
 #include "translate/constant_registry.hpp"
 #include "translate/row_buffers.hpp"
 
@@ -54,8 +55,9 @@ public:
     using SearchEventHandler = void (*)(NorvLocalSolver&, localsolver::LSCallbackType);
 
     /// Receives the events of the search and hands them to `onSearchEvent`.
+    /// @throws std::logic_error when that is not set.
     void callback(localsolver::LocalSolver& search, localsolver::LSCallbackType type) override;
-    /// Deletes the LocalSolver instance and, when `ownsOptions`, the option object.
+    /// Deletes the LocalSolver instance and then, when `ownsOptions`, the option object.
     ~NorvLocalSolver() override;
 
     /// Empties what an earlier setup left: the maps, `varsInProgress`, the expression arrays and
@@ -70,7 +72,7 @@ public:
     /// A decision with the variable's bounds, or the definition of a defined variable.
     LSExpression getVariable(std::int32_t j) {
         const LSExpression known = variables[static_cast<std::size_t>(j)];
-        return known.isBuilt() ? known : makeVariable(j);
+        return isBuilt(known) ? known : makeVariable(j);
     }
 
     /// The function of `row` (0-based, -1: the objective) without its right-hand side: a new sum of
@@ -138,7 +140,7 @@ public:
     std::set<std::int32_t> varsInProgress;  ///< defined variables being built at the moment
     char textBuf[1024] = {};                ///< scratch for the host's texts
     bool interrupted = false;               ///< the host asked to stop the search
-    SearchEventHandler onSearchEvent = nullptr;   ///< set by the solve driver, null before
+    SearchEventHandler onSearchEvent = nullptr;   ///< set by the solve driver before a search
     SolveTrace* trace = nullptr;                  ///< the open solve trace, the driver's; or null
     ConstantRegistry<std::int64_t> intConstants;  ///< empty outside `setupModel`
     ConstantRegistry<double> doubleConstants;     ///< empty outside `setupModel`
@@ -179,9 +181,9 @@ private:
     LSExpression addUp(LSExpression x, bool xExtendable, LSExpression y, bool yExtendable,
                        double c);
 
-    /// Indices of expressions in `variables` that are no decisions. Decisions have no operands of
-    /// which there could be more, so only definitions need to be known.
-    std::unordered_set<std::int32_t> definitions;
+    /// Indices of the expressions that stand for defined variables. The others in `variables` are
+    /// decisions, which take no further operands anyway.
+    std::unordered_set<std::int32_t> definingExpressions;
 
     /// Shared by the conversions of instruction lists, which may nest; empty between rows.
     std::vector<LSExpression> conversionStack;

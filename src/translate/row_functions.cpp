@@ -30,8 +30,9 @@ LSExpression NorvLocalSolver::makeFunction(std::int32_t row, RowBuffers& buffers
     const bool definedVarFound =
         addLinearTerms(sum, buffers, statistics.nbEntries, definedVar, coefOut);
     if (definedVar >= 0 && !definedVarFound) {
+        const std::string variable = nameOfVariable(definedVar);
         throw translationError(__LINE__, thisMethod,
-                               "Defined variable " + nameOfVariable(definedVar) +
+                               "Defined variable " + variable +
                                    " does not appear linearly in equation " + nameOfEquation(row));
     }
     addQuadraticTerms(sum, row, buffers, statistics.nbQuadratic);
@@ -145,9 +146,9 @@ LSExpression NorvLocalSolver::addNonlinearPart(LSExpression sum, std::int32_t ro
                                    " instructions where it announced at most " +
                                    std::to_string(buffers.instrSize) + ".");
     }
-    const double factor = row >= 0 ? 1.0 : objectiveFactor();
     const LSExpression nonlinear = convertExpression(nbInstructions, buffers.instrOpcodes.get(),
                                                      buffers.instrFields.get(), nmoPPool(nmo));
+    const double factor = row >= 0 ? 1.0 : objectiveFactor();
     return makeLinearCombination(1.0, sum, /*xExtendable=*/true, factor, nonlinear,
                                  /*yExtendable=*/true, 0.0);
 }

@@ -12,19 +12,18 @@ void NorvLocalSolver::setupStartingPoint() {
     for (std::int32_t j = 0; j < nbVariables; ++j) {
         const LSExpression decision = variables[static_cast<std::size_t>(j)];
         // Definitions follow from the decisions; a variable that occurs nowhere has no expression.
-        if (!decision.isBuilt() || !decision.isDecision()) continue;
-        const double level = nmoGetVarLOne(nmo, j);
+        if (!isBuilt(decision) || !decision.isDecision()) continue;
         switch (nmoGetVarTypeOne(nmo, j)) {
             case variable_type::binary:
             case variable_type::integer:
             case variable_type::semiInteger:
-                decision.setIntValue(saturate<std::int64_t>(level));
+                decision.setIntValue(saturate<std::int64_t>(nmoGetVarLOne(nmo, j)));
                 break;
             case variable_type::continuous:
             case variable_type::specialOrdered1:
             case variable_type::specialOrdered2:
             case variable_type::semiContinuous:
-                decision.setDoubleValue(level);
+                decision.setDoubleValue(nmoGetVarLOne(nmo, j));
                 break;
             default:
                 throw translationError(__LINE__, "NorvLocalSolver::setupStartingPoint",

@@ -39,11 +39,6 @@ LSExpression makeRelation(const LSModel& model, LSOperator op, LSExpression x, d
     return relation;
 }
 
-struct Bounds {
-    double lower;
-    double upper;
-};
-
 }  // namespace
 
 std::string NorvLocalSolver::nameOfVariable(std::int32_t j) {
@@ -67,17 +62,17 @@ LSExpression NorvLocalSolver::makeVariable(std::int32_t j) {
 
 void NorvLocalSolver::decideVariable(std::int32_t j) {
     const std::int32_t type = nmoGetVarTypeOne(nmo, j);
-    Bounds bounds = {nmoGetVarLowerOne(nmo, j), nmoGetVarUpperOne(nmo, j)};
+    double lower = nmoGetVarLowerOne(nmo, j);
+    double upper = nmoGetVarUpperOne(nmo, j);
     // A verdict that rests on an imposed bound is weakened when the result is reported.
-    if (bounds.lower == nmoMinf(nmo)) {
-        bounds.lower = -imposedBound;
+    if (lower == nmoMinf(nmo)) {
+        lower = -imposedBound;
         ++nbLowerClamped;
     }
-    if (bounds.upper == nmoPinf(nmo)) {
-        bounds.upper = imposedBound;
+    if (upper == nmoPinf(nmo)) {
+        upper = imposedBound;
         ++nbUpperClamped;
     }
-    const auto [lower, upper] = bounds;
     const LSModel model = solver->getModel();
     LSExpression& x = variables[static_cast<std::size_t>(j)];
     switch (type) {
@@ -126,23 +121,23 @@ void NorvLocalSolver::defineVariable(std::int32_t j, std::int32_t equation) {
                               /*yExtendable=*/true, -nmoGetRhsOne(nmo, equation));
     const double factor = -1.0 / coefficient;
     if (!std::isfinite(factor)) {
+        const std::string variable = nameOfVariable(j);
         throw translationError(__LINE__, thisMethod,
-                               "Coefficient of defined variable " + nameOfVariable(j) +
-                                   " in equation " + nameOfEquation(equation) +
+                               "Coefficient of defined variable " + variable + " in equation " +
+                                   nameOfEquation(equation) +
                                    " is too small to solve the equation for the variable.");
     }
     const LSExpression x = scaleExpression(excess, /*extendable=*/true, factor);
     variables[static_cast<std::size_t>(j)] = x;
-    definitions.insert(x.getIndex());
+    definingExpressions.insert(x.getIndex());
     varsInProgress.erase(j);
 
     // The host's own bounds: a definition needs no box, so infinite ones ask for nothing.
     const LSModel model = solver->getModel();
-    const Bounds bounds = {nmoGetVarLowerOne(nmo, j), nmoGetVarUpperOne(nmo, j)};
-    if (bounds.lower != nmoMinf(nmo))
-        model.addConstraint(makeRelation(model, LS_OP_GEQ, x, bounds.lower));
-    if (bounds.upper != nmoPinf(nmo))
-        model.addConstraint(makeRelation(model, LS_OP_LEQ, x, bounds.upper));
+    const double lower = nmoGetVarLowerOne(nmo, j);
+    if (lower != nmoMinf(nmo)) model.addConstraint(makeRelation(model, LS_OP_GEQ, x, lower));
+    const double upper = nmoGetVarUpperOne(nmo, j);
+    if (upper != nmoPinf(nmo)) model.addConstraint(makeRelation(model, LS_OP_LEQ, x, upper));
 }
 
 }  // namespace vex

@@ -30,9 +30,9 @@ const Lines info = {"nevLogStat: ", "nevLogStat: engine"};
 const Lines definition = {"nevGetStrOpt: NameSysDir", "optReadDefinition: /sys/optlocalsolver.def",
                           "nevStatCon:", "nevStatCoff:", "optClearMessages:"};
 const Lines endOfLine = {"optEOLOnlySet: 1"};
-const Lines newSolver = {"resetTranslation", "hook", "ls_create_solver", "ls_set_verbosity: 0"};
-const Lines replacedSolver = {"resetTranslation", "ls_delete_solver", "hook", "ls_create_solver",
-                              "ls_set_verbosity: 0"};
+const Lines newSolver = {"hook", "ls_create_solver", "ls_set_verbosity: 0"};
+const Lines dropped = {"ls_delete_solver"};
+const Lines replacedSolver = dropped + newSolver;
 const Lines setup = {"setupModel"};
 const Lines prepared = banner + info + definition + endOfLine;
 const Lines capability = {"nmoModelStatSet: 14", "nmoSolveStatSet: 6"};
@@ -128,10 +128,10 @@ TEST_F(ReadyAPITest, EachOutcomeHasItsCallsAndResult) {
         {"an error of the optimizer", setupThrows(LSException(LS_ERROR_LIMIT, "f", 1, "g", "full")),
          1,
          prepared + newSolver + setup + Lines{"nevLogStatPChar: full", "nevLogStatPChar: \n"} +
-             failure},
+             failure + dropped},
         {"an error while the optimizer is created", [] { world.creationError = "no memory"; }, 1,
          prepared +
-             Lines{"resetTranslation", "hook", "ls_create_solver", "nevLogStatPChar: no memory",
+             Lines{"hook", "ls_create_solver", "nevLogStatPChar: no memory",
                    "nevLogStatPChar: \n"} +
              failure},
         {"too deep without aggregation", [=] { world.setups = {deep}; }, 0,
@@ -160,7 +160,7 @@ TEST_F(ReadyAPITest, EachOutcomeHasItsCallsAndResult) {
          prepared + newSolver + setup + tooDeep + disabling + replacedSolver + setup +
              Lines{"nevLogStatPChar: again", "nevLogStatPChar: \n"} + capability},
         {"another exception", setupThrows(std::runtime_error("boom")), 1,
-         prepared + newSolver + setup},
+         prepared + newSolver + setup + dropped},
     };
     bindHub();
     bindOptions();
@@ -203,6 +203,12 @@ TEST_F(ReadyAPITest, SecondCallKeepsTheOptionsAndReplacesTheSolver) {
     world.creationError = "no memory";
     EXPECT_EQ(ready(), 1);
     EXPECT_EQ(link().solver, nullptr) << "the deleted solver is out of reach";
+
+    world.creationError.clear();
+    EXPECT_EQ(ready(), 0);
+    world.auditObject = false;
+    EXPECT_EQ(ready(), 1);
+    EXPECT_EQ(link().solver, nullptr) << "a model of an earlier call is not solved";
 }
 
 TEST_F(ReadyAPITest, OptionObjectIsFreedOnlyByItsMaker) {

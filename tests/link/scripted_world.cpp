@@ -174,14 +174,6 @@ namespace vex {
 
 using test::world;
 
-void NorvLocalSolver::callback(localsolver::LocalSolver&, localsolver::LSCallbackType) {}
-NorvLocalSolver::~NorvLocalSolver() {
-    solver.reset();
-    if (ownsOptions) optBinding.destroy(reinterpret_cast<void**>(&opt));
-}
-void NorvLocalSolver::resetTranslation() {
-    world.calls.emplace_back("resetTranslation");
-}
 void NorvLocalSolver::setupModel() {
     world.calls.emplace_back("setupModel");
     if (world.nbSetups < world.setups.size()) world.setups[world.nbSetups++]();

@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "host/operations.hpp"
+#include "solve/progress_callback.hpp"
 #include "translate/link_fixture.hpp"
 #include "translate/recording_localsolver.hpp"
 
@@ -213,6 +214,13 @@ TEST(SolveDriver, LetsNothingThroughTheCallback) {
     EXPECT_EQ(fixture.log, "Unknown error\n");
     EXPECT_EQ(fixture.model.modelStatus(), 13);
     EXPECT_EQ(fixture.model.solveStatus(), 10);
+
+    struct Thrower : localsolver::LSCallback {
+        void callback(localsolver::LocalSolver&, localsolver::LSCallbackType) override { throw 7; }
+    } thrower;
+    fixture.setUp();  // a search that does not run refuses to be interrupted
+    EXPECT_NO_THROW(vex::callbackDispatch(fixture.link.solver->getHandle(), LS_CALLBACK_TIME_TICKED,
+                                          static_cast<localsolver::LSCallback*>(&thrower)));
 }
 
 TEST(SolveDriver, DoesNotSolveWhenAFileNameCannotBeRead) {

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+
+#include "host/operations.hpp"
 #include "translate/link_fixture.hpp"
 
 namespace {
@@ -34,6 +37,26 @@ TEST(HierarchicalObjectives, RunFromTheLargestCoefficientDown) {
     }
 }
 
+TEST(HierarchicalObjectives, EndWithWhatIsNotANumberAndMinimiseIt) {
+    for (const auto& [instance, expected] : {std::pair("min x + y + z", "min y, max z, min x"),
+                                             std::pair("max x + y + z", "max y, min z, min x")}) {
+        LinkFixture fixture(instance, {"hierarchicalobj 1"});
+        const SlotOverride sparse(
+            vex::nmoGetObjSparse, "nmoGetObjSparse",
+            +[](vex::ModelHandle, std::int32_t* variables, double* values, std::int32_t* nonlinear,
+                std::int32_t*, std::int32_t*) {
+                const double coefficients[] = {std::nan(""), 2.0, -1.0};
+                for (std::int32_t j = 0; j < 3; ++j) {
+                    variables[j] = j;
+                    values[j] = coefficients[j];
+                    nonlinear[j] = 0;
+                }
+            });
+        fixture.setUp();
+        EXPECT_EQ(objectivesOf(fixture), expected);
+    }
+}
+
 TEST(HierarchicalObjectives, TakeADefinitionInPlaceOfItsVariable) {
     LinkFixture fixture("cont x ; cont y ; min x + 2 y ; d1 : 2 x + y = 4", {"hierarchicalobj 1"});
     fixture.define(0, 0);
@@ -56,7 +79,7 @@ TEST(StartingPoint, CutsIntegersTowardZeroAndSkipsWhatIsNoDecision) {
         EXPECT_EQ(fixture.link.solver->getSolution().getValue(fixture.link.variables[j]),
                   expected[j])
             << j;
-    EXPECT_FALSE(fixture.link.variables[5].isBuilt());
+    EXPECT_FALSE(vex::isBuilt(fixture.link.variables[5]));
     EXPECT_EQ(fixture.link.solver->getSolution().getValue(fixture.link.variables[6]), 2.25);
 }
 

@@ -19,7 +19,7 @@ void compareValues(LinkFixture& fixture, double scale) {
     std::vector<double> point(fixture.model.levels().begin(), fixture.model.levels().end());
     for (std::size_t j = 0; j < point.size(); ++j) {
         const LSExpression x = link.variables[j];
-        if (!x.isBuilt() || !x.isDecision()) continue;
+        if (!vex::isBuilt(x) || !x.isDecision()) continue;
         const double wish = scale * (1.0 + 0.7 * static_cast<double>(j));
         if (x.isDouble())
             x.setDoubleValue(wish);
@@ -27,7 +27,7 @@ void compareValues(LinkFixture& fixture, double scale) {
             x.setIntValue(std::llround(wish));
     }
     for (std::size_t j = 0; j < point.size(); ++j) {
-        if (link.variables[j].isBuilt())
+        if (vex::isBuilt(link.variables[j]))
             point[j] = link.solver->getSolution().getValue(link.variables[j]);
     }
     const auto close = [](double a, double b) {
@@ -38,7 +38,7 @@ void compareValues(LinkFixture& fixture, double scale) {
         std::int32_t nbErrors = 0;
         EXPECT_EQ(vex::nmoEvalFunc(link.nmo, i, point.data(), &value, &nbErrors), 0);
         const LSExpression constraint = link.constraints[static_cast<std::size_t>(i)];
-        const double built = constraint.isBuilt()
+        const double built = vex::isBuilt(constraint)
                                  ? link.solver->getSolution().getValue(constraint.getOperand(0))
                                  : vex::nmoGetRhsOne(link.nmo, i);  // a definition holds by itself
         EXPECT_TRUE(close(built, value)) << "row " << i << ": " << built << " for " << value;

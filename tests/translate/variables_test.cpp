@@ -61,8 +61,8 @@ TEST(Variables, BecomeDecisions) {
 TEST(Variables, AreNotMadeWhenNothingUsesThem) {
     LinkFixture fixture("cont unused ; cont x ; min x");
     fixture.setUp();
-    EXPECT_FALSE(fixture.link.variables[0].isBuilt());
-    EXPECT_TRUE(fixture.link.variables[1].isBuilt());
+    EXPECT_FALSE(vex::isBuilt(fixture.link.variables[0]));
+    EXPECT_TRUE(vex::isBuilt(fixture.link.variables[1]));
 }
 
 }  // namespace
