@@ -1,7 +1,9 @@
 # Compiler settings that every target of the project shares, as one interface target.
 add_library(project_options INTERFACE)
 target_compile_features(project_options INTERFACE cxx_std_20)
-target_compile_options(project_options INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror)
+target_compile_options(project_options INTERFACE
+    "$<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-Wall;-Wextra;-Wconversion;-Wshadow;-Werror>"
+    "$<$<CXX_COMPILER_ID:MSVC>:/W4;/permissive-;/utf-8;/Zc:__cplusplus;/Zc:preprocessor>")
 # g++ 12 reports overlapping copies inside std::string's operator+ that do not exist (GCC bug 105651).
 target_compile_options(project_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 

@@ -1,14 +1,15 @@
-# Sets VEXCC_REVISION, VEXCC_RELEASE_DATE and VEXCC_PLATFORM for the banner: the commit that the
-# sources stand at and its date; "unknown" for sources without history.
+# Writes the banner's source OUTPUT from TEMPLATE, at build time and only when the text changes:
+#
+#   cmake -DTEMPLATE=… -DOUTPUT=… -DSOURCES=… -DGIT=… -DPROJECT_VERSION=… -DPLATFORM=… -P build_banner.cmake
+#
+# Revision and date are those of the commit that the folder SOURCES stands at; "unknown" without git
+# or without history.
 set(VEXCC_REVISION "unknown")
 set(VEXCC_RELEASE_DATE "unknown")
-set(VEXCC_PLATFORM "${CMAKE_SYSTEM_NAME} ${CMAKE_SYSTEM_PROCESSOR}")
-
-find_package(Git QUIET)
-if(GIT_FOUND)
+if(GIT)
     execute_process(
-        COMMAND ${GIT_EXECUTABLE} log -1 --format=%h|%cs
-        WORKING_DIRECTORY ${CMAKE_SOURCE_DIR}
+        COMMAND ${GIT} log -1 --format=%h|%cs
+        WORKING_DIRECTORY ${SOURCES}
         OUTPUT_VARIABLE last_commit
         OUTPUT_STRIP_TRAILING_WHITESPACE
         ERROR_QUIET)
@@ -17,3 +18,4 @@ if(GIT_FOUND)
         set(VEXCC_RELEASE_DATE ${CMAKE_MATCH_2})
     endif()
 endif()
+configure_file(${TEMPLATE} ${OUTPUT} @ONLY)
