@@ -1,8 +1,9 @@
 """Lists of mutations as text: those that change nothing, with the reason, and the last survivors.
 
 An entry is a path, the lines that the mutation takes away (`- `), those that it puts there (`+ `)
-and, indented, the reason; a blank line ends it. Lines are compared without indentation and without
-their number, so an entry lives as long as its line.
+and, indented, the reason; a blank line ends it. Without lines put there it means every mutation of
+the others. Lines are compared without indentation and without their number, so an entry lives as
+long as its line.
 """
 import dataclasses
 
@@ -37,6 +38,16 @@ def read(file):
             entries.append(Entry(block[0], old, new, " ".join(reason)))
             block = []
     return entries
+
+
+def split(mutations, entries):
+    """The mutations that no entry names, and the entries that name none."""
+    named = {mutation.key for mutation in mutations}
+    named |= {(path, old, ()) for path, old, _ in named}
+    keys = {entry.key for entry in entries}
+    rest = [mutation for mutation in mutations
+            if not keys & {mutation.key, (mutation.path, mutation.old_lines, ())}]
+    return rest, [entry for entry in entries if entry.key not in named]
 
 
 def text_of(mutations):

@@ -95,11 +95,12 @@ def main():
                  for mutation in mutations_of(path, (ROOT / path).read_text())]
     if not mutations:
         sys.exit(f"mutate: nothing to mutate in {folder}")
-    known = {entry.key for entry in equivalents.read(EQUIVALENTS)}
-    inside = {key for key in known if (key[0] + "/").startswith(folder + "/")}
-    for path, old, _ in sorted(inside - {mutation.key for mutation in mutations}):
-        print(f"{EQUIVALENTS.name}: no mutation of {path} is this any more: {' '.join(old)}")
-    mutations = [mutation for mutation in mutations if mutation.key not in known]
+    known = [entry for entry in equivalents.read(EQUIVALENTS)
+             if (entry.path + "/").startswith(folder + "/")]
+    mutations, outlived = equivalents.split(mutations, known)
+    for entry in outlived:
+        print(f"{EQUIVALENTS.name}: no mutation of {entry.path} is this any more: "
+              f"{' '.join(entry.old_lines)}")
     if wanted.again:
         again = {entry.key for entry in equivalents.read(SURVIVORS)}
         mutations = [mutation for mutation in mutations if mutation.key in again]

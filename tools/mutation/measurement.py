@@ -63,7 +63,8 @@ class Measurement:
             else:
                 self.verdicts.append((mutation, verdict))
             print(f"[{len(self.verdicts)}/{self.nb_wanted}] {verdict.kind:16} "
-                  f"{verdict.seconds:5.1f} s  {mutation.path}:{mutation.line} {mutation.operator}  {verdict.by}", flush=True)
+                  f"{verdict.seconds:5.1f} s  {mutation.path}:{mutation.line} {mutation.operator}  "
+                  f"{verdict.by}", flush=True)
             self.condition.notify_all()
 
     def work(self, scratch):

@@ -2,7 +2,7 @@
 import dataclasses
 import re
 
-from source import CLOSING, Source
+from source import CLOSING, SPEED, Source
 
 COMPARISONS = {"<": ("<=", ">="), "<=": ("<", ">"), ">": (">=", "<="), ">=": (">", "<"),
                "==": ("!=",), "!=": ("==",)}
@@ -190,7 +190,8 @@ def statement(source):
         if is_statement(source, at):
             end = source.find(at, ";")
             nb_breaks = source.text.count("\n", token.start, source.tokens[end].end)
-            if nb_breaks < LONGEST_STATEMENT:
+            called = source.word(source.partner[end - 1] - 1)
+            if nb_breaks < LONGEST_STATEMENT and called not in SPEED:
                 yield at, end, ";" + "\n" * nb_breaks
 
 

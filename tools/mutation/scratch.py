@@ -67,7 +67,8 @@ class Scratch:
         linker = "-fuse-ld=gold" if shutil.which("ld.gold") else ""
         self._expect(["cmake", "-S", self.source, "-B", self.tree, *FLAGS,
                       f"-DVEXCC_INSTANCES={self.root.parent / 'shared/instances'}",
-                      f"-DCMAKE_EXE_LINKER_FLAGS={linker}", f"-DCMAKE_SHARED_LINKER_FLAGS={linker}"])
+                      f"-DCMAKE_EXE_LINKER_FLAGS={linker}",
+                      f"-DCMAKE_SHARED_LINKER_FLAGS={linker}"])
 
     def _expect(self, command):
         done = self._call(command)
@@ -75,9 +76,9 @@ class Scratch:
             raise SystemExit(f"mutate: this failed: {command}\n{done.stdout[-4000:]}")
 
     def _call(self, command):
-        return subprocess.run(command, cwd=self.root, env=self.environment, stdin=subprocess.DEVNULL,
-                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-                              errors="replace")
+        return subprocess.run(command, cwd=self.root, env=self.environment, text=True,
+                              errors="replace", stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT)
 
     def build(self, targets):
         return self._call(["ninja", "-C", self.tree, "-j", str(self.nb_compilers), *targets])

@@ -14,8 +14,9 @@ TOKEN = re.compile(r"""
 
 CLOSING = {"(": ")", "[": "]", "{": "}"}
 TYPE_WORDS = {"class", "struct", "union"}
-# Conditions on the code itself, for the compiler or the developer: no behaviour.
-CHECKS = {"static_assert", "assert", "noexcept", "alignas", "requires", "decltype"}
+# Conditions on the code itself, for the compiler or the developer, and hints: no behaviour.
+SPEED = {"reserve", "__builtin_prefetch"}
+CHECKS = {"static_assert", "assert", "noexcept", "alignas", "requires", "decltype"} | SPEED
 
 BEFORE_CODE = {")", "]", "const", "noexcept", "override", "else", "do", "try", ";", "{", "}", ":"}
 
