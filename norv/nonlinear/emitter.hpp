@@ -7,7 +7,7 @@
 
 #include "nonlinear/expression.hpp"
 #include "nonlinear/instruction_list.hpp"
-#include "nonlinear/opcodes.hpp"
+#include "nonlinear/instruction_code.hpp"
 
 namespace norv {
 

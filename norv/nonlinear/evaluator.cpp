@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "nonlinear/functions.hpp"
-#include "nonlinear/opcodes.hpp"
+#include "nonlinear/instruction_code.hpp"
 
 namespace norv {
 

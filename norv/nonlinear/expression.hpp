@@ -86,7 +86,7 @@ private:
             std::int64_t start = 0;  ///< of the operands; of a foreign node, its label
         };
     };
-    static_assert(sizeof(Node) == 16 && functionRows.size() <= 256);
+    static_assert(sizeof(Node) == 16 && functionTable.size() <= 256);
 
     [[nodiscard]] const Node& at(NodeIndex node) const {
         return nodes[static_cast<std::size_t>(node)];

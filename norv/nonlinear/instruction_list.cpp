@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "nonlinear/functions.hpp"
-#include "nonlinear/opcodes.hpp"
+#include "nonlinear/instruction_code.hpp"
 
 namespace norv {
 

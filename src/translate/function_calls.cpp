@@ -1,3 +1,5 @@
+#include <array>
+
 #include "translate/instruction_converter.hpp"
 #include "translate/translation_error.hpp"
 
@@ -5,67 +7,143 @@
 
 namespace vex {
 
-void InstructionConverter::call(std::int32_t function) {
-    const auto code = static_cast<std::size_t>(function);
-    const bool known = function >= 0 && code < functionRows.size();
-    if (!known || functionRows[code].shape == FunctionShape::refused) {
-        throw translationError(
-            __LINE__, "NorvLocalSolver::convertExpression",
-            "Unsupported NORV function " +
-                (known ? std::string(functionNames[code]) : std::to_string(function)));
+/// What becomes of each function of the host's instruction code.
+struct InstructionConverter::FunctionRules {
+    using Rule = void (InstructionConverter::*)();
+
+    struct Row {
+        Function function;
+        Rule rule;
+    };
+
+    /// The accepted functions; all others are refused.
+    static constexpr auto accepted = std::to_array<Row>({
+        {Function::ceil, &InstructionConverter::pushUnary<LS_OP_CEIL>},
+        {Function::floor, &InstructionConverter::pushUnary<LS_OP_FLOOR>},
+        {Function::round, &InstructionConverter::pushUnary<LS_OP_ROUND>},
+        {Function::min, &InstructionConverter::pushFlatLastFirst<LS_OP_MIN>},
+        {Function::max, &InstructionConverter::pushFlatLastFirst<LS_OP_MAX>},
+        {Function::sqr, &InstructionConverter::pushSquare},
+        {Function::exp, &InstructionConverter::pushUnary<LS_OP_EXP>},
+        {Function::log, &InstructionConverter::pushUnary<LS_OP_LOG>},
+        {Function::log10, &InstructionConverter::pushDecimalLogarithm},
+        {Function::sqrt, &InstructionConverter::pushUnary<LS_OP_SQRT>},
+        {Function::abs, &InstructionConverter::pushUnary<LS_OP_ABS>},
+        {Function::cos, &InstructionConverter::pushUnary<LS_OP_COS>},
+        {Function::sin, &InstructionConverter::pushUnary<LS_OP_SIN>},
+        {Function::power, &InstructionConverter::pushPower},
+        {Function::pi, &InstructionConverter::pushPi},
+        {Function::log2, &InstructionConverter::pushBinaryLogarithm},
+        {Function::boolnot, &InstructionConverter::pushUnary<LS_OP_NOT>},
+        {Function::booland, &InstructionConverter::pushFlat<LS_OP_AND>},
+        {Function::boolor, &InstructionConverter::pushFlat<LS_OP_OR>},
+        {Function::boolxor, &InstructionConverter::pushFlat<LS_OP_XOR>},
+        {Function::boolimp, &InstructionConverter::pushImplication},
+        {Function::booleqv, &InstructionConverter::pushBinary<LS_OP_EQ>},
+        {Function::relopeq, &InstructionConverter::pushBinary<LS_OP_EQ>},
+        {Function::relopgt, &InstructionConverter::pushBinary<LS_OP_GT>},
+        {Function::relopge, &InstructionConverter::pushBinary<LS_OP_GEQ>},
+        {Function::reloplt, &InstructionConverter::pushBinary<LS_OP_LT>},
+        {Function::relople, &InstructionConverter::pushBinary<LS_OP_LEQ>},
+        {Function::relopne, &InstructionConverter::pushBinary<LS_OP_NEQ>},
+        {Function::ifthen, &InstructionConverter::pushChoice},
+        {Function::rpower, &InstructionConverter::pushPower},
+        {Function::edist, &InstructionConverter::pushDistance},
+        {Function::div, &InstructionConverter::pushBinary<LS_OP_DIV>},
+        {Function::cvpower, &InstructionConverter::pushPower},
+        {Function::vcpower, &InstructionConverter::pushPower},
+        {Function::signpower, &InstructionConverter::pushSignPower},
+        {Function::tan, &InstructionConverter::pushUnary<LS_OP_TAN>},
+        {Function::poly, &InstructionConverter::pushPolynomial},
+    });
+
+    /// By code; null: refused.
+    static constexpr auto byCode = [] {
+        std::array<Rule, functionTable.size()> rules{};
+        for (const Row& row : accepted) rules[static_cast<std::size_t>(row.function)] = row.rule;
+        return rules;
+    }();
+
+    /// Has every function that the host uses one row, and no other a row?
+    static constexpr bool areComplete() {
+        std::size_t nbUsed = 0;
+        for (const FunctionTraits& each : functionTable) {
+            const Rule rule = byCode[static_cast<std::size_t>(each.code)];
+            if (each.isUsed() != (rule != nullptr)) return false;
+            if (each.isUsed()) ++nbUsed;
+        }
+        return nbUsed == accepted.size();
     }
-    applyShape(functionRows[code]);
+};
+
+void InstructionConverter::call(std::int32_t function) {
+    static_assert(FunctionRules::areComplete());
+    const auto code = static_cast<std::size_t>(function);
+    const FunctionRules::Rule rule = isFunction(function) ? FunctionRules::byCode[code] : nullptr;
+    if (rule == nullptr) {
+        throw translationError(__LINE__, "NorvLocalSolver::convertExpression",
+                               "Unsupported NORV function " +
+                                   (isFunction(function) ? std::string(functionTable[code].name)
+                                                         : std::to_string(function)));
+    }
+    (this->*rule)();
 }
 
-void InstructionConverter::applyShape(const FunctionRow& row) {
-    switch (row.shape) {
-        case FunctionShape::pi:
-            return push(translator.makeConstant(3.141592653589793));
-        case FunctionShape::power:
-            return pushPower();
-        case FunctionShape::signPower:
-            return pushSignPower();
-        case FunctionShape::distance:
-            return pushDistance();
-        case FunctionShape::polynomial:
-            return pushPolynomial();
-        default:
-            break;
-    }
-    const LSExpression top = pop();
-    switch (row.shape) {
-        case FunctionShape::unary:
-            return push(make(row.op, top));
-        case FunctionShape::square:
-            return push(translator.makeFlatExpression(LS_OP_PROD, top, /*xExtendable=*/true, top,
-                                                      /*yExtendable=*/true));
-        case FunctionShape::logarithm: {
-            const LSExpression logarithm = make(LS_OP_LOG, top);
-            return push(make(LS_OP_PROD, logarithm, doubleConstant(row.factor)));
-        }
-        default:
-            break;
-    }
-    const LSExpression below = pop();
-    switch (row.shape) {
-        case FunctionShape::binary:
-            return push(make(row.op, below, top));
-        case FunctionShape::flatTop:
-            return push(translator.makeFlatExpression(row.op, top, /*xExtendable=*/true, below,
-                                                      /*yExtendable=*/true));
-        case FunctionShape::flatBottom:
-            return push(translator.makeFlatExpression(row.op, below, /*xExtendable=*/true, top,
-                                                      /*yExtendable=*/true));
-        case FunctionShape::implication:
-            return push(translator.makeFlatExpression(LS_OP_OR, make(LS_OP_NOT, below),
-                                                      /*xExtendable=*/true, top,
-                                                      /*yExtendable=*/true));
-        default: {  // choice: condition, then, else from the deepest up
-            const LSExpression choice = make(LS_OP_IF, pop(), below);
-            choice.addOperand(top);
-            return push(choice);
-        }
-    }
+template <ls_operator op>
+void InstructionConverter::pushUnary() {
+    push(make(op, pop()));
+}
+
+template <ls_operator op>
+void InstructionConverter::pushFlat() {
+    const LSExpression y = pop();
+    const LSExpression x = pop();
+    push(translator.makeFlatExpression(op, x, /*xExtendable=*/true, y, /*yExtendable=*/true));
+}
+
+template <ls_operator op>
+void InstructionConverter::pushFlatLastFirst() {
+    const LSExpression y = pop();
+    const LSExpression x = pop();
+    push(translator.makeFlatExpression(op, y, /*xExtendable=*/true, x, /*yExtendable=*/true));
+}
+
+void InstructionConverter::pushPi() {
+    push(translator.makeConstant(3.141592653589793));
+}
+
+void InstructionConverter::pushSquare() {
+    const LSExpression x = pop();
+    push(translator.makeFlatExpression(LS_OP_PROD, x, /*xExtendable=*/true, x,
+                                       /*yExtendable=*/true));
+}
+
+void InstructionConverter::pushDecimalLogarithm() {
+    pushScaledLogarithm(0.43429448190325176);
+}
+
+void InstructionConverter::pushBinaryLogarithm() {
+    pushScaledLogarithm(1.4426950408889634);
+}
+
+void InstructionConverter::pushScaledLogarithm(double factor) {
+    const LSExpression logarithm = make(LS_OP_LOG, pop());
+    push(make(LS_OP_PROD, logarithm, doubleConstant(factor)));
+}
+
+void InstructionConverter::pushImplication() {
+    const LSExpression conclusion = pop();
+    const LSExpression premiseFails = make(LS_OP_NOT, pop());
+    push(translator.makeFlatExpression(LS_OP_OR, premiseFails, /*xExtendable=*/true, conclusion,
+                                       /*yExtendable=*/true));
+}
+
+void InstructionConverter::pushChoice() {
+    const LSExpression otherwise = pop();
+    const LSExpression then = pop();
+    const LSExpression choice = make(LS_OP_IF, pop(), then);
+    choice.addOperand(otherwise);
+    push(choice);
 }
 
 void InstructionConverter::pushPower() {

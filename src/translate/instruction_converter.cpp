@@ -37,115 +37,116 @@ LSExpression InstructionConverter::convert(std::int32_t nbInstructions, const st
 }
 
 void InstructionConverter::execute(std::int32_t opcode, std::int32_t field) {
-    switch (const auto known = static_cast<Opcode>(opcode)) {
-        case Opcode::noOp:
-        case Opcode::store:
-        case Opcode::header:
+    using enum hostapi::Opcode;
+    switch (static_cast<Opcode>(opcode)) {  // every opcode: the compiler misses one left out
+        case nlNoOp:
+        case nlStore:
+        case nlHeader:
             return;
-        case Opcode::pushV:
+        case nlPushV:
             return push(variableOf(field));
-        case Opcode::pushI:
+        case nlPushI:
             return push(translator.makeConstant(constantOf(field)));
-        case Opcode::pushZero:
+        case nlPushZero:
             return push(translator.makeIntConstant(0));
-        case Opcode::uMinV: {
-            const LSExpression variable = variableOf(field);
-            return push(make(LS_OP_PROD, variable, integerConstant(-1)));
+        case nlAdd: {
+            const LSExpression b = pop();
+            return pushSum(1.0, b, pop(), /*yExtendable=*/true);
         }
-        case Opcode::uMin:
-            return push(translator.scaleExpression(pop(), /*extendable=*/true, -1.0));
-        case Opcode::add:
-        case Opcode::sub:
-        case Opcode::mul:
-        case Opcode::div:
-            return combine(known);
-        case Opcode::addV:
-        case Opcode::subV:
-        case Opcode::mulV:
-        case Opcode::divV:
-            return combineWithVariable(known, field);
-        case Opcode::addI:
-        case Opcode::subI:
-        case Opcode::mulI:
-        case Opcode::divI:
-        case Opcode::mulIAdd:
-            return combineWithConstant(known, field);
-        case Opcode::funcArgN:
+        case nlAddV: {
+            const LSExpression v = variableOf(field);
+            return pushSum(1.0, pop(), v, /*yExtendable=*/false);
+        }
+        case nlAddI:
+            return addConstant(constantOf(field));
+        case nlMulIAdd: {
+            const double c = constantOf(field);
+            const LSExpression b = pop();
+            return pushSum(c, b, pop(), /*yExtendable=*/true);
+        }
+        case nlSub:
+            return pushBinary<LS_OP_SUB>();
+        case nlSubV:
+            return combineWithVariable(LS_OP_SUB, field);
+        case nlSubI:
+            return subtractConstant(constantOf(field));
+        case nlMul: {
+            const LSExpression b = pop();
+            return pushProduct(b, pop(), /*yExtendable=*/true);
+        }
+        case nlMulV: {
+            const LSExpression v = variableOf(field);
+            return pushProduct(pop(), v, /*yExtendable=*/false);
+        }
+        case nlMulI:
+            return scaleTop(constantOf(field));
+        case nlDiv:
+            return pushBinary<LS_OP_DIV>();
+        case nlDivV:
+            return combineWithVariable(LS_OP_DIV, field);
+        case nlDivI:
+            return scaleTop(1.0 / constantOf(field));
+        case nlUMin:
+            return scaleTop(-1.0);
+        case nlUMinV: {
+            const LSExpression v = variableOf(field);
+            return push(make(LS_OP_PROD, v, integerConstant(-1)));
+        }
+        case nlFuncArgN:
             pendingCount = field;
             return;
-        case Opcode::callArg1:
+        case nlCallArg1:
             pendingCount = 1;
             return call(field);
-        case Opcode::callArg2:
+        case nlCallArg2:
             pendingCount = 2;
             return call(field);
-        case Opcode::callArgN:
+        case nlCallArgN:
             return call(field);
+        case nlEnd:
+        case nlChk:
+        case nlAddO:
+        case nlPushO:
+        case nlInvoc:
+        case nlStackIn:
+            break;
     }
-    const auto number = static_cast<std::size_t>(opcode);
-    throw translationError(__LINE__, thisMethod,
-                           "Unsupported NORV opcode " + (opcode >= 0 && number < opcodeNames.size()
-                                                             ? std::string(opcodeNames[number])
-                                                             : std::to_string(opcode)));
+    throw translationError(
+        __LINE__, thisMethod,
+        "Unsupported NORV opcode " +
+            (isOpcode(opcode) ? std::string(traitsOf(opcode).name) : std::to_string(opcode)));
 }
 
-void InstructionConverter::combine(Opcode opcode) {
-    const LSExpression b = pop();
-    const LSExpression a = pop();
-    switch (opcode) {
-        case Opcode::add:
-            return push(translator.makeLinearCombination(1.0, b, /*xExtendable=*/true, 1.0, a,
-                                                         /*yExtendable=*/true, 0.0));
-        case Opcode::sub:
-            return push(make(LS_OP_SUB, a, b));
-        case Opcode::mul:
-            return push(translator.makeFlatExpression(LS_OP_PROD, b, /*xExtendable=*/true, a,
-                                                      /*yExtendable=*/true));
-        default:
-            return push(make(LS_OP_DIV, a, b));
-    }
+void InstructionConverter::pushSum(double factor, LSExpression x, LSExpression y,
+                                   bool yExtendable) {
+    push(translator.makeLinearCombination(factor, x, /*xExtendable=*/true, 1.0, y, yExtendable,
+                                          0.0));
 }
 
-void InstructionConverter::combineWithVariable(Opcode opcode, std::int32_t field) {
+void InstructionConverter::pushProduct(LSExpression x, LSExpression y, bool yExtendable) {
+    push(translator.makeFlatExpression(LS_OP_PROD, x, /*xExtendable=*/true, y, yExtendable));
+}
+
+void InstructionConverter::combineWithVariable(ls_operator op, std::int32_t field) {
     const LSExpression v = variableOf(field);
-    const LSExpression b = pop();
-    switch (opcode) {
-        case Opcode::addV:
-            return push(translator.makeLinearCombination(1.0, b, /*xExtendable=*/true, 1.0, v,
-                                                         /*yExtendable=*/false, 0.0));
-        case Opcode::subV:
-            return push(make(LS_OP_SUB, b, v));
-        case Opcode::mulV:
-            return push(translator.makeFlatExpression(LS_OP_PROD, b, /*xExtendable=*/true, v,
-                                                      /*yExtendable=*/false));
-        default:
-            return push(make(LS_OP_DIV, b, v));
-    }
+    push(make(op, pop(), v));
 }
 
-void InstructionConverter::combineWithConstant(Opcode opcode, std::int32_t field) {
-    const double c = constantOf(field);
+void InstructionConverter::addConstant(double c) {
+    push(translator.makeLinearCombination(1.0, pop(), /*xExtendable=*/true, 0.0, LSExpression(),
+                                          /*yExtendable=*/true, c));
+}
+
+void InstructionConverter::subtractConstant(double c) {
     const LSExpression b = pop();
-    switch (opcode) {
-        case Opcode::addI:
-            return push(translator.makeLinearCombination(1.0, b, /*xExtendable=*/true, 0.0,
-                                                         LSExpression(), /*yExtendable=*/true, c));
-        case Opcode::subI:
-            // Both: the most negative integer has no negation, and is the negation of none.
-            return push(make(LS_OP_SUM, b,
-                             isIntegral(c) && isIntegral(-c)
-                                 ? integerConstant(static_cast<std::int64_t>(-c))
-                                 : doubleConstant(-c)));
-        case Opcode::mulI:
-            return push(translator.scaleExpression(b, /*extendable=*/true, c));
-        case Opcode::divI:
-            return push(translator.scaleExpression(b, /*extendable=*/true, 1.0 / c));
-        default: {  // mulIAdd
-            const LSExpression a = pop();
-            return push(translator.makeLinearCombination(c, b, /*xExtendable=*/true, 1.0, a,
-                                                         /*yExtendable=*/true, 0.0));
-        }
-    }
+    // Both: the most negative integer has no negation, and is the negation of none.
+    push(make(LS_OP_SUM, b,
+              isIntegral(c) && isIntegral(-c) ? integerConstant(static_cast<std::int64_t>(-c))
+                                              : doubleConstant(-c)));
+}
+
+void InstructionConverter::scaleTop(double factor) {
+    push(translator.scaleExpression(pop(), /*extendable=*/true, factor));
 }
 
 LSExpression InstructionConverter::variableOf(std::int32_t field) {

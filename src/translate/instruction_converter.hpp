@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "translate/function_shapes.hpp"
+#include "host/instruction_code.hpp"
+#include "localsolver.h"
 #include "translate/nlocalsolver.hpp"
 
 namespace vex {
@@ -34,15 +35,35 @@ public:
 
 private:
     void execute(std::int32_t opcode, std::int32_t field);
-    void combine(Opcode opcode);
-    void combineWithVariable(Opcode opcode, std::int32_t field);
-    void combineWithConstant(Opcode opcode, std::int32_t field);
+    void pushSum(double factor, LSExpression x, LSExpression y, bool yExtendable);
+    void pushProduct(LSExpression x, LSExpression y, bool yExtendable);
+    void combineWithVariable(ls_operator op, std::int32_t field);
+    void addConstant(double c);
+    void subtractConstant(double c);
+    void scaleTop(double factor);
+
+    /// One rule a function, in function_calls.cpp.
+    struct FunctionRules;
     void call(std::int32_t function);
-    void applyShape(const FunctionRow& row);
-    void pushPower();
-    void pushSignPower();
-    void pushDistance();
-    void pushPolynomial();
+    template <ls_operator op>
+    void pushUnary();  ///< op(x)
+    template <ls_operator op>
+    void pushBinary();  ///< op(x, y)
+    template <ls_operator op>
+    void pushFlat();  ///< op flattened, the first argument first
+    template <ls_operator op>
+    void pushFlatLastFirst();
+    void pushPi();
+    void pushSquare();  ///< x · x
+    void pushDecimalLogarithm();
+    void pushBinaryLogarithm();
+    void pushScaledLogarithm(double factor);
+    void pushImplication();  ///< or(not x, y)
+    void pushChoice();       ///< if(x, y, z)
+    void pushPower();        ///< pow(x, y)
+    void pushSignPower();    ///< x · pow(|x|, y - 1)
+    void pushDistance();     ///< square root of the sum of the arguments' squares
+    void pushPolynomial();   ///< coefficients after the base, lowest power first
 
     [[nodiscard]] LSExpression variableOf(std::int32_t field);
     [[nodiscard]] double constantOf(std::int32_t field) const;
@@ -62,5 +83,12 @@ private:
     std::int32_t position = 0;       ///< of the instruction at work, from 0
     std::int32_t pendingCount = -1;  ///< announced arguments of the next call; -1: none
 };
+
+template <ls_operator op>
+void InstructionConverter::pushBinary() {
+    const LSExpression y = pop();
+    const LSExpression x = pop();
+    push(make(op, x, y));
+}
 
 }  // namespace vex

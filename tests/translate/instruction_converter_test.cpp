@@ -1,14 +1,21 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <optional>
 #include <sstream>
 
-#include "translate/instruction_code.hpp"
+#include "hostapi/instruction_code.hpp"
 #include "translate/link_fixture.hpp"
 
 namespace {
 
 using localsolver::LSExpression;
+
+std::optional<std::int32_t> numberIn(const auto& table, const std::string& name) {
+    const auto row = std::ranges::find_if(table, [&](auto& each) { return each.name == name; });
+    if (row == table.end()) return {};
+    return static_cast<std::int32_t>(row->code);
+}
 
 /// An instruction list as text: opcodes by name, each with its field where it has one; fields of
 /// calls by function name. Unknown words are numbers.
@@ -16,16 +23,13 @@ struct InstructionList {
     explicit InstructionList(const std::string& text) {
         std::istringstream words(text);
         for (std::string word; words >> word;) {
-            const auto opcode = std::ranges::find(vex::opcodeNames, word);
-            if (opcode != vex::opcodeNames.end()) {
-                opcodes.push_back(static_cast<std::int32_t>(opcode - vex::opcodeNames.begin()));
+            if (const auto opcode = numberIn(hostapi::opcodeTable, word)) {
+                opcodes.push_back(*opcode);
                 fields.push_back(0);
-                continue;
+            } else {
+                const auto function = numberIn(hostapi::functionTable, word);
+                fields.back() = function ? *function : std::stoi(word);
             }
-            const auto function = std::ranges::find(vex::functionNames, word);
-            fields.back() = function != vex::functionNames.end()
-                                ? static_cast<std::int32_t>(function - vex::functionNames.begin())
-                                : std::stoi(word);
         }
     }
     std::vector<std::int32_t> opcodes, fields;

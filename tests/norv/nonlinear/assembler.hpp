@@ -1,13 +1,15 @@
 #pragma once
 
+#include <algorithm>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "nonlinear/functions.hpp"
+#include "nonlinear/instruction_code.hpp"
 #include "nonlinear/instruction_list.hpp"
-#include "nonlinear/opcodes.hpp"
 
 namespace norv {
 
@@ -17,6 +19,16 @@ struct Assembled {
     InstructionList list;
     std::vector<double> pool;
 };
+
+/// Those that models may call, in the order of their codes.
+inline const std::vector<FunctionTraits>& usedFunctions() {
+    static const std::vector<FunctionTraits> functions = [] {
+        std::vector<FunctionTraits> used;
+        std::ranges::copy_if(functionTable, std::back_inserter(used), &FunctionTraits::isUsed);
+        return used;
+    }();
+    return functions;
+}
 
 inline std::int32_t opcodeOf(const std::string& name) {
     for (const OpcodeTraits& each : opcodeTable) {

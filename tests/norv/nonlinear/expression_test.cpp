@@ -178,7 +178,7 @@ ExpressionStore randomStore(std::mt19937& random) {
                 store.negation(x[0]);
                 break;
             default: {
-                const FunctionTraits& f = functionTable[random() % functionTable.size()];
+                const FunctionTraits& f = usedFunctions()[random() % usedFunctions().size()];
                 const bool isFree = f.nbArguments == FunctionTraits::anyCount || isFoldable(f.code);
                 x.resize(isFree ? x.size() : static_cast<std::size_t>(f.nbArguments), any());
                 store.call(f.code, x);
