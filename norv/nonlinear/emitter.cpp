@@ -49,6 +49,52 @@ ScaledNode asScaled(const ExpressionStore& store, NodeIndex node) {
     return {};
 }
 
+/// What a factor or divisor 1 leaves as it is.
+NodeIndex unscaled(const ExpressionStore& store, NodeIndex node) {
+    for (;;) {
+        const ScaledNode scaled = asScaled(store, node);
+        NodeIndex inner = scaled.factor == 1.0 ? scaled.node : noNode;
+        if (store.kind(node) == NodeKind::quotient) {
+            const auto operands = store.operandsOf(node);
+            if (isScale(store, operands[1]) && store.valueOf(operands[1]) == 1.0)
+                inner = operands[0];
+        }
+        if (inner == noNode) return node;
+        node = inner;
+    }
+}
+
+/// Is `operand` an operation whose operands may take its place among those of `node`?
+bool continues(const ExpressionStore& store, NodeIndex operand, NodeIndex node) {
+    const NodeKind kind = store.kind(operand);
+    if (kind != store.kind(node)) return false;
+    if (kind == NodeKind::call)
+        return store.functionOf(operand) == store.functionOf(node) &&
+               isFoldable(store.functionOf(node));
+    return kind == NodeKind::sum || kind == NodeKind::product;
+}
+
+/// Do readers of the code see a sum (a product) in this operand of another kind?
+bool readsAs(const ExpressionStore& store, NodeIndex operand, NodeKind kind) {
+    const bool isProduct = kind == NodeKind::product;
+    switch (store.kind(operand)) {
+        case NodeKind::negation:
+            return isProduct;
+        case NodeKind::quotient:
+            return isProduct && isScale(store, store.operandsOf(operand)[1]);
+        case NodeKind::difference:
+            return !isProduct && isScale(store, store.operandsOf(operand)[1]);
+        case NodeKind::call:
+            break;
+        default:
+            return false;
+    }
+    const Function function = store.functionOf(operand);
+    if (!isProduct) return function == Function::poly;
+    return function == Function::sqr || function == Function::log10 || function == Function::log2 ||
+           function == Function::signpower;
+}
+
 }  // namespace
 
 ConstantPool::ConstantPool(std::function<std::int32_t(double)> appendToModel)
@@ -104,7 +150,7 @@ InstructionList Emitter::emit(NodeIndex root) {
 /// Leaves write themselves; operations plan their parts, the last one first.
 void Emitter::writeNode(NodeIndex node) {
     const auto operands = store.operandsOf(node);
-    switch (store.kind(node)) {
+    switch (const NodeKind kind = store.kind(node)) {
         case NodeKind::variable:
             list.add(nlPushV, node + 1);
             break;
@@ -116,14 +162,12 @@ void Emitter::writeNode(NodeIndex node) {
             }
             break;
         case NodeKind::sum:
-            planChain(operands, {nlAdd, nlAddV, nlAddI});
+        case NodeKind::product:
+            planChain(flatOperandsOf(node), kind);
             break;
         case NodeKind::difference:
             planTerm(operands[1], /*isSubtracted=*/true);
             plan(operands[0]);
-            break;
-        case NodeKind::product:
-            planChain(operands, {nlMul, nlMulV, nlMulI});
             break;
         case NodeKind::quotient:
             planFactor(operands[1], {nlDiv, nlDivV, nlDivI});
@@ -146,21 +190,72 @@ void Emitter::writeNode(NodeIndex node) {
     }
 }
 
-void Emitter::planChain(std::span<const NodeIndex> operands, const Forms& forms) {
-    assert(operands.size() >= 2);
-    const bool isSum = forms.onStack == nlAdd;
-    const auto planNext = [&](NodeIndex operand) {
-        if (isSum) {
-            planTerm(operand, /*isSubtracted=*/false);
-        } else {
-            planFactor(operand, forms);
-        }
+std::span<const NodeIndex> Emitter::flatOperandsOf(NodeIndex node) {
+    const auto operands = store.operandsOf(node);
+    const auto isNested = [&](NodeIndex each) {
+        return continues(store, unscaled(store, each), node);
     };
-    for (std::size_t k = operands.size() - 1; k >= 2; --k) planNext(operands[k]);
+    if (std::none_of(operands.begin(), operands.end(), isNested)) return operands;
+    flat.clear();
+    open.assign(operands.rbegin(), operands.rend());
+    while (!open.empty()) {
+        const NodeIndex operand = unscaled(store, open.back());
+        open.pop_back();
+        if (continues(store, operand, node)) {
+            const auto inner = store.operandsOf(operand);
+            open.insert(open.end(), inner.rbegin(), inner.rend());
+        } else {
+            flat.push_back(operand);
+        }
+    }
+    return flat;
+}
+
+Emitter::Forms Emitter::formsOf(NodeKind kind) {
+    return kind == NodeKind::sum ? Forms{nlAdd, nlAddV, nlAddI} : Forms{nlMul, nlMulV, nlMulI};
+}
+
+void Emitter::planChain(std::span<const NodeIndex> operands, NodeKind kind) {
+    assert(operands.size() >= 2);
+    if (planMerged(operands, kind)) return;
+    for (std::size_t k = operands.size() - 1; k >= 2; --k) planLink(operands[k], kind);
     // Two neighbours may change places without changing the value.
     const bool exchanges = isScale(store, operands[0]) && !store.isConstant(operands[1]);
-    planNext(operands[exchanges ? 0 : 1]);
+    planLink(operands[exchanges ? 0 : 1], kind);
     plan(operands[exchanges ? 1 : 0]);
+}
+
+/// Readers that keep a chain as one long operation append what is below to an operation of the
+/// same kind on top: were the chain below, all of it would be moved for each such operand. So the
+/// longest of them begins the chain, and the others wait below until its end.
+bool Emitter::planMerged(std::span<const NodeIndex> operands, NodeKind kind) {
+    std::size_t longest = operands.size();
+    std::size_t nbMerged = 0;
+    for (std::size_t k = 0; k < operands.size(); ++k) {
+        if (!readsAs(store, operands[k], kind)) continue;
+        ++nbMerged;
+        if (longest == operands.size() || sizeBound(operands[k]) >= sizeBound(operands[longest]))
+            longest = k;
+    }
+    if (nbMerged < 2) return false;
+    for (std::size_t k = 1; k < nbMerged; ++k) plan(formsOf(kind).onStack);
+    for (std::size_t k = operands.size(); k-- > 0;) {
+        if (!readsAs(store, operands[k], kind)) planLink(operands[k], kind);
+    }
+    plan(operands[longest]);
+    for (std::size_t k = operands.size(); k-- > 0;) {
+        if (k != longest && readsAs(store, operands[k], kind)) plan(operands[k]);
+    }
+    return true;
+}
+
+/// Adds a term to, or multiplies by a factor, what is on the stack.
+void Emitter::planLink(NodeIndex operand, NodeKind kind) {
+    if (kind == NodeKind::sum) {
+        planTerm(operand, /*isSubtracted=*/false);
+    } else {
+        planFactor(operand, formsOf(kind));
+    }
 }
 
 /// Adds or subtracts `term` to what is on the stack.
@@ -171,8 +266,7 @@ void Emitter::planTerm(NodeIndex term, bool isSubtracted) {
     }
     const ScaledNode scaled = asScaled(store, term);
     if (scaled.node == noNode) {
-        planFactor(term,
-                   isSubtracted ? Forms{nlSub, nlSubV, nlSubI} : Forms{nlAdd, nlAddV, nlAddI});
+        planFactor(term, isSubtracted ? Forms{nlSub, nlSubV, nlSubI} : formsOf(NodeKind::sum));
         return;
     }
     plan(nlMulIAdd, pool.entryOf(isSubtracted ? -scaled.factor : scaled.factor));
@@ -193,8 +287,8 @@ void Emitter::planFactor(NodeIndex factor, const Forms& forms) {
 void Emitter::planCall(NodeIndex node) {
     const Function function = store.functionOf(node);
     const auto code = static_cast<std::int32_t>(function);
-    const auto arguments = store.operandsOf(node);
     if (isFoldable(function)) {
+        const auto arguments = flatOperandsOf(node);
         for (std::size_t k = arguments.size() - 1; k >= 1; --k) {
             plan(nlCallArg2, code);
             plan(arguments[k]);
@@ -202,6 +296,7 @@ void Emitter::planCall(NodeIndex node) {
         plan(arguments[0]);
         return;
     }
+    const auto arguments = store.operandsOf(node);
     if (arguments.size() == 1 || arguments.size() == 2) {
         plan(arguments.size() == 1 ? nlCallArg1 : nlCallArg2, code);
     } else {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "nonlinear/expression.hpp"
-#include "nonlinear/instruction_list.hpp"
 #include "nonlinear/instruction_code.hpp"
+#include "nonlinear/instruction_list.hpp"
 
 namespace norv {
 
@@ -42,6 +42,11 @@ private:
 /// nlMulI, …), so a leading constant of a sum or product gives way to the next operand. Terms
 /// constant * x of a sum become nlMulIAdd. Foldable functions of many arguments become calls with
 /// two. A node that is an operand of many is written out for each.
+///
+/// Sums of sums are written as one, likewise products and foldable functions: a + (b + c) as
+/// (a + b) + c. Left-nested ones keep their order of evaluation. Operands of another kind that
+/// readers of the code take for sums (x - 3) or products (-x, x / 2, sqr(x)) are all computed
+/// before the chain when there are several, and added or multiplied at its end.
 class Emitter {
 public:
     /// @param store, pool  outlive the emitter; nothing is added to the store meanwhile. O(nodes).
@@ -69,7 +74,14 @@ private:
     };
 
     void writeNode(NodeIndex node);
-    void planChain(std::span<const NodeIndex> operands, const Forms& forms);
+    /// Those of `node`, and in place of its like theirs, from left to right. Valid until the next
+    /// call.
+    [[nodiscard]] std::span<const NodeIndex> flatOperandsOf(NodeIndex node);
+    /// Of a sum or product.
+    [[nodiscard]] static Forms formsOf(NodeKind kind);
+    void planChain(std::span<const NodeIndex> operands, NodeKind kind);
+    bool planMerged(std::span<const NodeIndex> operands, NodeKind kind);
+    void planLink(NodeIndex operand, NodeKind kind);
     void planTerm(NodeIndex term, bool isSubtracted);
     void planFactor(NodeIndex factor, const Forms& forms);
     void planCall(NodeIndex node);
@@ -80,6 +92,8 @@ private:
     ConstantPool& pool;
     std::vector<std::uint32_t> sizes;  ///< [nodes]
     std::vector<Task> tasks;           ///< the next one last
+    std::vector<NodeIndex> flat;       ///< flatOperandsOf's result
+    std::vector<NodeIndex> open;       ///< its nodes still to look into, the next one last
     InstructionList list;
 };
 
