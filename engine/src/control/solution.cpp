@@ -13,6 +13,11 @@ Solution::Solution(const ClosedModel& model) : model_(model) {
     hasEmptyDomain_ = std::any_of(model.domain.begin(), model.domain.end(),
                                   [](const Interval& domain) { return domain.isEmpty(); });
     isInconsistent_ = hasEmptyDomain_;
+    mayMisread_ =
+        hasEmptyDomain_ ||
+        std::any_of(model.constraint.begin(), model.constraint.end(), [&model](ExpressionIndex e) {
+            return model.decisionOf[static_cast<std::size_t>(e)] >= 0;
+        });
     current_.violation = std::numeric_limits<double>::infinity();
     current_.point.reserve(model.domain.size());
     for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
@@ -47,9 +52,14 @@ void Solution::judgeIfNeeded() const {
     const ExtendedPrecision precision;
     verdict_ = judge(model_, current_.point, values_);
     if (hasEmptyDomain_) verdict_.feasible = false;
+    // Only an objective that is not a number can make the point infeasible then.
+    const bool allHold = std::all_of(
+        model_.constraint.begin(), model_.constraint.end(),
+        [this](ExpressionIndex e) { return values_[static_cast<std::size_t>(e)].isTrue(); });
+    const bool mustReadZero = hasEmptyDomain_ || (allHold && !verdict_.feasible);
     for (const ExpressionIndex e : model_.constraint) {
         Value& value = values_[static_cast<std::size_t>(e)];
-        if (!hasEmptyDomain_ && !std::isnan(value.asDouble())) continue;
+        if (!mustReadZero && !std::isnan(value.asDouble())) continue;
         const bool isDouble = model_.isDouble[static_cast<std::size_t>(e)] != 0;
         value = isDouble ? Value::ofDouble(0.0) : Value::ofInt(0);
     }
@@ -64,7 +74,7 @@ const Verdict& Solution::verdict() const {
 Value Solution::valueOf(ExpressionIndex e) const {
     const auto k = static_cast<std::size_t>(e);
     const DecisionIndex d = model_.decisionOf[k];
-    if (!hasEmptyDomain_ && d >= 0) return current_.point[static_cast<std::size_t>(d)];
+    if (!mayMisread_ && d >= 0) return current_.point[static_cast<std::size_t>(d)];
     judgeIfNeeded();
     return values_[k];
 }

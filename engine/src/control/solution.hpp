@@ -39,8 +39,9 @@ public:
 
     /// Value of any expression but an array. Decisions and constants need no evaluation.
     ///
-    /// While some decision's domain is empty no point satisfies the model: every added constraint
-    /// then reads 0, whatever its operands read. A constraint that is not a number reads 0 too.
+    /// While some decision's domain is empty, or an objective is not a number although all
+    /// constraints hold, the point is not feasible: every added constraint then reads 0, whatever
+    /// its operands read. A constraint that is not a number reads 0 too.
     [[nodiscard]] Value valueOf(ExpressionIndex e) const;
 
     /// Records the proof that no feasible point exists. Without effect, and false, when the current
@@ -60,6 +61,7 @@ private:
     const ClosedModel& model_;
     Incumbent current_;  ///< the verdict in it is a claim; `verdict_` is the judge's
     bool hasEmptyDomain_ = false;
+    bool mayMisread_ = false;  ///< a decision may be a constraint that reads 0 by rule
     bool isInconsistent_ = false;
     bool isOptimal_ = false;
     // Filled when first asked after a change of the point.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cassert>
+#include <cmath>
 #include <cstdint>
 #include <functional>
 
@@ -210,6 +211,14 @@ void Evaluator::commit() {
     sumLog_.clear();
     distanceLog_.clear();
     ++segment_;
+}
+
+std::size_t Evaluator::nbUndefinedObjectives() const {
+    std::size_t nbUndefined = 0;
+    for (const Objective& o : plan_.model().objective) {
+        if (std::isnan(valueOf(o.expression).asDouble())) ++nbUndefined;
+    }
+    return nbUndefined;
 }
 
 }  // namespace engine

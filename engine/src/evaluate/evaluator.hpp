@@ -73,6 +73,16 @@ public:
     /// Violation of every constraint, by the plan's entries, in the relation's own scale.
     [[nodiscard]] ViolationLedger& ledger() { return ledger_; }
     [[nodiscard]] const ViolationLedger& ledger() const { return ledger_; }
+    /// Objectives that are not a number. O(objectives).
+    [[nodiscard]] std::size_t nbUndefinedObjectives() const;
+    /// Do all constraints hold, and is every objective a number? O(objectives).
+    [[nodiscard]] bool isFeasible() const {
+        return ledger_.violated().empty() && nbUndefinedObjectives() == 0;
+    }
+    /// Sum of the violations; an undefined objective is as far away as can be. 0 when feasible.
+    [[nodiscard]] double violation() const {
+        return ledger_.total() + farAway * static_cast<double>(nbUndefinedObjectives());
+    }
 
 private:
     static constexpr ExpressionIndex none = -1;

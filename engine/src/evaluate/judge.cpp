@@ -15,7 +15,6 @@ bool isNan(Value v) {
 
 /// 1: `a` is better, -1: `b` is, 0: equally good.
 int compareObjective(bool maximise, Value a, Value b) {
-    if (isNan(a) || isNan(b)) return static_cast<int>(isNan(b)) - static_cast<int>(isNan(a));
     return maximise ? compare(a, b) : compare(b, a);
 }
 
@@ -39,6 +38,7 @@ Verdict judge(const ClosedModel& model, const Point& point, std::vector<Value>& 
     verdict.objectives.reserve(model.objective.size());
     for (const Objective& o : model.objective) {
         verdict.objectives.push_back(values[static_cast<std::size_t>(o.expression)]);
+        if (isNan(verdict.objectives.back())) verdict.feasible = false;
     }
     return verdict;
 }

@@ -7,7 +7,7 @@
 namespace engine {
 
 /// What a point is worth: whether every constraint holds (relations within the engine's
-/// tolerance), and the objectives' values by priority. A NaN objective is the worst value.
+/// tolerance) and every objective is a number, and the objectives' values by priority.
 struct Verdict {
     bool feasible = false;
     std::vector<Value> objectives;

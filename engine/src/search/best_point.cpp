@@ -13,7 +13,7 @@ bool isPreferred(const ClosedModel& model, const Incumbent& a, const Incumbent& 
 }  // namespace
 
 void BestPoint::offer(const Point& point, const Evaluator& evaluator) {
-    Incumbent offered{point, judge(model_, point, values_), evaluator.ledger().total()};
+    Incumbent offered{point, judge(model_, point, values_), evaluator.violation()};
     if (isFirst_ || isPreferred(model_, offered, confirmed_)) confirmed_ = std::move(offered);
     claimed_ = confirmed_;
     hasClaim_ = isFirst_ = false;
@@ -40,8 +40,8 @@ void BestPoint::noteAllMoved() {
 }
 
 bool BestPoint::claim(const Evaluator& evaluator) {
-    candidate_.feasible = evaluator.ledger().violated().empty();
-    const double violation = evaluator.ledger().total();
+    candidate_.feasible = evaluator.isFeasible();
+    const double violation = evaluator.violation();
     if (!candidate_.feasible && (claimed_.verdict.feasible || violation >= claimed_.violation)) {
         return false;
     }

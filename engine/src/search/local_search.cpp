@@ -103,7 +103,7 @@ void LocalSearch::iterate() {
     const std::int64_t patience =
         500 + iterationsPerDecision * static_cast<std::int64_t>(movable_.size());
     if (++sinceProgress_ > patience) restart();
-    sinceFeasible_ = evaluator_.ledger().violated().empty() ? 0 : sinceFeasible_ + 1;
+    sinceFeasible_ = evaluator_.isFeasible() ? 0 : sinceFeasible_ + 1;
 
     const std::optional<Wish> wish = makeWish();
     if (!wish) return;
@@ -129,9 +129,12 @@ void LocalSearch::iterate() {
 std::optional<LocalSearch::Wish> LocalSearch::makeWish() {
     const auto& violated = evaluator_.ledger().violated();
     constexpr double objectiveShare = 0.1;
-    const bool wantsObjective =
-        cut_.isActive() && (violated.empty() || random_.chance(objectiveShare));
-    if (wantsObjective) {
+    const bool mayWantObjective = violated.empty() || random_.chance(objectiveShare);
+    if (mayWantObjective && !cut_.isActive()) {
+        // Any number does.
+        if (const auto e = cut_.undefinedObjective()) return Wish{*e, Goal::ofNumber(1.0, 0)};
+    }
+    if (mayWantObjective && cut_.isActive()) {
         // The objective's promising steps differ by orders of magnitude and change as it goes.
         const double relative = powerOfTen(1.0 - 6.0 * random_.unit());
         return Wish{cut_.expression(), cut_.improvement(relative)};

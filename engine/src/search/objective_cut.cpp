@@ -36,9 +36,11 @@ double ObjectiveCut::stepOf(std::size_t level, double relative) const {
 }
 
 double ObjectiveCut::weighted() const {
-    if (!isActive()) return 0.0;
+    if (!hasBest_) {
+        return weight_ * farAway * static_cast<double>(evaluator_.nbUndefinedObjectives());
+    }
     double total = 0.0;
-    for (std::size_t l = 0; l <= level_; ++l) {
+    for (std::size_t l = 0; l < best_.size() && l <= level_; ++l) {
         const double sign = objective_[l].maximise ? -1.0 : 1.0;
         double gap = sign * (currentOf(l) - best_[l]);
         if (l == level_) gap += stepOf(l, ambition_);
@@ -47,6 +49,13 @@ double ObjectiveCut::weighted() const {
         total += std::clamp(gap / scale_[l], 0.0, farAway);
     }
     return weight_ * total;
+}
+
+std::optional<ExpressionIndex> ObjectiveCut::undefinedObjective() const {
+    for (std::size_t l = 0; l < objective_.size(); ++l) {
+        if (std::isnan(currentOf(l))) return objective_[l].expression;
+    }
+    return std::nullopt;
 }
 
 ExpressionIndex ObjectiveCut::expression() const {

@@ -13,7 +13,8 @@ namespace engine {
 ///
 /// One level is active: the objectives of higher priority must be as good as in the best point,
 /// the active one better by the ambition; those of lower priority do not count. Without a feasible
-/// point nothing is asked. Owned by one search; reads its evaluator.
+/// point all that is asked is that every objective is a number. Owned by one search; reads its
+/// evaluator.
 class ObjectiveCut {
 public:
     explicit ObjectiveCut(const Evaluator& evaluator);
@@ -31,10 +32,13 @@ public:
     /// How much better the active objective shall become, relative to its size.
     void setAmbition(double relative) { ambition_ = relative; }
 
-    /// Weighted violation of the cut at the evaluator's point; 0 while not active.
+    /// Weighted violation of the cut at the evaluator's point.
     [[nodiscard]] double weighted() const;
     [[nodiscard]] double weight() const { return weight_; }
     void setWeight(double weight) { weight_ = weight; }
+
+    /// An objective that is not a number at the evaluator's point, if there is one.
+    [[nodiscard]] std::optional<ExpressionIndex> undefinedObjective() const;
 
     /// The active objective's expression, and the goal of bettering it by `relative` of its size.
     [[nodiscard]] ExpressionIndex expression() const;
