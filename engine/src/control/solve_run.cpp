@@ -28,6 +28,10 @@ constexpr std::int64_t treeTurnsPerSearchTurn = 9;
 /// What a move of the search is reckoned at.
 constexpr std::int64_t visitsPerMove = 2000;
 
+/// An objective this near its bound is as good as it gets: absolute, relative above 1. Bounds are
+/// rounded outward, so that a constant objective is not always equal to its own.
+constexpr double optimalityTolerance = 1e-9;
+
 /// What a node or pivot of proving is reckoned at: a sparse step sees a part of the model.
 std::int64_t visitsPerProofStep(const ClosedModel& model) {
     return 250 + static_cast<std::int64_t>(model.operand.size()) / 10;
@@ -116,12 +120,24 @@ void SolveRun::polish() {
 bool SolveRun::isFinished() {
     Solution& solution = context_.solution;
     const bool isFeasible = solution.claimed().verdict.feasible && solution.verdict().feasible;
-    if (isFeasible && context_.model.objective.empty()) solution.proveOptimal();
+    if (isFeasible && !solution.isProved() && cannotImprove()) solution.proveOptimal();
     return solution.isProved() || isThresholdReached();
 }
 
 bool SolveRun::isThresholdReached() {
     const auto& thresholds = context_.parameters.thresholds;
+bool SolveRun::cannotImprove() const {
+    const std::vector<Objective>& objectives = context_.model.objective;
+    const std::vector<double> bound = proof_ ? proof_->objectiveBound() : std::vector<double>();
+    if (bound.size() != objectives.size()) return false;
+    for (std::size_t k = 0; k < objectives.size(); ++k) {
+        const double value = context_.solution.verdict().objectives[k].asDouble();
+        const double tolerance = optimalityTolerance * std::max(1.0, std::abs(value));
+        if (!(std::abs(bound[k] - value) <= tolerance)) return false;
+    }
+    return true;
+}
+
     const auto isReached = [&](const Verdict& verdict) {
         if (!verdict.feasible) return false;
         bool isAnySet = false;

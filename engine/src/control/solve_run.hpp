@@ -48,6 +48,8 @@ private:
 
     void runPhase(const Phase& phase);
     [[nodiscard]] bool isFinished();
+    /// Do the objectives' bounds prove the current point, which is feasible, optimal?
+    [[nodiscard]] bool cannotImprove() const;
     [[nodiscard]] bool isThresholdReached();
     [[nodiscard]] bool isLimitReached(const Phase& phase) const;
     [[nodiscard]] std::int64_t iterationsLeft(const Phase& phase) const;

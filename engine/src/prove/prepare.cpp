@@ -77,6 +77,7 @@ public:
     Outcome outcome = Outcome::Open;
     std::string text;
     std::vector<Interval> domain;
+    std::vector<double> objectiveBound;
     ProofKind kind = ProofKind::Other;
 
 private:
@@ -109,6 +110,10 @@ void Proof::Course::propagate() {
         return conclude(Outcome::Inconsistent, "interval propagation");
     }
     domain = domainsOf(model_, propagator_);
+    for (const Objective& o : model_.objective) {
+        const Range range = propagator_.rangeOf(o.expression);
+        objectiveBound.push_back(o.maximise ? range.upper : range.lower);
+    }
 }
 
 /// The start and the start moved into the tightened domains, against the objectives' bounds.
@@ -178,6 +183,10 @@ const std::string& Proof::text() const {
 
 const std::vector<Interval>& Proof::domain() const {
     return course_->domain;
+}
+
+const std::vector<double>& Proof::objectiveBound() const {
+    return course_->objectiveBound;
 }
 
 ProofKind Proof::kind() const {

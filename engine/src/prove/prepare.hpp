@@ -61,6 +61,8 @@ public:
     [[nodiscard]] const std::string& text() const;  ///< one line: what proved it, empty when open
     /// [nbDecisions] tightened by propagation; empty before.
     [[nodiscard]] const std::vector<Interval>& domain() const;
+    /// [nbObjectives] no feasible point is better in the objective; empty before propagation.
+    [[nodiscard]] const std::vector<double>& objectiveBound() const;
     [[nodiscard]] ProofKind kind() const;
 
 private:

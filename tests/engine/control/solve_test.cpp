@@ -115,15 +115,46 @@ TEST(Solve, EndsByItselfOnlyWithAProof) {
                   ls_expr_get_int_value(inconsistent.get(), contradiction.row),
               0);
 
-    const SolverHandle free = makeSolver();
-    const int x = decision(free.get(), LS_OP_FLOAT, -10.0, 10.0);
-    const int wave = expression(free.get(), LS_OP_SIN, {x});
-    ls_add_constraint(free.get(),
-                      expression(free.get(), LS_OP_GEQ, {wave, constant(free.get(), 0.5)}));
-    closeWithLimits(free.get(), 100, noLimit);
-    ls_solve(free.get());
-    EXPECT_EQ(ls_get_solution_status(free.get()), LS_STATUS_OPTIMAL)
-        << "no objective: any point is";
+    for (const bool hasObjective : {false, true}) {
+        const SolverHandle free = makeSolver();
+        const int x = decision(free.get(), LS_OP_FLOAT, -10.0, 10.0);
+        const int wave = expression(free.get(), LS_OP_SIN, {x});
+        ls_add_constraint(free.get(),
+                          expression(free.get(), LS_OP_GEQ, {wave, constant(free.get(), 0.5)}));
+        const int fixed = decision(free.get(), LS_OP_FLOAT, 0.3, 0.3);
+        const int third = expression(free.get(), LS_OP_PROD, {fixed, constant(free.get(), 0.1)});
+        if (hasObjective) ls_add_objective(free.get(), third, LS_MAXIMIZE);
+        closeWithLimits(free.get(), 100, noLimit);
+        ls_solve(free.get());
+        EXPECT_EQ(ls_get_solution_status(free.get()), LS_STATUS_OPTIMAL) << "any feasible point is";
+    }
+}
+
+TEST(Solve, APointWhoseObjectiveIsUndefinedIsNotFeasible) {
+    struct Case {
+        int kind;
+        double upper;
+        std::int64_t nbIterations;
+        bool isFeasible;
+    };
+    for (const Case& c : {Case{LS_OP_FLOAT, 3.0, 500, false}, Case{LS_OP_INT, 3.0, 500, false},
+                          Case{LS_OP_FLOAT, 9.0, 0, false}, Case{LS_OP_FLOAT, 9.0, 900, true},
+                          Case{LS_OP_INT, 9.0, 900, true}}) {
+        const SolverHandle s = makeSolver();
+        const int bound = static_cast<int>(c.upper);
+        const int x = c.kind == LS_OP_INT ? decision(s.get(), LS_OP_INT, 0, bound)
+                                          : decision(s.get(), LS_OP_FLOAT, 0.0, c.upper);
+        const int row = expression(s.get(), LS_OP_LEQ, {x, constant(s.get(), 20.0)});
+        ls_add_constraint(s.get(), row);
+        ls_add_objective(s.get(), x, LS_MINIMIZE);
+        const int shifted = expression(s.get(), LS_OP_SUB, {x, constant(s.get(), 5)});
+        ls_add_objective(s.get(), expression(s.get(), LS_OP_LOG, {shifted}), LS_MINIMIZE);
+        closeWithLimits(s.get(), 100, c.nbIterations);
+        ls_set_double_objective_threshold(s.get(), 0, -1.0);
+        ls_solve(s.get());
+        EXPECT_EQ(ls_get_solution_status(s.get()) >= LS_STATUS_FEASIBLE, c.isFeasible) << c.upper;
+        EXPECT_EQ(ls_expr_get_int_value(s.get(), row), c.isFeasible ? 1 : 0) << c.upper;
+    }
 }
 
 TEST(Solve, OneSeedOneResultWhateverTheClockDoes) {
