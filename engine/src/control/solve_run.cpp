@@ -104,9 +104,10 @@ void SolveRun::runPhase(const Phase& phase) {
 
 void SolveRun::polish() {
     Solution& solution = context_.solution;
-    if (solution.isProved() || !solution.verdict().feasible) return;
+    if (!solution.verdict().feasible) return;
     const bool wasReached = isThresholdReached();
-    std::optional<Point> point = polished(context_.model, domain_, solution.point());
+    const bool wasProved = solution.isProved();
+    std::optional<Point> point = polished(context_.model, domain_, solution.point(), wasProved);
     if (!point) return;
     Incumbent before = solution.claimed();
     std::vector<Value> values;
@@ -115,6 +116,7 @@ void SolveRun::polish() {
     solution.replace(std::move(after));
     // A threshold that was reached only by the grace of the tolerance was reached all the same.
     if (wasReached && !isThresholdReached()) solution.replace(std::move(before));
+    if (wasProved) solution.proveOptimal();
 }
 
 bool SolveRun::isFinished() {
@@ -124,8 +126,6 @@ bool SolveRun::isFinished() {
     return solution.isProved() || isThresholdReached();
 }
 
-bool SolveRun::isThresholdReached() {
-    const auto& thresholds = context_.parameters.thresholds;
 bool SolveRun::cannotImprove() const {
     const std::vector<Objective>& objectives = context_.model.objective;
     const std::vector<double> bound = proof_ ? proof_->objectiveBound() : std::vector<double>();
@@ -138,6 +138,8 @@ bool SolveRun::cannotImprove() const {
     return true;
 }
 
+bool SolveRun::isThresholdReached() {
+    const auto& thresholds = context_.parameters.thresholds;
     const auto isReached = [&](const Verdict& verdict) {
         if (!verdict.feasible) return false;
         bool isAnySet = false;

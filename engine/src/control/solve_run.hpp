@@ -61,7 +61,7 @@ private:
     void acceptProof();
     /// Has the proof end with what it has in hand.
     void concludeProof();
-    /// Puts the current point, unless it is proved, well inside the tolerance.
+    /// Makes the current point rest less on the tolerance.
     void polish();
     void acceptOptimum(Incumbent claimed);
     void search(std::int64_t iterationsLeft);

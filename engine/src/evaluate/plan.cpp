@@ -98,16 +98,18 @@ double Plan::sizeOfCoefficients(ExpressionIndex e) const {
     return nbTerms == 0 ? 0.0 : std::sqrt(squares / static_cast<double>(nbTerms));
 }
 
+double Plan::scaleOfRelation(ExpressionIndex e) const {
+    double size = 0.0;
+    for (const ExpressionIndex side : model_.operandsOf(e)) {
+        size = std::max(size, sizeOfCoefficients(side));
+    }
+    return size > 0.0 && std::isfinite(size) ? size : 1.0;
+}
+
 void Plan::findScales() {
     scale_.reserve(logic_.size());
     for (const ExpressionIndex e : logic_) {
-        double size = 0.0;
-        if (isRelation(model_.operatorOf(e))) {
-            for (const ExpressionIndex side : model_.operandsOf(e)) {
-                size = std::max(size, sizeOfCoefficients(side));
-            }
-        }
-        scale_.push_back(size > 0.0 && std::isfinite(size) ? size : 1.0);
+        scale_.push_back(isRelation(model_.operatorOf(e)) ? scaleOfRelation(e) : 1.0);
     }
 }
 

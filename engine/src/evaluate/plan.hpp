@@ -49,6 +49,8 @@ public:
     [[nodiscard]] double scaleOf(std::int32_t logicIndex) const {
         return scale_[static_cast<std::size_t>(logicIndex)];
     }
+    /// The same unit for any relation, also one without a distance.
+    [[nodiscard]] double scaleOfRelation(ExpressionIndex e) const;
     /// Root mean square of the coefficients of a sum's terms, 1 for other expressions that a
     /// decision can change, 0 for those that none can.
     [[nodiscard]] double sizeOfCoefficients(ExpressionIndex e) const;

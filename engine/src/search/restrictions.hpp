@@ -34,6 +34,11 @@ struct Restriction {
 /// are left out, and so are those that no decision can change.
 std::vector<Restriction> restrictionsAt(const Evaluator& evaluator);
 
+/// What keeps every piece that the point `values` [nbExpressions] lies on: the relations that stand
+/// inside other expressions keep their truth, without the help of the tolerance where it could
+/// help, and what is rounded keeps its whole value. Relations between integers are left out.
+std::vector<Restriction> guardsAt(const Plan& plan, std::span<const Value> values);
+
 /// The expressions that the restrictions compare.
 std::vector<ExpressionIndex> sidesOf(std::span<const Restriction> restrictions);
 

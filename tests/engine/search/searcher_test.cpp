@@ -372,11 +372,83 @@ TEST(Polish, MeetsEquationsMoreTightlyThanTheToleranceAsks) {
     b.minimise(x);
     const ClosedModel model = b.close();
     const auto point = [](double level) { return Point{Value::ofDouble(level), Value::ofInt(3)}; };
-    const auto tight = polished(model, model.domain, point(0.5));
+    const auto tight = polished(model, model.domain, point(0.5), /*isProved=*/false);
     ASSERT_TRUE(tight);
     EXPECT_NEAR((*tight)[0].asDouble(), 1.0, 1e-9);
     EXPECT_EQ((*tight)[1].asInt(), 3);
-    EXPECT_FALSE(polished(model, model.domain, point(1.0))) << "nothing to gain";
+    EXPECT_FALSE(polished(model, model.domain, point(1.0), /*isProved=*/false))
+        << "nothing to gain";
+}
+
+struct PolishCase {
+    const char* what;
+    const char* text;
+    std::vector<double> start;
+    /// Ranges of the levels afterwards; none when the point is to stay.
+    std::vector<Interval> result;
+};
+
+TEST(Polish, KeepsThePiecesOfConditionsAndRoundings) {
+    const std::string two = "x: real 0.0 10.0; y: real 0.0 10.0;";
+    const PolishCase cases[] = {
+        {"a row is met without crossing a condition in the objective",
+         "geq(sum(x,y),8.0); minimise sum(if(geq(x,3.0),prod(2.0,x),y),dist(y,4.0));",
+         {2.99999, 5.000002},
+         {{2.9999, 2.99999701}, {5.000003, 5.0001}}},
+        {"a row is met without leaving a floor",
+         "leq(sum(x,y),8.0); maximise floor(y);",
+         {3.000007, 5.0},
+         {{2.99999, 3.000000001}, {5.0, 5.0001}}},
+        {"a row is met without leaving a rounding",
+         "geq(sum(x,y),8.0); minimise round(y);",
+         {2.499994, 5.4999999},
+         {{2.49, 2.51}, {5.4, 5.49999999999}}},
+        {"a row that cannot be met without a jump",
+         "leq(x,4.999998); maximise floor(x);",
+         {5.0, 0.0},
+         {}},
+        {"neither can a ceiling be left", "geq(x,5.000002); minimise ceil(x);", {5.0, 0.0}, {}},
+        {"nor an element",
+         "a = array(0.0,1.0,2.0); leq(x,1.999999); maximise at(a,x);",
+         {2.0, 0.0},
+         {}},
+        {"an inequality inside holds without tolerance",
+         "or(geq(x,3.0),geq(y,5.0)); minimise x;",
+         {2.999998, 1.0},
+         {{3.0, 3.00000001}, {1.0, 1.0}}},
+        {"so does one that must not hold",
+         "not(gt(sum(x,prod(3.0,y)),3.0)); maximise sum(x,y);",
+         {3.000002, 0.0},
+         {{2.99999, 3.0}, {0.0, 1e-9}}},
+        {"an equation inside holds to the last bit",
+         "or(eq(x,3.1),gt(x,9.0)); minimise y;",
+         {3.100002, 0.0},
+         {{3.1, 3.1}, {0.0, 0.0}}},
+        {"what holds exactly stays", "or(geq(x,3.0),geq(y,5.0)); minimise x;", {3.0, 0.0}, {}},
+    };
+    for (const PolishCase& c : cases) {
+        const ClosedModel model = testing::ModelText(two + c.text).model;
+        const Point start{Value::ofDouble(c.start[0]), Value::ofDouble(c.start[1])};
+        std::vector<Value> values;
+        ASSERT_TRUE(judge(model, start, values).feasible) << c.what;
+        const auto point = polished(model, model.domain, start, /*isProved=*/false);
+        ASSERT_EQ(point.has_value(), !c.result.empty()) << c.what;
+        for (std::size_t d = 0; d < c.result.size(); ++d) {
+            EXPECT_GE((*point)[d].asDouble(), c.result[d].lower) << c.what;
+            EXPECT_LE((*point)[d].asDouble(), c.result[d].upper) << c.what;
+        }
+    }
+}
+
+TEST(Polish, CostsAnOptimumNothingButExactness) {
+    const auto isMoved = [](const char* text, double level) {
+        const ClosedModel model = testing::ModelText(text).model;
+        return polished(model, model.domain, {Value::ofDouble(level)}, /*isProved=*/true)
+            .has_value();
+    };
+    EXPECT_FALSE(isMoved("x: real 0.0 9.0; geq(x,3.0); minimise x;", 2.999998));
+    EXPECT_TRUE(isMoved("x: real 0.0 9.0; geq(x,3.0); minimise 1;", 2.999998));
+    EXPECT_TRUE(isMoved("x: real 0.0 9.0; or(geq(x,3.0),gt(x,8.0)); minimise x;", 2.999998));
 }
 
 TEST(Searcher, MovesAStartIntoTheDomainAndBearsDegenerateModels) {
