@@ -6,8 +6,9 @@
 namespace norv {
 
 std::int32_t Instance::nbDiscrete() const noexcept {
-    const auto nbContinuous = std::count(variables.types.begin(), variables.types.end(),
-                                         hostapi::variable_type::continuous);
+    const Array<std::int32_t>& types = typesForLink.empty() ? variables.types : typesForLink;
+    const auto nbContinuous =
+        std::count(types.begin(), types.end(), hostapi::variable_type::continuous);
     return nbVariables() - static_cast<std::int32_t>(nbContinuous);
 }
 

@@ -10,6 +10,7 @@
 #include "model/sparse.hpp"
 #include "nonlinear/evaluator.hpp"
 #include "norv/model.hpp"
+#include "norv/special_ordered_set.hpp"
 
 namespace norv {
 
@@ -37,6 +38,9 @@ struct Instance {
     SparseColumns columns;    ///< without the objective
     QuadraticRows quadratic;  ///< with the objective
 
+    Array<SpecialOrderedSet> sets;
+    Array<std::int32_t> typesForLink;  ///< [nbVariables] with 3 or 4 for members; or empty: no sets
+
     Array<InstructionList> lists;
     Array<std::int32_t> listOfRow;  ///< [nbRows + 1] position in `lists` or -1; or empty
     std::int32_t sizeOfLargestList = 0;
@@ -52,7 +56,11 @@ struct Instance {
     [[nodiscard]] std::int32_t nbVariables() const noexcept {
         return static_cast<std::int32_t>(variables.types.size());
     }
+    /// Variables that are not continuous to the link.
     [[nodiscard]] std::int32_t nbDiscrete() const noexcept;
+    [[nodiscard]] std::int32_t typeForLink(std::int32_t variable) const noexcept {
+        return typesForLink.empty() ? variables.types[variable] : typesForLink[variable];
+    }
     [[nodiscard]] std::int32_t objective() const noexcept { return nbRows(); }
 
     /// Null when the row has none. @param row  0 to nbRows, the last one for the objective.

@@ -88,6 +88,9 @@ bool Model::isUsed(std::int32_t variable) const {
 std::int32_t Model::rowType(std::int32_t row) const {
     return record->instance.rows.types[checkedRow(record->instance, row)];
 }
+std::span<const SpecialOrderedSet> Model::specialOrderedSets() const noexcept {
+    return record->instance.sets;
+}
 double Model::rightHandSide(std::int32_t row) const {
     return record->instance.rows.rightHandSides[checkedRow(record->instance, row)];
 }
@@ -103,6 +106,14 @@ std::span<const double> Model::levels() const noexcept {
 }
 void Model::setLevel(std::int32_t variable, double level) {
     record->solution.levels[checkedVariable(record->instance, variable)] = level;
+}
+
+void Model::takeResults(const Model& other) {
+    if (other.nbVariables() < nbVariables())
+        throw std::invalid_argument("results are taken from a model with the same variables");
+    const std::size_t nbOwn = record->solution.levels.size();
+    record->solution = other.record->solution;
+    record->solution.levels.resize(nbOwn);
 }
 
 std::int32_t Model::modelStatus() const noexcept {

@@ -71,7 +71,9 @@ struct ModelBuilder::Draft {
     void appendTwins();
     void copyIntoTwins(const Array<std::int32_t>& twinOf);
     void compressEntries();
+    void checkSums() const;
     void installLists();
+    void typeMembers();
 };
 
 /// Gives every range row its second row.
@@ -136,6 +138,40 @@ void ModelBuilder::Draft::compressEntries() {
     instance.columns = transpose(instance.entries, instance.nbRows(), instance.nbVariables());
 }
 
+/// Coefficients are finite one by one; their sums need not be.
+void ModelBuilder::Draft::checkSums() const {
+    const auto isInfinite = [](double value) { return !std::isfinite(value); };
+    const auto refuseIn = [&](const auto& starts, auto position,
+                              const Array<std::int32_t>& variables) {
+        const auto after = std::upper_bound(starts.begin(), starts.end(), position);
+        const auto row = static_cast<std::int32_t>(after - starts.begin()) - 1;
+        refuse("the coefficients of " + instance.variableNames.nameOf(variables[position]) +
+               " in " +
+               (row == instance.objective() ? "the objective"
+                                            : "row " + instance.rowNames.nameOf(row)) +
+               " add up beyond double precision");
+    };
+    const SparseRows& linear = instance.entries;
+    const auto found = std::find_if(linear.values.begin(), linear.values.end(), isInfinite);
+    if (found != linear.values.end())
+        refuseIn(linear.starts, found - linear.values.begin(), linear.variables);
+    // Doubled, because that is how the link will see a diagonal entry.
+    const QuadraticRows& squares = instance.quadratic;
+    const auto square = std::find_if(squares.values.begin(), squares.values.end(),
+                                     [&](double value) { return isInfinite(2.0 * value); });
+    if (square != squares.values.end())
+        refuseIn(squares.starts, square - squares.values.begin(), squares.first);
+}
+
+/// A member of several sets is seen as one of the first.
+void ModelBuilder::Draft::typeMembers() {
+    if (instance.sets.empty()) return;
+    instance.typesForLink = instance.variables.types;
+    for (auto set = instance.sets.rbegin(); set != instance.sets.rend(); ++set) {
+        for (const std::int32_t member : set->members) instance.typesForLink[member] = set->type;
+    }
+}
+
 /// Numbers the lists by row and moves the linear terms of their variables into them.
 void ModelBuilder::Draft::installLists() {
     if (lists.empty()) return;
@@ -158,6 +194,8 @@ void ModelBuilder::Draft::installLists() {
 
 ModelBuilder::ModelBuilder() : draft(std::make_unique<Draft>()) {}
 ModelBuilder::~ModelBuilder() = default;
+ModelBuilder::ModelBuilder(const ModelBuilder& other)
+    : draft(std::make_unique<Draft>(*other.draft)) {}
 ModelBuilder::ModelBuilder(ModelBuilder&&) noexcept = default;
 ModelBuilder& ModelBuilder::operator=(ModelBuilder&&) noexcept = default;
 
@@ -260,6 +298,29 @@ std::int32_t ModelBuilder::addPoolConstant(double value) {
     return static_cast<std::int32_t>(draft->instance.pool.size());
 }
 
+void ModelBuilder::addSpecialOrderedSet(SpecialOrderedSet set) {
+    const bool isType = set.type == hostapi::variable_type::specialOrdered1 ||
+                        set.type == hostapi::variable_type::specialOrdered2;
+    if (!isType) refuse("there is no set type " + std::to_string(set.type));
+    std::vector<std::int32_t> sorted = set.members;
+    std::sort(sorted.begin(), sorted.end());
+    for (std::size_t k = 0; k < sorted.size(); ++k) {
+        draft->checkedVariable(sorted[k]);
+        if (k > 0 && sorted[k] == sorted[k - 1])
+            refuse("special ordered set \"" + set.name + "\" has variable " +
+                   std::to_string(sorted[k]) + " twice");
+    }
+    draft->instance.sets.push_back(std::move(set));
+}
+
+void ModelBuilder::removeSpecialOrderedSets() noexcept {
+    draft->instance.sets.clear();
+}
+
+std::int32_t ModelBuilder::nbSpecialOrderedSets() const noexcept {
+    return static_cast<std::int32_t>(draft->instance.sets.size());
+}
+
 void ModelBuilder::setSense(std::int32_t sense) {
     draft->instance.sense = sense;
 }
@@ -289,7 +350,9 @@ Model ModelBuilder::finish(const Environment& environment) {
     const std::unique_ptr<Draft> done = std::exchange(draft, std::make_unique<Draft>());
     done->appendTwins();
     done->compressEntries();
+    done->checkSums();
     done->installLists();
+    done->typeMembers();
     Instance& instance = done->instance;
     for (std::int32_t j = 0; j < instance.nbVariables(); ++j) {
         const Variables& variables = instance.variables;

@@ -25,7 +25,7 @@ std::int64_t nextVisible(const ModelRecord& model, std::int64_t k, std::int64_t 
 
 std::int32_t nmoGetVarTypeOne(ModelHandle nmo, std::int32_t variable) {
     return guarded(__func__, nmo, noIndex, [variable](ModelRecord& m) {
-        return m.instance.variables.types[m.variableAt(variable)];
+        return m.instance.typeForLink(m.variableAt(variable));
     });
 }
 

@@ -8,6 +8,7 @@
 #include "hostapi/handles.hpp"
 #include "norv/export.hpp"
 #include "norv/leniency.hpp"
+#include "norv/special_ordered_set.hpp"
 
 namespace norv {
 
@@ -49,11 +50,13 @@ public:
     [[nodiscard]] std::int32_t sense() const noexcept;
     [[nodiscard]] std::int32_t modelType() const noexcept;
 
+    /// The variable's own type, hostapi::variable_type, whatever sets it is a member of.
     [[nodiscard]] std::int32_t variableType(std::int32_t variable) const;
     [[nodiscard]] double lower(std::int32_t variable) const;
     [[nodiscard]] double upper(std::int32_t variable) const;
     /// Does the variable occur in the objective, or in a row that is not free?
     [[nodiscard]] bool isUsed(std::int32_t variable) const;
+    [[nodiscard]] std::span<const SpecialOrderedSet> specialOrderedSets() const noexcept;
     [[nodiscard]] std::int32_t rowType(std::int32_t row) const;
     [[nodiscard]] double rightHandSide(std::int32_t row) const;
     /// The name given, or "x1", "x2", … where there is none.
@@ -64,6 +67,9 @@ public:
     /// [nbVariables] Projected on the bounds at first, later as the link wrote them.
     [[nodiscard]] std::span<const double> levels() const noexcept;
     void setLevel(std::int32_t variable, double level);
+
+    /// Levels, statuses and statistics of a model that begins with this one's variables.
+    void takeResults(const Model& other);
 
     /// Statuses and statistics, 0 until someone sets them; see hostapi/codes.hpp for values.
     [[nodiscard]] std::int32_t modelStatus() const noexcept;

@@ -8,6 +8,7 @@
 #include "norv/environment.hpp"
 #include "norv/export.hpp"
 #include "norv/model.hpp"
+#include "norv/special_ordered_set.hpp"
 
 namespace norv {
 
@@ -25,6 +26,8 @@ class NORV_API ModelBuilder {
 public:
     ModelBuilder();
     ~ModelBuilder();
+    ModelBuilder(const ModelBuilder& other);  ///< may go its own way from there
+    ModelBuilder& operator=(const ModelBuilder&) = delete;
     ModelBuilder(ModelBuilder&&) noexcept;
     ModelBuilder& operator=(ModelBuilder&&) noexcept;
 
@@ -70,6 +73,12 @@ public:
     /// @return its entry number for the fields, from 1.
     std::int32_t addPoolConstant(double value);
 
+    /// Adds a special ordered set. Its members keep their types and bounds; the link sees them as
+    /// of type 3 or 4.
+    /// @param set  members are variables, none twice.
+    void addSpecialOrderedSet(SpecialOrderedSet set);
+    void removeSpecialOrderedSets() noexcept;
+
     void setSense(std::int32_t sense);           ///< hostapi::objective_sense; at first minimise
     void setObjectiveConstant(double constant);  ///< at first 0
     void setModelType(std::int32_t type);        ///< the host's code; at first 0, no type stated
@@ -77,10 +86,13 @@ public:
 
     [[nodiscard]] std::int32_t nbRows() const noexcept;
     [[nodiscard]] std::int32_t nbVariables() const noexcept;
+    [[nodiscard]] std::int32_t nbSpecialOrderedSets() const noexcept;
 
     /// Compresses the instance. O(rows + variables + entries), but O(q log q) for the quadratic
     /// ones. The builder is empty afterwards.
     /// @param environment  must outlive the model.
+    /// @throws std::invalid_argument when coefficients that were added up exceed double precision,
+    /// naming row and variable; the builder is empty then too.
     [[nodiscard]] Model finish(const Environment& environment);
 
 private:
