@@ -138,7 +138,8 @@ double MpsParser::upperOf(std::string_view field) const {
 }
 
 void MpsParser::finishBounds() {
-    std::size_t nbUnboundedIntegers = 0;
+    std::size_t nbOpenIntegers = 0;
+    std::string_view firstOpenInteger;
     for (std::size_t j = 0; j < instance_.columns.size(); ++j) {
         MpsColumn& column = instance_.columns[j];
         const ColumnState& state = columnStates_[j];
@@ -153,12 +154,16 @@ void MpsParser::finishBounds() {
         if (column.kind == MpsColumnKind::binary && !fitsBinary) {
             column.kind = MpsColumnKind::integer;
         }
-        nbUnboundedIntegers +=
-            column.kind == MpsColumnKind::integer && !state.lowerGiven && !state.upperGiven;
+        if (column.kind != MpsColumnKind::integer || state.lowerGiven || state.upperGiven) continue;
+        if (nbOpenIntegers++ == 0) firstOpenInteger = column.name;
+        column.upper = settings_.integerUpper;
     }
-    if (nbUnboundedIntegers > 0) {
-        instance_.warnings.push_back(text_.path() + ": " + std::to_string(nbUnboundedIntegers) +
-                                     " integer columns have no bounds: 0 and infinity are taken");
+    if (nbOpenIntegers > 0 && settings_.integerUpper == MpsSettings().integerUpper) {
+        instance_.warnings.push_back(
+            text_.path() + ": integer columns without bounds, " + std::to_string(nbOpenIntegers) +
+            " from " + quoted(firstOpenInteger) +
+            " on: the file format leaves it open, 0 and 1 are taken; with a bound PL, or with "
+            "--intorg-upper=inf for all, 0 and infinity");
     }
 }
 

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "readers/read_error.hpp"
+
 namespace norv {
 
 /// An .mps file as it was understood, before a model is built from it. Names are views into the
@@ -34,8 +36,6 @@ enum class MpsColumnKind : std::uint8_t {
     integer,
     semiContinuous,
     semiInteger,
-    specialOrdered1,
-    specialOrdered2,
 };
 
 struct MpsColumn {
@@ -58,6 +58,25 @@ struct MpsQuadraticTerm {
     double coefficient;
 };
 
+struct MpsSetMember {
+    std::int32_t column;
+    double weight;
+    Place place;
+};
+
+/// A special ordered set.
+struct MpsSet {
+    std::string_view name;
+    std::int32_t type;                  ///< 1 or 2
+    std::vector<MpsSetMember> members;  ///< by ascending weight, none twice
+};
+
+/// What the file format leaves open.
+struct MpsSettings {
+    /// Of integer columns between markers that have no bound at all. Most programs take 1.
+    double integerUpper = 1.0;
+};
+
 struct MpsInstance {
     static constexpr std::int32_t noRow = -1;
 
@@ -75,6 +94,7 @@ struct MpsInstance {
     std::vector<std::size_t> columnStarts;
     /// Sorted by row, first, second; each pair once.
     std::vector<MpsQuadraticTerm> quadraticTerms;
+    std::vector<MpsSet> sets;
     /// What was read but not taken as it stands, "file:line:column: ...".
     std::vector<std::string> warnings;
 };

@@ -22,6 +22,7 @@ constexpr std::pair<std::string_view, MpsSection> keywords[] = {
     {"QMATRIX", MpsSection::quadraticMatrix},
     {"QCMATRIX", MpsSection::quadraticConstraint},
     {"SOS", MpsSection::specialOrdered},
+    {"SETS", MpsSection::specialOrdered},
     {"SOS1", MpsSection::specialOrdered1},
     {"SOS2", MpsSection::specialOrdered2},
     {"ENDATA", MpsSection::end},

@@ -21,8 +21,8 @@ enum class MpsSection {
     quadraticTriangle,    ///< QSECTION: the same for a named row
     quadraticMatrix,      ///< QMATRIX: both triangles, with the factor 1/2
     quadraticConstraint,  ///< QCMATRIX: both triangles of a named row, without a factor
-    specialOrdered,
-    specialOrdered1,
+    specialOrdered,       ///< SOS, SETS: lines S1 and S2 open a set
+    specialOrdered1,      ///< SOS1: of type 1 without such lines
     specialOrdered2,
     end,
 };

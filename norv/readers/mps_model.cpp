@@ -1,5 +1,7 @@
 #include "readers/mps_model.hpp"
 
+#include <utility>
+
 #include "hostapi/codes.hpp"
 
 namespace norv {
@@ -29,10 +31,6 @@ std::int32_t variableTypeOf(const MpsColumn& column) {
             return hostapi::variable_type::semiContinuous;
         case MpsColumnKind::semiInteger:
             return hostapi::variable_type::semiInteger;
-        case MpsColumnKind::specialOrdered1:
-            return hostapi::variable_type::specialOrdered1;
-        case MpsColumnKind::specialOrdered2:
-            return hostapi::variable_type::specialOrdered2;
         case MpsColumnKind::integer:
             break;
     }
@@ -71,6 +69,14 @@ void buildModel(const MpsInstance& instance, ModelBuilder& builder) {
     }
     for (const MpsQuadraticTerm& term : instance.quadraticTerms) {
         builder.addQuadratic(rowOf(term.row), term.first, term.second, term.coefficient);
+    }
+    for (const MpsSet& each : instance.sets) {
+        SpecialOrderedSet set = {each.type == 1 ? hostapi::variable_type::specialOrdered1
+                                                : hostapi::variable_type::specialOrdered2,
+                                 std::string(each.name),
+                                 {}};
+        for (const MpsSetMember& member : each.members) set.members.push_back(member.column);
+        builder.addSpecialOrderedSet(std::move(set));
     }
     builder.setSense(instance.maximise ? hostapi::objective_sense::maximise
                                        : hostapi::objective_sense::minimise);

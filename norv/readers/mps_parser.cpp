@@ -41,13 +41,13 @@ void refuseNullBytes(const InputText& text) {
 
 }  // namespace
 
-MpsInstance readMps(const InputText& text) {
+MpsInstance readMps(const InputText& text, const MpsSettings& settings) {
     refuseNullBytes(text);
-    return MpsParser(text, recogniseMpsLayout(text.text())).parse();
+    return MpsParser(text, recogniseMpsLayout(text.text()), settings).parse();
 }
 
-MpsParser::MpsParser(const InputText& text, MpsLayoutFinding layout)
-    : text_(text), layout_(layout), lines_(text.text()) {}
+MpsParser::MpsParser(const InputText& text, MpsLayoutFinding layout, const MpsSettings& settings)
+    : text_(text), layout_(layout), settings_(settings), lines_(text.text()) {}
 
 MpsInstance MpsParser::parse() {
     while (section_ != MpsSection::end && lines_.next()) {
@@ -112,13 +112,9 @@ void MpsParser::enterSection(MpsSection section, std::string_view keyword, std::
             enterQuadratic(section, keyword, rest);
             return;
         case MpsSection::specialOrdered:
-            specialOrderedKind_ = MpsColumnKind::continuous;
-            break;
         case MpsSection::specialOrdered1:
-            specialOrderedKind_ = MpsColumnKind::specialOrdered1;
-            break;
         case MpsSection::specialOrdered2:
-            specialOrderedKind_ = MpsColumnKind::specialOrdered2;
+            openSet_ = {};
             break;
         case MpsSection::rows:
             hasRows_ = true;
@@ -203,6 +199,7 @@ void MpsParser::finish() {
     if (lines_.next()) warn(lines_.line(), "what follows ENDATA is not read");
     finishBounds();
     finishQuadratic();
+    finishSpecialOrdered();
     if (instance_.objective != MpsInstance::noRow) {
         const auto objective = static_cast<std::size_t>(instance_.objective);
         instance_.objectiveConstant = 0.0 - instance_.rows[objective].rightHandSide;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -19,7 +20,7 @@ namespace norv {
 /// named after the section it reads. The first fault leaves as ReadError.
 class MpsParser {
 public:
-    MpsParser(const InputText& text, MpsLayoutFinding layout);
+    MpsParser(const InputText& text, MpsLayoutFinding layout, const MpsSettings& settings);
     MpsInstance parse();
 
 private:
@@ -42,6 +43,13 @@ private:
         std::uint32_t upperLine = 0;  ///< of its upper bound
         bool lowerGiven = false;
         bool upperGiven = false;
+    };
+
+    /// The special ordered set that the next members belong to, the last of the instance's.
+    struct OpenSet {
+        bool isOpen = false;
+        bool hasHeader = false;  ///< an S1 or S2 line opened it
+        std::string_view label;  ///< what member lines may have in front, beside the set's name
     };
 
     struct QuadraticEntry {
@@ -98,6 +106,10 @@ private:
 
     // mps_special_ordered.cpp
     void parseSpecialOrdered(const MpsFields& fields);
+    void openSet(const MpsFields& fields);
+    void continueSet(std::string_view label);
+    void finishSpecialOrdered();
+    void checkMembers(MpsSet& set) const;
 
     // Shared: fields into numbers and indices, complaints.
     double numberOf(std::string_view field) const;
@@ -112,6 +124,7 @@ private:
 
     const InputText& text_;
     MpsLayoutFinding layout_;
+    MpsSettings settings_;
     MpsLines lines_;
     MpsFields fields_;  ///< of the current data line
     MpsInstance instance_;
@@ -136,7 +149,8 @@ private:
 
     std::vector<QuadraticEntry> quadratic_;
     std::vector<std::int32_t> quadraticRows_;  ///< rows that had a quadratic section
-    MpsColumnKind specialOrderedKind_ = MpsColumnKind::continuous;  ///< continuous: no set open
+    OpenSet openSet_;
+    std::set<std::string_view> labelledSets_;  ///< those that no S1 or S2 line opened
 };
 
 }  // namespace norv

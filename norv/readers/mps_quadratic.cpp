@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <tuple>
 
 #include "readers/mps_parser.hpp"
@@ -93,6 +94,12 @@ void MpsParser::addQuadraticPair(std::span<const QuadraticEntry> entries) {
     double coefficient = 0.0;
     for (const QuadraticEntry& each : entries) {
         coefficient += coefficientOf(each.section, isDiagonal, each.value);
+    }
+    // Doubled, because that is how the link will see a diagonal entry.
+    if (!std::isfinite(2.0 * coefficient)) {
+        throw ReadError(complaint(
+            text_.path(), entries.back().place,
+            "found a coefficient of " + pair + " beyond double precision, expected a finite one"));
     }
     instance_.quadraticTerms.push_back({entry.row, entry.first, entry.second, coefficient});
 }

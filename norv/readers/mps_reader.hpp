@@ -10,6 +10,6 @@ namespace norv {
 ///
 /// @param text  outlives the result, which refers to its names.
 /// Throws ReadError at the first fault.
-MpsInstance readMps(const InputText& text);
+MpsInstance readMps(const InputText& text, const MpsSettings& settings = {});
 
 }  // namespace norv

@@ -7,6 +7,7 @@
 
 #include "nonlinear/expression.hpp"
 #include "nonlinear/quadratic_form.hpp"
+#include "norv/special_ordered_set.hpp"
 #include "readers/nl_header.hpp"
 
 namespace norv {
@@ -55,11 +56,14 @@ struct NlInstance {
     std::vector<NlObjective> objectives;  ///< in file order; the first one counts
     LargeVector<NlEntry> entries;         ///< of the rows, in file order
     NlNames names;
+    std::vector<SpecialOrderedSet> sets;
     /// What was read but not taken as it stands, "file: ...".
     std::vector<std::string> warnings;
 
     /// The name given, or "e1", "e2", … (rows and logical rows count together) where there is none.
     [[nodiscard]] std::string rowName(std::int32_t row) const;
+    /// The name given, or "x1", "x2", … where there is none.
+    [[nodiscard]] std::string variableName(std::int32_t variable) const;
 };
 
 }  // namespace norv

@@ -86,6 +86,7 @@ void ModelMaker::make() {
     addRows();
     addLogicalRows();
     addObjective();
+    for (const SpecialOrderedSet& each : instance.sets) builder.addSpecialOrderedSet(each);
     builder.setWithNames(!instance.names.rows.empty() || !instance.names.variables.empty());
 }
 

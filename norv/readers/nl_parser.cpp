@@ -8,10 +8,22 @@
 
 namespace norv {
 
+namespace {
+
+std::string nameIn(const std::vector<std::string>& names, std::int32_t index, char initial) {
+    const auto k = static_cast<std::size_t>(index);
+    const bool isNamed = k < names.size() && !names[k].empty();
+    return isNamed ? names[k] : initial + std::to_string(index + 1);
+}
+
+}  // namespace
+
 std::string NlInstance::rowName(std::int32_t row) const {
-    const auto k = static_cast<std::size_t>(row);
-    const bool isNamed = k < names.rows.size() && !names.rows[k].empty();
-    return isNamed ? names.rows[k] : "e" + std::to_string(row + 1);
+    return nameIn(names.rows, row, 'e');
+}
+
+std::string NlInstance::variableName(std::int32_t variable) const {
+    return nameIn(names.variables, variable, 'x');
 }
 
 NlParser::NlParser(const InputText& file, NlNames names)
@@ -39,6 +51,7 @@ NlInstance NlParser::parse() {
         readSegment(kind);
     }
     checkCounts();
+    instance.sets = specialOrdered.sets(instance);
     if (header.nbObjectives > 1) {
         instance.warnings.push_back(instance.path + ": found " +
                                     std::to_string(header.nbObjectives) +
@@ -123,19 +136,36 @@ void NlParser::readObjective() {
     if (k == 0) expressions.refuseForeign(objective.expression, "the objective");
 }
 
-/// Suffixes tell solvers more than the host has a place for.
+/// Suffixes tell solvers more than the host has a place for, but for special ordered sets.
 void NlParser::readSuffix() {
+    constexpr std::int32_t kindMask = 3;  // 0: variables
+    constexpr std::int32_t realFlag = 4;
     const std::int32_t flags = input.integerWithin(0, 15, "the kind of a suffix");
     const std::int32_t nbValues = input.count(0, "a count of values");
-    input.word("the name of a suffix");
+    const std::string_view name = input.word("the name of a suffix");
+    const std::int32_t nbVariables = instance.header.nbVariables;
+    std::vector<double>* const values =
+        (flags & kindMask) == 0 ? specialOrdered.valuesOf(name, nbVariables) : nullptr;
+    if (values == nullptr && name == "sosno") {
+        instance.warnings.push_back(instance.path + ": found suffix sosno on items that are no " +
+                                    "variables, it has no effect");
+    }
     for (std::int32_t k = 0; k < nbValues; ++k) {
-        input.integer("the number of an item");
-        if ((flags & 4) != 0) {
-            input.number("a value");
+        const bool isReal = (flags & realFlag) != 0;
+        if (values == nullptr) {
+            input.integer("the number of an item");
+            readSuffixValue(isReal, /*hasUse=*/false);
         } else {
-            input.integer("a value");
+            const std::int32_t j =
+                input.integerWithin(0, nbVariables - 1, "the number of a variable");
+            (*values)[static_cast<std::size_t>(j)] = readSuffixValue(isReal, /*hasUse=*/true);
         }
     }
+}
+
+double NlParser::readSuffixValue(bool isReal, bool hasUse) {
+    if (!isReal) return input.integer("a value");
+    return hasUse ? input.finiteNumber("a finite value") : input.number("a value");
 }
 
 void NlParser::readStartingPoint(bool isPrimal) {
@@ -227,10 +257,22 @@ void NlParser::readRowEntries() {
     const std::int32_t row = input.integerWithin(0, header.nbRows - 1, "the number of a row");
     const std::int32_t nbEntries = input.count(0, "a count of entries");
     for (std::int32_t k = 0; k < nbEntries; ++k) {
-        const std::int32_t j =
-            input.integerWithin(0, header.nbVariables - 1, "the number of a variable");
-        instance.entries.push_back({row, j, input.finiteNumber("a finite coefficient")});
+        const LinearTerm term = readTerm(row);
+        instance.entries.push_back({row, term.variable, term.coefficient});
     }
+}
+
+LinearTerm NlParser::readTerm(std::int32_t row) {
+    const std::int32_t j =
+        input.integerWithin(0, instance.header.nbVariables - 1, "the number of a variable");
+    static_cast<void>(input.atEnd());  // steps over blanks, so that the place is the number's
+    const std::size_t place = input.offset();
+    const double coefficient = input.finiteNumber("a finite coefficient");
+    if (coefficientSums.add(row, j, coefficient)) return {j, coefficient};
+    input.refuseAt(place,
+                   "a coefficient of variable " + instance.variableName(j) +
+                       " that adds up beyond double precision with earlier ones",
+                   "a finite sum");
 }
 
 void NlParser::readGradient() {
@@ -239,11 +281,7 @@ void NlParser::readGradient() {
         input.integerWithin(0, header.nbObjectives - 1, "the number of an objective");
     const std::int32_t nbEntries = input.count(0, "a count of entries");
     auto& terms = instance.objectives[static_cast<std::size_t>(objective)].terms;
-    for (std::int32_t k = 0; k < nbEntries; ++k) {
-        const std::int32_t j =
-            input.integerWithin(0, header.nbVariables - 1, "the number of a variable");
-        terms.push_back({j, input.finiteNumber("a finite coefficient")});
-    }
+    for (std::int32_t k = 0; k < nbEntries; ++k) terms.push_back(readTerm(-1 - objective));
 }
 
 /// What only the whole file can tell.

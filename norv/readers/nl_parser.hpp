@@ -3,9 +3,11 @@
 #include <string>
 #include <vector>
 
+#include "readers/coefficient_sums.hpp"
 #include "readers/nl_expressions.hpp"
 #include "readers/nl_input.hpp"
 #include "readers/nl_instance.hpp"
+#include "readers/nl_special_ordered.hpp"
 
 namespace norv {
 
@@ -24,18 +26,22 @@ private:
     void readObjective();
     void readFunction();
     void readSuffix();
+    double readSuffixValue(bool isReal, bool hasUse);
     void readRowBounds();
     void readVariableBounds();
     void readStartingPoint(bool isPrimal);
     void readColumnCounts(bool areCumulative);
     void readRowEntries();
     void readGradient();
+    LinearTerm readTerm(std::int32_t row);
     void readBounds(double& lower, double& upper, bool isRow);
     void checkCounts();
 
     NlInput input;
     NlInstance instance;
     NlExpressions expressions;
+    NlSpecialOrdered specialOrdered;
+    CoefficientSums coefficientSums;         ///< of rows and, numbered from -1 down, objectives
     std::vector<std::int32_t> columnCounts;  ///< [nbVariables] entries announced; or empty
     bool hasRowBounds = false;
     bool hasVariableBounds = false;

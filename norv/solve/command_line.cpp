@@ -32,8 +32,20 @@ void describeSolve(CLI::App& app, CommandLine& line) {
     app.add_option("--threads", line.solve.threads, "Number of threads")
         ->check(CLI::Range(std::int32_t{1}, std::int32_t{1024}))
         ->capture_default_str();
-    app.add_flag("--square", line.isSquareSystem,
+    app.add_flag("--square", line.solve.reading.isSquareSystem,
                  "Solve equations: as many as variables, without an objective");
+    app.add_option_function<std::string>(
+           "--sos",
+           [&line](const std::string& treatment) {
+               line.solve.reading.keepsSets = treatment == "refuse";
+           },
+           "Special ordered sets: reformulate (default) solves them as binary variables, refuse "
+           "has the link refuse them")
+        ->check(CLI::IsMember({"reformulate", "refuse"}));
+    app.add_option("--intorg-upper", line.solve.reading.integerUpper,
+                   "Upper bound of .mps integer columns that have no bounds, 1 or inf")
+        ->check(CLI::IsMember({"1", "inf"}))
+        ->capture_default_str();
 }
 
 void describeOutput(CLI::App& app, CommandLine& line) {

@@ -11,7 +11,6 @@ namespace norv {
 struct CommandLine {
     std::string model;
     SolveSettings solve;
-    bool isSquareSystem = false;
     std::string statusFile;
     std::string solutionFile;
     bool printsSolution = false;

@@ -1,11 +1,18 @@
 #include "solve/model_file.hpp"
 
+#include <algorithm>
+#include <span>
+#include <stdexcept>
+#include <utility>
+
 #include "hostapi/codes.hpp"
 #include "norv/model_builder.hpp"
+#include "norv/set_reformulation.hpp"
 #include "readers/mps_model.hpp"
 #include "readers/mps_reader.hpp"
 #include "readers/nl_model.hpp"
 #include "readers/nl_reader.hpp"
+#include "readers/read_error.hpp"
 #include "solve/failure.hpp"
 
 namespace norv {
@@ -28,6 +35,8 @@ void requireSquare(const Model& model, const std::string& path) {
         nbFreeRows += type == hostapi::equation_type::free ? 1 : 0;
     }
     const std::int32_t nbInequalities = model.nbRows() - nbEquations - nbFreeRows;
+    if (!model.specialOrderedSets().empty())
+        throw Failure(ExitCode::badInput, path + ": no square system: found special ordered sets");
     if (nbEquations == model.nbVariables() && nbInequalities == 0 && !model.hasObjective()) return;
     throw Failure(ExitCode::badInput,
                   path + ": no square system: found " + std::to_string(nbEquations) +
@@ -37,23 +46,70 @@ void requireSquare(const Model& model, const std::string& path) {
                       " equations, one for each variable, and nothing else");
 }
 
-}  // namespace
-
-Model readModel(const InputText& file, const Environment& environment, bool isSquareSystem,
-                std::ostream& log) {
-    ModelBuilder builder;
+void readInto(ModelBuilder& builder, const InputText& file, const ReadingSettings& settings,
+              std::ostream& log) {
     // No .mps file begins with a "g" or "b" and a digit.
     if (looksLikeNl(file.text())) {
         build(readNl(file, readNlNames(file.path())), builder, log);
     } else {
-        build(readMps(file), builder, log);
+        build(readMps(file, {settings.integerUpper}), builder, log);
     }
-    if (isSquareSystem) builder.setModelType(hostapi::model_type::squareSystem);
-    Model model = builder.finish(environment);
-    if (isSquareSystem) requireSquare(model, file.path());
+    if (settings.isSquareSystem) builder.setModelType(hostapi::model_type::squareSystem);
+}
+
+std::string namesOf(std::span<const SpecialOrderedSet> sets) {
+    constexpr std::size_t mostNames = 5;
+    std::string names;
+    for (std::size_t k = 0; k < std::min(sets.size(), mostNames); ++k) {
+        names += (k > 0 ? ", \"" : "\"") + sets[k].name + "\" (type " +
+                 std::to_string(sets[k].nbNonzeros()) + ")";
+    }
+    if (sets.size() > mostNames)
+        names += " and " + std::to_string(sets.size() - mostNames) + " more";
+    return names;
+}
+
+/// @param builder  a copy of the one that `model` was finished from.
+Model withoutSets(const Model& model, ModelBuilder& builder, const Environment& environment,
+                  const std::string& path, std::ostream& log) {
+    SetReformulation made;
+    try {
+        made = reformulateSets(model, builder);
+    } catch (const std::invalid_argument& missing) {
+        throw Failure(ExitCode::badInput, path + ": " + missing.what());
+    }
+    const std::size_t nbSets = model.specialOrderedSets().size();
+    log << path << ": " << nbSets << " special ordered " << (nbSets == 1 ? "set is" : "sets are")
+        << " solved as " << made.nbBinaries << " binary variables and " << made.nbRows << " rows\n";
+    return builder.finish(environment);
+}
+
+}  // namespace
+
+LoadedModel readModel(const InputText& file, const Environment& environment,
+                      const ReadingSettings& settings, std::ostream& log) {
+    ModelBuilder builder;
+    std::optional<ModelBuilder> copy;
+    std::optional<Model> finished;
+    try {
+        readInto(builder, file, settings, log);
+        if (builder.nbSpecialOrderedSets() > 0 && !settings.keepsSets) copy.emplace(builder);
+        finished = builder.finish(environment);
+    } catch (const std::invalid_argument& refusal) {
+        throw ReadError(file.path() + ": " + refusal.what());
+    }
+    LoadedModel loaded = {std::move(*finished), std::nullopt};
+    const Model& model = loaded.model;
+    if (settings.isSquareSystem) requireSquare(model, file.path());
     log << file.path() << ": " << model.nbRows() << " rows, " << model.nbVariables() << " columns ("
         << model.nbDiscrete() << " discrete), " << model.nbCoefficients() << " coefficients\n";
-    return model;
+    if (copy) {
+        loaded.forLink = withoutSets(model, *copy, environment, file.path(), log);
+    } else if (!model.specialOrderedSets().empty()) {
+        log << file.path()
+            << ": special ordered sets are kept: " << namesOf(model.specialOrderedSets()) << '\n';
+    }
+    return loaded;
 }
 
 }  // namespace norv

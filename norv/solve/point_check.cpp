@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <span>
+#include <vector>
 
 #include "hostapi/codes.hpp"
 #include "solve/report.hpp"
@@ -50,6 +52,28 @@ double variableViolation(const Model& model, std::int32_t variable, double level
         violation = std::max(violation, std::fabs(level - std::round(level)));
     }
     return violation;
+}
+
+/// The largest level, in magnitude, outside the best place for those that may differ from 0.
+double setViolation(const SpecialOrderedSet& set, std::span<const double> levels) {
+    const auto size = [&](std::size_t k) {
+        const double level = levels[static_cast<std::size_t>(set.members[k])];
+        return std::isnan(level) ? std::numeric_limits<double>::infinity() : std::fabs(level);
+    };
+    const std::size_t nbMembers = set.members.size();
+    const auto nbNonzeros = static_cast<std::size_t>(set.nbNonzeros());
+    if (nbMembers <= nbNonzeros) return 0.0;
+    // The largest of the last k members; of the first ones a running maximum.
+    std::vector<double> largestFrom(nbMembers + 1, 0.0);
+    for (std::size_t k = nbMembers; k-- > 0;)
+        largestFrom[k] = std::max(largestFrom[k + 1], size(k));
+    double least = std::numeric_limits<double>::infinity();
+    double largestBefore = 0.0;
+    for (std::size_t k = 0; k + nbNonzeros <= nbMembers; ++k) {
+        least = std::min(least, std::max(largestBefore, largestFrom[k + nbNonzeros]));
+        largestBefore = std::max(largestBefore, size(k));
+    }
+    return least;
 }
 
 class Findings {
@@ -102,6 +126,10 @@ void checkLevels(const Model& model, std::span<const double> levels, Findings& f
         if (!(violation <= 0.0)) findings.add(violation, "variable ", model.variableName(j));
     }
     for (std::int32_t i = 0; i < model.nbRows(); ++i) checkRow(model, i, levels, findings);
+    for (const SpecialOrderedSet& set : model.specialOrderedSets()) {
+        const double violation = setViolation(set, levels);
+        if (violation > 0.0) findings.add(violation, "special ordered set ", set.name);
+    }
 }
 
 void checkObjective(const Model& model, Findings& findings) {

@@ -23,12 +23,14 @@ struct PointCheck {
     std::string loose;  ///< the first of them: "row r: relation 2.9999999 >= 3"
 };
 
-/// Checks the levels against all rows, bounds, integrality and semi-continuity, and the objective
-/// in the statistics record against the evaluator's. Relations inside functions are exact; a row
-/// that only they violate passes as loose when the tolerance makes it hold.
+/// Checks the levels against all rows, bounds, integrality, semi-continuity and special ordered
+/// sets, and the objective in the statistics record against the evaluator's. Relations inside
+/// functions are exact; a row that only they violate passes as loose when the tolerance makes it
+/// hold.
 PointCheck checkPoint(const Model& model);
 
-/// Does another point hold all rows, bounds, integrality and semi-continuity, within the tolerance?
+/// Does another point hold all rows, bounds, integrality, semi-continuity and sets, within the
+/// tolerance?
 /// @param levels  [nbVariables]
 bool isFeasible(const Model& model, std::span<const double> levels);
 

@@ -64,12 +64,13 @@ ExitCode solveModel(const CommandLine& line, const InputText& file) {
     configure(environment, line.solve, log);
     environment.setLogSink([&writer](std::string_view text) { writer.write(text); });
     environment.setStatusSink([&status](std::string_view text) { status << text; });
-    Model model = readModel(file, environment, line.isSquareSystem, log);
+    LoadedModel loaded = readModel(file, environment, line.solve.reading, log);
+    const Model& model = loaded.model;
     const bool isPlotted = !line.plotFile.empty();
     std::optional<Options> options = makeOptions(line.solve, /*always=*/isPlotted, log);
     std::optional<PlotRequest> plot;
     if (isPlotted) plot.emplace(*options);
-    const SolveResult result = solve(model, environment, line.solve, options);
+    const SolveResult result = solve(loaded, environment, line.solve, options);
     writer.finishLine();
     printSummary(log, model, result);
     if (plot) plot->draw(line.plotFile, std::filesystem::path(line.model).filename().string());

@@ -93,16 +93,19 @@ std::optional<Options> makeOptions(const SolveSettings& settings, bool always, s
     return options;
 }
 
-SolveResult solve(Model& model, Environment& environment, const SolveSettings& settings,
+SolveResult solve(LoadedModel& loaded, Environment& environment, const SolveSettings& settings,
                   const std::optional<Options>& options) {
+    Model& model = loaded.forLink ? *loaded.forLink : loaded.model;
     if (!options && !settings.optionFile.empty()) model.setOptionFile(settings.optionFile);
     const LinkLibrary link(settings.link);
     {
         const TerminationSignals signals(environment);
         link.solve(model, options ? options->handle() : nullptr);
     }
+    if (loaded.forLink) loaded.model.takeResults(*loaded.forLink);
     SolveResult result;
-    if (claimsFeasiblePoint(model.modelStatus())) result.check = checkPoint(model);
+    if (claimsFeasiblePoint(model.modelStatus())) result.check = checkPoint(loaded.model);
+    // The link imposed its bounds on the model that it saw.
     result.verdict = boxVerdict(model, result.check, hasThreshold(settings, options));
     return result;
 }

@@ -10,6 +10,7 @@
 #include "norv/model.hpp"
 #include "norv/options.hpp"
 #include "solve/box_verdict.hpp"
+#include "solve/model_file.hpp"
 #include "solve/shared_library.hpp"
 
 namespace norv {
@@ -25,6 +26,7 @@ struct Assignment {
 
 /// What the solve of a model needs to know, however the user said it.
 struct SolveSettings {
+    ReadingSettings reading;
     std::vector<Assignment> assignments;         ///< in the order given
     std::string optionFile;                      ///< of the link; empty: none
     double timeLimit = 60.0;                     ///< seconds, 0 or more
@@ -50,10 +52,11 @@ Options definedOptions(const SolveSettings& settings);
 /// with the option library's reason.
 std::optional<Options> makeOptions(const SolveSettings& settings, bool always, std::ostream& log);
 
-/// Loads the link, has it solve the model and checks the point it claims. In the meantime Ctrl+C
+/// Loads the link, has it solve the model, or what stands in for it, and checks the point it claims
+/// against the user's model, which has levels and statuses afterwards. In the meantime Ctrl+C
 /// asks it to stop, and a second one ends the process.
 /// @param options  as made by `makeOptions` from the same settings.
-SolveResult solve(Model& model, Environment& environment, const SolveSettings& settings,
+SolveResult solve(LoadedModel& loaded, Environment& environment, const SolveSettings& settings,
                   const std::optional<Options>& options);
 
 }  // namespace norv

@@ -184,6 +184,7 @@ TEST_F(AmplProtocol, namesWhatIsWrongAndReportsIt) {
     const Case cases[] = {
         {{"sed=3"}, 2, "command line: unknown option \"sed\", did you mean \"seed\"?"},
         {{"seed=x"}, 2, "command line: option seed takes an integer, not \"x\""},
+        {{"sos=1"}, 2, "command line: sos: found \"1\", expected reformulate or refuse"},
         {{"threads=0"}, 2, "command line: threads: found \"0\", expected an integer, 1 to 1024"},
         {{"timelim=nan"}, 2, "command line: timelim: found \"nan\", expected a number of seconds"},
         {{"outlev"}, 2, "command line: outlev: expected key=value"},
@@ -234,6 +235,14 @@ TEST_F(AmplProtocol, solvesThroughTheRealLink) {
     writeModel(NlForm::littleEndian, {});
     EXPECT_EQ(call({stub, "-AMPL", "timelim=5"}).exitCode, 0);
     EXPECT_THAT(solution(), HasSubstr("infeasible"));
+    sketch.rows = {"o0 n1 v1"};
+    writeModel(NlForm::text, {});
+    writeFile(stub + ".nl", contentOf(stub + ".nl") + "S0 2 sosno\n0 1\n2 1\n");
+    EXPECT_EQ(call({stub, "-AMPL"}).exitCode, 3);
+    EXPECT_THAT(solution(),
+                HasSubstr(": special ordered set \"sosno 1\": found no lower bound of"));
+    EXPECT_EQ(call({stub, "-AMPL", "sos=refuse"}).exitCode, 0);
+    EXPECT_THAT(solution(), EndsWith("objno 0 510\n"));
 }
 
 }  // namespace

@@ -29,6 +29,8 @@ namespace {
 
 struct Model {
     CoinMpsIO reader;
+    CoinSet** sets = nullptr;  ///< of the reader
+    int nbSets = 0;
     std::map<std::string, bool> semi;  ///< semi-continuous columns; true: semi-integer
     bool isQuadratic = false;
 };
@@ -64,7 +66,7 @@ bool read(const std::string& path, Model& model) {
         }
     }
     model.reader.messageHandler()->setLogLevel(0);
-    const int nbErrors = model.reader.readMps(copy.c_str(), "");
+    const int nbErrors = model.reader.readMps(copy.c_str(), "", model.nbSets, model.sets);
     std::remove(copy.c_str());
     return nbErrors == 0;
 }
@@ -91,6 +93,13 @@ void print(const Model& model) {
         std::printf("column\t%s\t%.14g\t%.14g\t%d\t%.14g\n", reader.columnName(j),
                     orInfinite(reader.getColLower()[j]), orInfinite(reader.getColUpper()[j]),
                     reader.isInteger(j) ? 1 : 0, reader.getObjCoefficients()[j]);
+    }
+    for (int s = 0; s < model.nbSets; ++s) {
+        const CoinSet& set = *model.sets[s];
+        std::printf("set\t%d", set.setType());
+        for (int k = 0; k < set.numberEntries(); ++k)
+            std::printf("\t%s", reader.columnName(set.which()[k]));
+        std::printf("\n");
     }
     const CoinPackedMatrix& matrix = *reader.getMatrixByCol();
     for (int j = 0; j < matrix.getNumCols(); ++j) {

@@ -32,7 +32,8 @@ TEST(Examples, endAsTheirReadmeSays) {
     for (const Example& example : examples) {
         SCOPED_TRACE(example.file);
         const std::string path = std::string(EXAMPLES_FOLDER "/") + example.file;
-        const ProgramRun run = runProgram({NORVSOLVE_PROGRAM, path, example.setting, "-t", "4", "--json", "-"});
+        const ProgramRun run =
+            runProgram({NORVSOLVE_PROGRAM, path, example.setting, "-t", "4", "--json", "-"});
         ASSERT_EQ(run.exitCode, 0) << run.errors;
         EXPECT_NE(run.errors.find(example.logLine), std::string::npos);
         const nlohmann::json result = nlohmann::json::parse(run.output);
@@ -50,15 +51,51 @@ TEST(Examples, theRosterIsProvedInfeasible) {
     EXPECT_NE(run.output.find("Model instance proven to be infeasible."), std::string::npos);
 }
 
-TEST(Examples, aSpecialOrderedSetIsRefusedByTheLink) {
+TEST(Examples, SpecialOrderedSetsAreSolvedOrRefused) {
+    const std::string start =
+        "OBJSENSE MAX\nROWS\n N c\n L r\nCOLUMNS\n x c 1 r 1\n y c 2 r 1\n z c 3 r 1\nRHS\n r r "
+        "15\nBOUNDS\n UP x 10\n UP y 10\n UP z 10\n";
+    const std::string members = " x 2\n z 1\n y 3\nENDATA\n";
+    const std::string one = start + "SOS\n S1 s\n" + members;
+    const std::string two = start + "SOS\n S2 s\n" + members;
+    const struct {
+        std::string text;
+        std::vector<std::string> settings;
+        int exitCode;
+        const char* words;  ///< of the output or the complaint
+    } cases[] = {
+        {one, {}, 0, "Objective Value:  3.00000000e+01\nModel status 1 (optimal)"},
+        {one, {}, 0, ": 1 special ordered set is solved as 3 binary variables and 4 rows\n"},
+        {two, {}, 0, "Objective Value:  3.50000000e+01\nModel status 1 (optimal)"},
+        {two, {"--json", "-"}, 0, "\"columns\": 3,"},
+        {start + " PL z\nSOS\n S1 s\n" + members,
+         {},
+         0,
+         "Objective Value:  4.50000000e+01\nModel status 1 (optimal)"},
+        {start + " MI z\nSOS\n S1 s\n" + members,
+         {},
+         3,
+         ": special ordered set \"s\": found no lower bound of member \"z\", expected one of its "
+         "own or one that a linear row implies\n"},
+        {one, {"--square"}, 3, "no square system: found special ordered sets\n"},
+        {one, {"--sos=refuse"}, 0, ": special ordered sets are kept: \"s\" (type 1)\n"},
+        {two,
+         {"--sos=refuse"},
+         0,
+         "Special Ordered Sets not supported.\nModel status 14 (no solution returned), solve "
+         "status 6 "},
+        {two, {"--sos=no"}, 2, "--sos: no not in {"},
+    };
     const std::string path = scratchFile("sos.mps");
-    writeFile(path, "ROWS\n N c\nCOLUMNS\n x c 1\n y c 1\nSOS\n S1 s\n x 1\n y 2\nENDATA\n");
-    const ProgramRun run = runProgram({NORVSOLVE_PROGRAM, path});
-    EXPECT_EQ(run.exitCode, 0) << run.errors;
-    EXPECT_NE(run.output.find("Special Ordered Sets not supported.\n"), std::string::npos);
-    EXPECT_NE(run.output.find("Model status 14 (no solution returned), solve status 6 (capability "
-                              "problem)."),
-              std::string::npos);
+    for (const auto& each : cases) {
+        writeFile(path, each.text);
+        std::vector<std::string> words = {NORVSOLVE_PROGRAM, path};
+        words.insert(words.end(), each.settings.begin(), each.settings.end());
+        const ProgramRun run = runProgram(words);
+        EXPECT_EQ(run.exitCode, each.exitCode) << run.errors;
+        EXPECT_NE((run.output + run.errors).find(each.words), std::string::npos)
+            << run.output << run.errors;
+    }
 }
 
 }  // namespace

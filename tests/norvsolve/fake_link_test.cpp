@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
@@ -129,6 +130,13 @@ TEST_F(Norvsolve, checksThePointItself) {
         EXPECT_EQ(run.exitCode, each.exitCode) << each.what;
         EXPECT_THAT(run.output, HasSubstr(each.check)) << each.what;
     }
+    tell("FAKE_LINK_STATUS", "8");
+    tell("FAKE_LINK_LEVEL", "3");
+    const std::string start(model, std::strlen(model) - std::strlen("ENDATA\n"));
+    std::ofstream(path_) << start
+                         << "SOS\n S2 pair\n x 1\n n 2\n S2 run\n x 1\n n 2\n s 3\nENDATA\n";
+    EXPECT_THAT(solve().output, HasSubstr("Check: FAILED, 1 violated beyond 1e-06, most by 3 "
+                                          "(special ordered set run)."));
 }
 
 TEST_F(Norvsolve, saysWhatImposedBoundsMean) {

@@ -25,6 +25,7 @@ struct Witness {
     int nbVariables = 0, nbRows = 0, nbLogical = 0, nbObjectives = 0, maximise = 0;
     std::vector<std::array<double, 4>> variables;  ///< lower, upper, start, is discrete
     std::vector<std::array<double, 2>> rows;       ///< lower, upper
+    std::vector<std::string> sets;                 ///< type and members, as text
     std::vector<std::vector<std::string>> values;  ///< by point
 };
 
@@ -48,6 +49,8 @@ Witness ask(const std::string& path, const std::vector<Point>& points) {
         if (kind == "size") {
             words >> witness.nbVariables >> witness.nbRows >> witness.nbLogical >>
                 witness.nbObjectives >> witness.maximise;
+        } else if (kind == "set") {
+            witness.sets.push_back(line);
         } else if (kind == "values") {
             std::vector<std::string> values;
             for (std::string word; words >> word;) values.push_back(word);
@@ -124,6 +127,18 @@ void compareValues(const Model& model, const Witness& witness, const std::vector
     }
 }
 
+void compareSets(const Model& model, std::vector<std::string> theirs) {
+    std::vector<std::string> ours;
+    for (const SpecialOrderedSet& set : model.specialOrderedSets()) {
+        if (!set.restricts()) continue;
+        ours.push_back("set " + std::to_string(set.nbNonzeros()));
+        for (const std::int32_t member : set.members) ours.back() += " " + std::to_string(member);
+    }
+    std::sort(ours.begin(), ours.end());
+    std::sort(theirs.begin(), theirs.end());
+    EXPECT_EQ(ours, theirs);
+}
+
 void compareInstances(const Model& model, const Witness& witness) {
     ASSERT_EQ(model.nbVariables(), witness.nbVariables);
     EXPECT_EQ(model.sense() != 0, witness.maximise != 0);
@@ -151,6 +166,7 @@ void compare(const std::string& path) {
     const std::vector<Point> points = pointsFor(model, 7);
     const Witness witness = ask(path, points);
     compareInstances(model, witness);
+    compareSets(model, witness.sets);
     compareValues(model, witness, points);
 }
 
@@ -214,6 +230,27 @@ TEST(NlValues, OperatorsAgreeWithTheSolverLibrary) {
         sketch.withLinearTerms = withLinearTerms;
         const std::string path = scratchFile("operators.nl");
         std::ofstream(path, std::ios::binary) << NlWriter(NlForm::text).write(sketch);
+        compare(path);
+    }
+}
+
+TEST(NlValues, SpecialOrderedSetsAgreeWithTheSolverLibrary) {
+    NlSketch sketch;
+    sketch.rows = {"n1"};
+    sketch.nbVariables = 16;
+    const char* const suffixes[] = {
+        // One of each type, of users, and one that restricts nothing.
+        "S0 8 sosno\n0 3\n1 3\n2 -3\n3 -3\n4 -3\n5 -3\n6 -8\n7 -8\n"
+        "S4 6 ref\n0 2\n1 1\n2 4.5\n3 -1\n4 2\n6 1\n",
+        // AMPL's own.
+        "S0 7 sos\n3 17\n4 17\n5 17\n7 17\n8 32\n9 32\n12 32\n"
+        "S4 7 sosref\n3 -1\n4 1\n5 2\n7 2.5\n8 1\n9 2\n12 4\n",
+    };
+    const Environment environment;
+    const std::string path = scratchFile("sets.nl");
+    for (const char* each : suffixes) {
+        std::ofstream(path, std::ios::binary) << NlWriter(NlForm::text).write(sketch) << each;
+        EXPECT_FALSE(modelOf(path, environment).specialOrderedSets().empty());
         compare(path);
     }
 }

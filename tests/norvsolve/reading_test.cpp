@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <sstream>
 
@@ -59,6 +60,12 @@ std::vector<std::string> reportOf(const MpsInstance& instance) {
         write("column\t%s\t%.14g\t%.14g\t%d\t%.14g", named(column.name).c_str(), column.lower,
               column.upper, isInteger ? 1 : 0, cost);
     }
+    for (const MpsSet& set : instance.sets) {
+        lines.push_back("set\t" + std::to_string(set.type));
+        for (const MpsSetMember& member : set.members)
+            lines.back().append("\t").append(
+                instance.columns[static_cast<std::size_t>(member.column)].name);
+    }
     lines.insert(lines.end(), entries.begin(), entries.end());
     return lines;
 }
@@ -94,6 +101,19 @@ int compareFolder(const std::string& folder) {
 
 TEST(Reading, agreesWithAnotherReaderOnTheExamples) {
     EXPECT_EQ(compareFolder(std::string(EXAMPLES_FOLDER)), 6);
+}
+
+TEST(Reading, agreesWithAnotherReaderOnIntegerBoundsAndSets) {
+    std::string text = "NAME t\nROWS\n N cost\n L c1\nCOLUMNS\n M1 'MARKER' 'INTORG'\n";
+    for (const char* column : {"a", "b", "c", "d", "e", "f", "g"})
+        text.append(" ").append(column).append(" cost 1 c1 1\n");
+    text += " M2 'MARKER' 'INTEND'\n y cost 1 c1 1\nRHS\n r c1 9\nBOUNDS\n";
+    text += " LO BND       b                   -1\n UP BND       c                    7\n";
+    text += " MI BND       d\n PL BND       e\n FR BND       f\n BV BND       g\n";
+    text += "SOS\n S1 SOS one 1\n y 1\n a 2\n S2 SOS two 2\n y 1\n c 2.5\n b 3\nENDATA\n";
+    const std::string path = scratchFile("open.mps");
+    std::ofstream(path) << text;
+    compareReadings(path);
 }
 
 TEST(Reading, agreesWithAnotherReaderOnThePublicInstances) {

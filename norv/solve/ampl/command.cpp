@@ -50,9 +50,10 @@ void solveModel(AmplRun& run, Environment& environment, const InputText& file, s
         log, [&log] { return &log == &std::cout ? terminalColumns(StandardStream::output) : 0; });
     configure(environment, run.settings.solve, log);
     environment.setLogSink([&writer](std::string_view text) { writer.write(text); });
-    run.model = readModel(file, environment, /*isSquareSystem=*/false, log);
+    LoadedModel loaded = readModel(file, environment, run.settings.solve.reading, log);
     const std::optional<Options> options = makeOptions(run.settings.solve, /*always=*/false, log);
-    const SolveResult result = solve(*run.model, environment, run.settings.solve, options);
+    const SolveResult result = solve(loaded, environment, run.settings.solve, options);
+    run.model = std::move(loaded.model);
     writer.finishLine();
     printSummary(log, *run.model, result);
     run.outcome = outcomeOf(*run.model, result);

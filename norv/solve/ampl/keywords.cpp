@@ -66,6 +66,12 @@ void takeLink(AmplSettings& settings, const Setting& setting) {
     settings.solve.link = setting.value;
 }
 
+void takeSets(AmplSettings& settings, const Setting& setting) {
+    if (setting.value != "reformulate" && setting.value != "refuse")
+        setting.refuse("found \"" + setting.value + "\", expected reformulate or refuse");
+    settings.solve.reading.keepsSets = setting.value == "refuse";
+}
+
 struct Keyword {
     const char* name;
     const char* values;
@@ -80,6 +86,9 @@ constexpr Keyword keywords[] = {
     {"optionfile", "a text, default empty", "Option file of the link", takeOptionFile},
     {"outlev", "0 or more, default 0", "0: no output but errors; 1: the log and a summary",
      takeLogLevel},
+    {"sos", "reformulate or refuse, default reformulate",
+     "Special ordered sets (suffixes sosno and ref): solve them as binary variables, or refuse",
+     takeSets},
     {"threads", "1 to 1024, default 1", "Number of threads", takeThreads},
     {"timelim", "0 to inf, default 60", "Time limit in seconds, rounded up to whole ones",
      takeTimeLimit},

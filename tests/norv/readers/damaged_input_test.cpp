@@ -31,7 +31,8 @@ const std::string everySection =
     " BV BND       y\n SC BND       z                    9\n"
     "QUADOBJ\n    x         x                    2\n"
     "QCMATRIX c2\n    x         z                    1\n    z         x                    1\n"
-    "SOS\n S1 s\n    z         1\n"
+    "SOS\n S1 s\n    z         1\n    x         2\n"
+    "SOS2\n t z 1\n t x 2\n t y 3\n"
     "ENDATA\n";
 
 /// @return whether a model came out; otherwise the complaint is one line that starts with the path.

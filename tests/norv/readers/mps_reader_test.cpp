@@ -135,11 +135,32 @@ TEST(MpsReader, takesTheObjectiveAndTheRest) {
         {"sense and name on the next lines", "OBJSENSE\n    max\nOBJNAME\n b\n" + body, second},
         {"sense and name on the same lines, CR LF",
          "\xef\xbb\xbf*c\r\n\r\nOBJSENSE MAXIMIZE\r\nOBJECT b\r\n" + body, second},
-        {"special ordered sets", around("SOS\n S1 SOS s 1\n x 1\n S2 t\n t y 2\n"),
-         "min 0 + x + y" + rowsOf + " | 0 <= x <= inf sos1 | 0 <= y <= inf sos2"},
+        {"an integer column without bounds",
+         "ROWS\n N a\nCOLUMNS\n M 'MARKER' 'INTORG'\n x a 1\n y a 1\n M 'MARKER' "
+         "'INTEND'\nBOUNDS\n PL b y\nENDATA\n",
+         "min 0 + x + y | 0 <= x <= 1 int | 0 <= y <= inf int\nm: integer columns without bounds, "
+         "1 from \"x\" on: the file format leaves it open, 0 and 1 are taken; with a bound PL, or "
+         "with --intorg-upper=inf for all, 0 and infinity"},
         {"no free row, bytes after the end", "ROWS\n E c\nCOLUMNS\n x c 0\nENDATA\nmore\n",
          "min 0 | c: 0 <= + 0 x <= 0 | 0 <= x <= inf\nm:3:1: no row of type N: the objective is 0"
          "\nm:6:1: what follows ENDATA is not read"},
+    });
+}
+
+TEST(MpsReader, takesSpecialOrderedSetsOfEveryDialect) {
+    const auto with = [](const char* what, const char* lines, const char* sets) {
+        return Case{what, around(lines),
+                    "min 0 + x + y" + rowsOf + " | 0 <= x <= inf | 0 <= y <= inf" + sets};
+    };
+    expectAll({
+        with("opened by lines, sorted by weight",
+             "SOS\n S1 SOS s 1\n x 2\n SOS y 1\n S2 t 5\n t y 2\n", " | s: sos1 y x | t: sos2 y"),
+        with("the older header, labels of their own", "SETS\n S2 a s\n a y -1\n s x -2\n",
+             " | s: sos2 x y"),
+        with("named in front of each member", "SOS1\n s x 1\n s y 2\n t y 1\nSOS2\n y 1\n x 0\n",
+             " | s: sos1 x y | t: sos1 y | SOS2: sos2 x y"),
+        with("equal weights where no order counts", "SOS\n S2 s\n x 1\n y 1\n S1\tt\n y 1\n",
+             " | s: sos2 x y | t: sos1 y"),
     });
 }
 
@@ -185,6 +206,19 @@ TEST(MpsReader, namesThePlaceOfEveryFault) {
          "m:11:9: found a second range of row \"c1\", expected one"},
         {"a member outside a set", around("SOS\n x 1\n"),
          "m:11:2: found \"x\", expected S1 or S2 and the name of a set"},
+        {"a member of another set", around("SOS\n S1 s\n t x 1\n"),
+         "m:12:2: found \"t\" in front of a member, expected the open set, \"s\""},
+        {"a member twice", around("SOS1\n s y 1\n s x 1\n s y 2\n"),
+         "m:13:4: found \"y\" for the second time in set \"s\", expected each member once"},
+        {"an order left open",
+         header + " S1 c1 1\n y c1 1\nSOS\n S2 s\n x 1\n S1 3\n y 3\nENDATA\n",
+         "m:13:2: found \"y\" with the weight of \"S1\" in set \"s\", expected weights that tell "
+         "the order"},
+        {"a set in two places", around("SOS1\n s y 1\n t x 1\n s x 2\n"),
+         "m:13:2: found set \"s\" again after other sets, expected its members together"},
+        {"a quadratic coefficient too large", around("QCMATRIX c1\n x y 1e308\n y x 1e308\n"),
+         "m:12:4: found a coefficient of \"x\" and \"y\" beyond double precision, expected a "
+         "finite one"},
         {"an objective that is no free row", "OBJNAME\n c\nROWS\n L c\nCOLUMNS\n",
          "m:2:2: found \"c\" as objective, expected the name of a row of type N"},
         {"a null byte", std::string("NAME\n a\0b", 9), "m:2:3: found a null byte, expected text"},

@@ -6,7 +6,7 @@
 namespace norv::test {
 namespace {
 
-constexpr const char* kindNames[] = {"", " bin", " int", " semi", " semi int", " sos1", " sos2"};
+constexpr const char* kindNames[] = {"", " bin", " int", " semi", " semi int"};
 
 /// [rows] the functions as sums, "" for an empty one.
 std::vector<std::string> functionsOf(const MpsInstance& instance) {
@@ -50,6 +50,11 @@ std::string describe(const MpsInstance& instance) {
     for (const MpsColumn& column : instance.columns) {
         out << " | " << column.lower << " <= " << column.name << " <= " << column.upper
             << kindNames[static_cast<std::size_t>(column.kind)];
+    }
+    for (const MpsSet& set : instance.sets) {
+        out << " | " << set.name << ": sos" << set.type;
+        for (const MpsSetMember& member : set.members)
+            out << ' ' << instance.columns[static_cast<std::size_t>(member.column)].name;
     }
     return out.str();
 }

@@ -49,8 +49,15 @@ const std::string rest = "r\n1 4\nb\n3\n3\nk1\n1\nJ0 2\n0 0\n1 0\n";
 
 TEST(NlReader, AllFormsGiveTheSameModel) {
     NlSketch sketch;
-    sketch.rows = {"o54 3 v0 n0.5 o2 v1 v2", "o43 v3",    "o2 n-1 o41 v0", "l7", "s-3",
-                   "o35 o22 v0 n1 v1 v4",    "o76 v0 n3", "o78 n2 v0", "o0 n2.5 o5 v0 n2"};
+    sketch.rows = {"o54 3 v0 n0.5 o2 v1 v2",
+                   "o43 v3",
+                   "o2 n-1 o41 v0",
+                   "l7",
+                   "s-3",
+                   "o35 o22 v0 n1 v1 v4",
+                   "o76 v0 n3",
+                   "o78 n2 v0",
+                   "o0 n2.5 o5 v0 n2"};
     sketch.logicalRows = {"o21 o28 v0 n0 o23 v1 n1"};
     sketch.objectives = {"o44 v2"};
     sketch.definitions = {"o2 v0 v1", "o44 v3"};
@@ -217,12 +224,26 @@ TEST(NlReader, SaysWhatItFoundWhere) {
          "m.nl: found 1 entries in segments J, expected 2 as in the header"},
         {file(objective + "r\n3\nb\n3\n3\nk1\n2\nJ0 2\n0 1\n1 1\n"),
          "m.nl: found 1 entries of variable 0 in segments J, expected 2 as in segment k"},
+        {file(objective + "S0 1 sosno\n2 1\n"),
+         "m.nl:14:1: found 2, expected the number of a variable from 0 to 1"},
+        {file(objective + "S4 1 ref\n1 inf\n"),
+         "m.nl:14:3: found an infinite number, expected a finite value"},
+        {file(objective + "J0 3\n0 1e308\n1 1e308\n0 1e308\n"),
+         "m.nl:16:3: found a coefficient of variable x1 that adds up beyond double precision with "
+         "earlier ones, expected a finite sum"},
+        {file(objective + "G0 2\n1 -1e308\n1 -1e308\n"),
+         "m.nl:15:3: found a coefficient of variable x2 that adds up beyond double precision with "
+         "earlier ones, expected a finite sum"},
     };
     for (const auto& [content, expected] : cases) EXPECT_EQ(complaintAbout(content), expected);
     EXPECT_EQ(complaintAbout(file(objective + rest)), "");
     const std::string named = complaintAbout(file("C0\no51\nv0\n"), {{"capacity"}, {}});
     EXPECT_NE(named.find("(asin) in row capacity"), std::string::npos) << named;
     NlSketch sketch;
+    EXPECT_EQ(complaintAbout(NlWriter(NlForm::text).write(sketch) +
+                             "S0 3 sosno\n0 -7\n1 -7\n2 -7\nS0 2 ref\n0 5\n2 1\nS0 1 ref\n2 5\n"),
+              "m.nl: special ordered set \"sosno -7\": found weight 5 for both \"x1\" and \"x3\", "
+              "expected suffix ref to tell their order");
     sketch.rows = {"o49 v0"};
     const std::string binary = NlWriter(NlForm::bigEndian).write(sketch);
     EXPECT_EQ(complaintAbout(binary),
