@@ -46,8 +46,9 @@ public:
 private:
     void load();
     void solveRelaxation();
-    void readRay();
-    void readLevels();
+    void readMultipliers(const double* ofRows);
+    void readContinuous();
+    void solveInteger();
     [[nodiscard]] bool hasIntegers() const {
         const auto& isInteger = problem_.model.isInteger;
         return std::find(isInteger.begin(), isInteger.end(), 1) != isInteger.end();
@@ -89,10 +90,12 @@ void CbcSolve::solveRelaxation() {
             answer_.status = ExactAnswer::Status::Optimal;
             answer_.bound = simplex.objectiveValue();
             break;
-        case 1:
+        case 1: {
             answer_.status = ExactAnswer::Status::Infeasible;
-            readRay();
+            const std::unique_ptr<double[]> ray(simplex.infeasibilityRay());
+            readMultipliers(ray.get());
             break;
+        }
         case 2:
             answer_.status = ExactAnswer::Status::Unbounded;
             break;
@@ -101,14 +104,19 @@ void CbcSolve::solveRelaxation() {
     }
 }
 
-void CbcSolve::readRay() {
-    const std::unique_ptr<double[]> ray(solver_.getModelPtr()->infeasibilityRay());
-    if (ray) answer_.farkas.assign(ray.get(), ray.get() + problem_.model.nbRows());
+void CbcSolve::readMultipliers(const double* ofRows) {
+    if (ofRows != nullptr) answer_.multipliers.assign(ofRows, ofRows + problem_.model.nbRows());
 }
 
-void CbcSolve::readLevels() {
+void CbcSolve::readContinuous() {
     const double* levels = solver_.getColSolution();
     answer_.levels.assign(levels, levels + problem_.model.nbColumns());
+    readMultipliers(solver_.getModelPtr()->dualRowSolution());
+}
+
+void CbcSolve::solveInteger() {
+    answer_.status = ExactAnswer::Status::Open;
+    CbcTree(solver_, settings_, watch_).run(answer_);
 }
 
 ExactAnswer CbcSolve::run() {
@@ -116,7 +124,7 @@ ExactAnswer CbcSolve::run() {
         load();
         solveRelaxation();
         if (answer_.status == ExactAnswer::Status::Optimal) {
-            hasIntegers() ? CbcTree(solver_, settings_, watch_).run(answer_) : readLevels();
+            hasIntegers() ? solveInteger() : readContinuous();
         }
     } catch (const CoinError&) {
         // The solver gave up: nothing is proved, and what it had is not to be trusted.

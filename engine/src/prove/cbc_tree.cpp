@@ -182,6 +182,7 @@ void CbcTree::run(ExactAnswer& answer) {
     answer.bound = std::min(own, lowestCutoff_);
     answer.status =
         answer.bound < infinity ? ExactAnswer::Status::Optimal : ExactAnswer::Status::Infeasible;
+    answer.isTreeSearched = answer.status == ExactAnswer::Status::Infeasible;
 }
 
 }  // namespace engine

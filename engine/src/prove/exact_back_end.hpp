@@ -39,7 +39,10 @@ struct ExactAnswer {
     Status status = Status::Open;
     double bound = 0.0;          ///< Optimal: the proved minimum, or the cutoff if that is lower
     std::vector<double> levels;  ///< [nbColumns] best point within the tolerances, or empty
-    std::vector<double> farkas;  ///< [nbRows] multipliers that show infeasibility, or empty
+    /// [nbRows] Infeasible: the relaxation's multipliers that show it; Optimal without integers:
+    /// the dual values; either sign, as good as the solver's doubles are; or empty.
+    std::vector<double> multipliers;
+    bool isTreeSearched = false;  ///< Infeasible: the relaxation is not, but the whole tree
 };
 
 /// Name and version for the information text; empty in a build without a back end.
@@ -54,7 +57,8 @@ ExactAbilities exactBackEndAbilities();
 
 /// Solves in the calling thread, silently; leaves no global state and no signal handler behind.
 /// Deterministic but for the pace's wish to end; an exception of the pace ends the solve and passes
-/// through. In a build without a back end: Open.
+/// through. A problem with numbers outside the range that the solver documents is not put to it:
+/// Open, as in a build without a back end.
 ExactAnswer solveExactly(const ExactProblem& problem, const ExactSettings& settings);
 
 }  // namespace engine

@@ -6,7 +6,8 @@
 
 #include "prove/exact_back_end.hpp"
 #include "prove/exhaustion.hpp"
-#include "prove/farkas.hpp"
+#include "prove/far_bounds.hpp"
+#include "prove/infeasibility_proof.hpp"
 #include "prove/linear_view.hpp"
 #include "prove/outer_approximation.hpp"
 
@@ -15,8 +16,6 @@ namespace {
 
 /// Objectives this near are the same: absolute, relative above 1.
 constexpr double optimalityTolerance = 1e-9;
-/// Bounds from here on stand for none.
-constexpr double largestBound = 1e10;
 constexpr double usualTolerance = 1e-7;
 /// For points that the judge refused.
 constexpr double tightTolerance = 1e-9;
@@ -32,9 +31,11 @@ public:
           start_(start),
           incumbent_(incumbent),
           run_(run),
-          linear_(std::move(linear)) {
+          linear_(std::move(linear)),
+          propagatedLower_(linear_.lower),
+          propagatedUpper_(linear_.upper) {
         // Bounds that propagation derived for continuous columns carry the judge's tolerance; the
-        // rows say the same without it.
+        // rows say the same without it. Proofs that take the tolerance into account keep them.
         for (std::size_t j = 0; j < linear_.nbColumns(); ++j) {
             const DecisionIndex d = linear_.decision[j];
             if (d < 0 || linear_.isInteger[j] != 0) continue;
@@ -50,7 +51,7 @@ private:
     [[nodiscard]] ExactSettings settings(double tolerance) const {
         return {run_.pace, run_.seed, tolerance};
     }
-    ExactAnswer solveWithoutLargeBounds(const ExactProblem& problem, const ExactSettings& settings);
+    ExactAnswer solveWithoutFarBounds(const ExactProblem& problem, const ExactSettings& settings);
     [[nodiscard]] double cutoffOf(const LinearForm& form, double sign) const;
     bool proveObjective(const LinearForm& form, bool maximise);
     ExactAnswer solveRelaxed(double share);
@@ -58,7 +59,6 @@ private:
     bool isProved(const LinearForm& form, double sign, std::size_t position, double bound) const;
     void offer(const std::vector<double>& levels);
     void offerSolvedAgain(ExactProblem problem, const std::vector<double>& levels);
-    [[nodiscard]] bool isInsideBox(const std::vector<double>& levels) const;
     void fixObjective(const LinearForm& form, double sign, std::size_t position);
     [[nodiscard]] bool hasIntegers() const {
         return std::find(linear_.isInteger.begin(), linear_.isInteger.end(), 1) !=
@@ -70,7 +70,9 @@ private:
     ProvedIncumbent& incumbent_;
     ExactRun run_;
     LinearModel linear_;
-    std::size_t nbProved_ = 0;  ///< objectives
+    std::vector<double> propagatedLower_;  ///< [nbColumns]
+    std::vector<double> propagatedUpper_;  ///< [nbColumns]
+    std::size_t nbProved_ = 0;             ///< objectives
     ExactProof result_;
 };
 
@@ -84,31 +86,27 @@ ExactProblem ExactProver::problemFor(const LinearForm& cost, double sign) const 
     return problem;
 }
 
-bool ExactProver::isInsideBox(const std::vector<double>& levels) const {
-    for (std::size_t j = 0; j < levels.size(); ++j) {
-        const double slack = 1e-6 * std::max(1.0, std::fabs(levels[j]));
-        if (levels[j] < linear_.lower[j] - slack || levels[j] > linear_.upper[j] + slack) {
-            return false;
-        }
-    }
-    return true;
-}
-
-/// Bounds that stand for none would spoil the scaling: they count only when it cannot be helped.
-ExactAnswer ExactProver::solveWithoutLargeBounds(const ExactProblem& problem,
-                                                 const ExactSettings& settings) {
+/// Far bounds count only when it cannot be helped: those that the optimum without them misses are
+/// put back, at last all.
+ExactAnswer ExactProver::solveWithoutFarBounds(const ExactProblem& problem,
+                                               const ExactSettings& settings) {
+    constexpr int mostRounds = 3;
     ExactProblem open = problem;
-    bool opened = false;
-    for (std::size_t j = 0; j < linear_.nbColumns(); ++j) {
-        if (open.lower[j] <= -largestBound) open.lower[j] = -infinity;
-        if (open.upper[j] >= largestBound) open.upper[j] = infinity;
-        opened = opened || open.lower[j] != problem.lower[j] || open.upper[j] != problem.upper[j];
+    bool areAllBack = !openFarBounds(open, settings.feasibilityTolerance);
+    for (int round = 1;; ++round) {
+        ExactAnswer answer = solveExactly(open, settings);
+        const bool isOptimal = answer.status == Status::Optimal;
+        // Optimal without levels says that no point is better than the incumbent.
+        if (areAllBack || answer.status == Status::Infeasible ||
+            (isOptimal && answer.levels.empty()) || run_.pace.mustEnd()) {
+            return answer;
+        }
+        areAllBack = !isOptimal || round == mostRounds;
+        const bool restored =
+            restoreMissedBounds(open, problem, isOptimal ? answer.levels : std::vector<double>{});
+        if (isOptimal && !restored) return answer;
+        if (areAllBack) restoreMissedBounds(open, problem, {});
     }
-    ExactAnswer answer = solveExactly(open, settings);
-    const bool isUseful = answer.status == Status::Infeasible ||
-                          (answer.status == Status::Optimal && isInsideBox(answer.levels));
-    if (isUseful || !opened || run_.pace.mustEnd()) return answer;
-    return solveExactly(problem, settings);
 }
 
 void ExactProver::offer(const std::vector<double>& levels) {
@@ -157,7 +155,8 @@ bool ExactProver::isProved(const LinearForm& form, double sign, std::size_t posi
             return false;
         }
     }
-    return gap < 1.0 - 1e-6 && std::fabs(value) < largestBound;
+    // As long as the values' own rounding cannot hide a step.
+    return gap < 1.0 - 1e-6 && std::fabs(value) < 1e-6 * largestExactInteger;
 }
 
 /// Any point of the rows widened by `share` of the judge's tolerance.
@@ -167,11 +166,16 @@ ExactAnswer ExactProver::solveRelaxed(double share) {
         relaxed.rowLower[i] -= share * linear_.tolerance[i];
         relaxed.rowUpper[i] += share * linear_.tolerance[i];
     }
-    return solveExactly(relaxed, settings(usualTolerance));
+    return solveWithoutFarBounds(relaxed, settings(usualTolerance));
 }
 
 void ExactProver::proveInconsistency(const ExactAnswer& answer) {
-    if (provesInfeasibility(linear_, answer.farkas)) {
+    const auto ask = [this](const ExactProblem& problem) {
+        return solveExactly(problem, settings(usualTolerance));
+    };
+    if (!answer.isTreeSearched &&
+        findInfeasibilityProof(linear_, {propagatedLower_, propagatedUpper_}, answer.multipliers,
+                               ask)) {
         result_.outcome = Outcome::Inconsistent;
         result_.proof = "a combination of the constraints that no point within the bounds meets";
         return;
@@ -181,11 +185,8 @@ void ExactProver::proveInconsistency(const ExactAnswer& answer) {
         // Only by the tolerance feasible: points well within it may pass the judge.
         offer(solveRelaxed(0.5).levels);
     }
-    if (again.status != Status::Infeasible || incumbent_.hasPoint()) return;
-    // Multipliers that fail the check are no proof; a tree searched to its end has none to show.
-    if (!again.farkas.empty() ? !provesInfeasibility(linear_, again.farkas) : !hasIntegers()) {
-        return;
-    }
+    // A tree searched to its end has no multipliers to show.
+    if (!again.isTreeSearched || incumbent_.hasPoint()) return;
     result_.outcome = Outcome::Inconsistent;
     result_.proof = "no feasible point in the whole branch-and-cut tree";
 }
@@ -206,7 +207,7 @@ bool ExactProver::proveObjective(const LinearForm& form, bool maximise) {
     ExactSettings withPoints = settings(usualTolerance);
     withPoints.cutoff = [&] { return cutoffOf(form, sign); };
     withPoints.onPoint = [&](const std::vector<double>& levels) { offer(levels); };
-    const ExactAnswer answer = solveWithoutLargeBounds(problem, withPoints);
+    const ExactAnswer answer = solveWithoutFarBounds(problem, withPoints);
     if (answer.status == Status::Infeasible) {
         if (nbProved_ == 0) proveInconsistency(answer);
         return false;

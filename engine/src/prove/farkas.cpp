@@ -9,7 +9,8 @@ namespace engine {
 namespace {
 
 /// `sign` times the multipliers: does the combination ask for more than the box can give?
-bool exceedsBox(const LinearModel& model, std::span<const double> multipliers, double sign) {
+bool exceedsBox(const LinearModel& model, const Box& box, std::span<const double> multipliers,
+                double sign) {
     RangeSum demand;
     std::vector<RangeSum> combined(model.nbColumns());
     for (std::size_t i = 0; i < model.nbRows(); ++i) {
@@ -31,17 +32,17 @@ bool exceedsBox(const LinearModel& model, std::span<const double> multipliers, d
     }
     RangeSum supply;
     for (std::size_t j = 0; j < model.nbColumns(); ++j) {
-        const Range box{model.lower[j], model.upper[j], false};
-        supply.add(widened(product(combined[j].total(), box), 2.0));
+        supply.add(widened(product(combined[j].total(), {box.lower[j], box.upper[j], false}), 2.0));
     }
     return supply.total().upper < demand.total().lower;
 }
 
 }  // namespace
 
-bool provesInfeasibility(const LinearModel& model, std::span<const double> multipliers) {
+bool provesInfeasibility(const LinearModel& model, const Box& box,
+                         std::span<const double> multipliers) {
     return multipliers.size() == model.nbRows() &&
-           (exceedsBox(model, multipliers, 1.0) || exceedsBox(model, multipliers, -1.0));
+           (exceedsBox(model, box, multipliers, 1.0) || exceedsBox(model, box, multipliers, -1.0));
 }
 
 }  // namespace engine

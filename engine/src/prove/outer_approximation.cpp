@@ -7,7 +7,7 @@
 #include "evaluate/jacobian.hpp"
 #include "prove/exact_back_end.hpp"
 #include "prove/exhaustion.hpp"
-#include "prove/farkas.hpp"
+#include "prove/infeasibility_proof.hpp"
 
 namespace engine {
 namespace {
@@ -324,7 +324,9 @@ void OuterApproximation::proveInconsistency() {
     std::fill(relaxed.cost.begin(), relaxed.cost.end(), 0.0);
     const ExactAnswer answer = solve(relaxed);
     if (answer.status != Status::Infeasible || incumbent_.hasPoint()) return;
-    if (!answer.farkas.empty() ? !provesInfeasibility(linear_, answer.farkas) : !hasIntegers_) {
+    const auto ask = [this](const ExactProblem& problem) { return solve(problem); };
+    if (!answer.isTreeSearched &&
+        !findInfeasibilityProof(linear_, {linear_.lower, linear_.upper}, answer.multipliers, ask)) {
         return;
     }
     result_.outcome = Outcome::Inconsistent;
