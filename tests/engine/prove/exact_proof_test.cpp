@@ -262,6 +262,49 @@ TEST_F(ExactProofs, DoNotCallInconsistentWhatTheTolerancePermits) {
     EXPECT_EQ(Proving(rows + "3.00001); minimise x;").result.outcome, inconsistent);
 }
 
+/// Equations over unbounded variables that meet at a hidden point, and one that combines them but
+/// for `offset` on its right-hand side: only all of them together contradict each other.
+/// Multipliers from 1 to 1e5 leave rounding errors that bounds of 1e10 magnify beyond the offset.
+std::string combinedEquations(testing::RandomModels& random, double offset) {
+    const std::size_t nbColumns = 6 + static_cast<std::size_t>(random.below(10));
+    std::string text;
+    std::vector<double> last(nbColumns, 0.0);
+    for (std::size_t j = 0; j < nbColumns; ++j) {
+        text += "x" + std::to_string(j) + ": real -1e10 1e10;";
+    }
+    const auto row = [&](const char* relation, const std::vector<double>& entries, double side) {
+        text.append(relation).append("(sum(");
+        for (std::size_t j = 0; j < nbColumns; ++j) {
+            text += "prod(x" + std::to_string(j) + "," + std::to_string(entries[j] / 1000.0) + "),";
+        }
+        text += "0.0)," + std::to_string(side) + ");";
+    };
+    double lastSide = offset;
+    for (std::size_t i = 0; i + 1 < nbColumns; ++i) {
+        std::vector<double> entries(nbColumns, 0.0);
+        double side = 0.0;  // at the point (1, 2, 3, ...)
+        const double multiplier = std::pow(10.0, random.below(6));
+        for (std::size_t j = 0; j < nbColumns; ++j) {
+            if (random.below(2) == 0) entries[j] = random.below(900) - 450;
+            last[j] += multiplier * entries[j];
+            side += entries[j] / 1000.0 * static_cast<double>(j + 1);
+        }
+        lastSide += multiplier * side;
+        row("eq", entries, side);
+    }
+    row("leq", last, lastSide);
+    return text + "minimise sum(x0,x1);";
+}
+
+TEST_F(ExactProofs, SeeContradictionsOfManyEquationsAndNoneWhereThereIsNone) {
+    testing::RandomModels random(17);
+    for (int trial = 0; trial < 60; ++trial) {
+        const bool contradicts = trial % 2 == 0;
+        const std::string text = combinedEquations(random, contradicts ? -5.0 : -1e-7);
+        EXPECT_EQ(Proving(text).result.outcome == inconsistent, contradicts) << text;
+    }
+}
+
 TEST_F(ExactProofs, AgreeWithBruteForceOnRandomModels) {
     testing::RandomModels random(5);
     static const char* const relations[] = {"eq", "geq", "leq", "gt", "lt"};
