@@ -8,6 +8,7 @@
 #include <CoinError.hpp>
 #include <OsiClpSolverInterface.hpp>
 
+#include "prove/cbc_range.hpp"
 #include "prove/cbc_tree.hpp"
 #include "prove/cbc_watch.hpp"
 #include "prove/exact_back_end.hpp"
@@ -39,7 +40,10 @@ CoinPackedMatrix matrixOf(const LinearModel& m) {
 class CbcSolve {
 public:
     CbcSolve(const ExactProblem& problem, const ExactSettings& settings)
-        : problem_(problem), settings_(settings), watch_(settings.pace, settings.grace) {}
+        : problem_(problem),
+          settings_(settings),
+          watch_(settings.pace, settings.grace),
+          isCalm_(CbcRange::isCalm(problem)) {}
 
     ExactAnswer run();
 
@@ -57,6 +61,7 @@ private:
     const ExactProblem& problem_;
     const ExactSettings& settings_;
     CbcWatch watch_;
+    bool isCalm_;  ///< otherwise no presolve, no scaling and no tree
     OsiClpSolverInterface solver_;
     ExactAnswer answer_;
 };
@@ -74,6 +79,7 @@ void CbcSolve::load() {
     solver_.setDblParam(OsiPrimalTolerance, settings_.feasibilityTolerance);
     solver_.setDblParam(OsiDualTolerance, settings_.feasibilityTolerance);
     solver_.setSolveOptions(quietOptions());
+    if (!isCalm_) solver_.getModelPtr()->scaling(0);
     PivotEvents events(watch_);
     solver_.getModelPtr()->passInEventHandler(&events);
 }
@@ -81,6 +87,7 @@ void CbcSolve::load() {
 void CbcSolve::solveRelaxation() {
     ClpSimplex& simplex = *solver_.getModelPtr();
     ClpSolve options = quietOptions();
+    if (!isCalm_) options.setPresolveType(ClpSolve::presolveOff);
     simplex.initialSolve(options);
     // Presolve may leave small infeasibilities or no clear answer: then once more without.
     if (!watch_.stopped() && simplex.status() != 0) simplex.dual();
@@ -116,7 +123,7 @@ void CbcSolve::readContinuous() {
 
 void CbcSolve::solveInteger() {
     answer_.status = ExactAnswer::Status::Open;
-    CbcTree(solver_, settings_, watch_).run(answer_);
+    if (isCalm_) CbcTree(solver_, settings_, watch_).run(answer_);
 }
 
 ExactAnswer CbcSolve::run() {
@@ -145,7 +152,10 @@ ExactAbilities exactBackEndAbilities() {
 }
 
 ExactAnswer solveExactly(const ExactProblem& problem, const ExactSettings& settings) {
-    return CbcSolve(problem, settings).run();
+    ExactProblem reachable = problem;
+    CbcRange::dropUnreachableSides(reachable);
+    if (!CbcRange::holds(reachable, settings.feasibilityTolerance)) return {};
+    return CbcSolve(reachable, settings).run();
 }
 
 }  // namespace engine

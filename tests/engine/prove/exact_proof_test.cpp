@@ -123,6 +123,18 @@ TEST_F(ExactProofs, LinearPrograms) {
          optimal,
          {}},
         {"not linear", "x: real 0 9.0; y: real 0 9.0; geq(prod(x,y), 12.0); minimise x;", open, {}},
+        {"a cost beyond what the back end takes for a number",
+         "x: real 0 9.0; y: real 0 9.0; geq(sum(x,y), 1.0); minimise sum(prod(x,1e25),y);",
+         open,
+         {}},
+        {"a coefficient that the back end would drop, and that matters",
+         "x: real 0 1e30; y: real 0 9.0; geq(sum(prod(x,1e-25),y), 20.0); minimise x;",
+         open,
+         {}},
+        {"a side beyond what the back end takes for one, that no row reaches",
+         "x: real 0 9.0; y: real 0 9.0; leq(sum(x,prod(y,4.0)), 1e25); maximise sum(x,y);",
+         optimal,
+         {18.0}},
         {"a strict relation between doubles", "x: real 0 9.0; gt(x, 1.0); minimise x;", open, {}},
     };
     for (const Case& c : cases) {
