@@ -5,7 +5,7 @@
 #include <sstream>
 #include <streambuf>
 
-#include "translate/recording_localsolver.hpp"
+#include "double/exchange.hpp"
 
 namespace {
 
@@ -64,13 +64,12 @@ TEST(ModelDump, NamesEveryOperator) {
 TEST(ModelDump, WritesConstantsThatAreNotToBeReadAsOperators) {
     const LocalSolver solver;
     const LSExpression half = solver.getModel().createConstant(0.5);
-    constexpr int readingTheValue = 3;  // after operator and type
-    recording::reset();
-    recording::failCall(readingTheValue, LS_ERROR_VALUE);
+    doubles::exchange().reset();
+    doubles::exchange().answer("ls_expr_get_double_value", "throw 7");
     std::ostringstream stream;
     vex::writeExpression(stream, half);
     EXPECT_EQ(stream.str(), "c()");
-    recording::reset();
+    doubles::exchange().reset();
 }
 
 TEST(ModelDump, FollowsDeepExpressions) {
@@ -103,10 +102,10 @@ TEST(ModelDump, StopsWhenTheStreamFails) {
     for (int k = 0; k < 100; ++k) model.addConstraint(sum);
     NarrowBuffer buffer(50);
     std::ostream stream(&buffer);
-    recording::reset();
+    doubles::exchange().reset();
     vex::dumpModel(stream, model);
     EXPECT_FALSE(stream);
-    EXPECT_LT(recording::nbCalls(), 200);
+    EXPECT_LT(doubles::exchange().nbCalls(), 200);
 }
 
 }  // namespace

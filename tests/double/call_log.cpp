@@ -95,7 +95,8 @@ void CallLog::add(const std::string& name, const std::string& arguments,
     addCall(name + "(" + arguments + ")" + result);
 }
 
-void CallLog::addCall(const std::string& call) {
+void CallLog::addCall(const std::string& written) {
+    const std::string call = abbreviated(written);
     if (line.size() + call.size() > longestLine) flush();
     line += (line.empty() ? "" : " ") + call;
 }
@@ -103,7 +104,7 @@ void CallLog::addCall(const std::string& call) {
 void CallLog::addLines(const std::string& lines) {
     if (!isShown) return;
     flush();
-    all += lines;
+    all += abbreviated(lines);
 }
 
 void CallLog::end(const char* entryPoint, int result) {
@@ -118,12 +119,16 @@ void CallLog::addFile(const std::filesystem::path& file) {
     std::ifstream stream(file);
     all += "file " + file.filename().string() + ":\n";
     for (std::string text; std::getline(stream, text);)
-        all += "  " + (text[0] >= '0' && text[0] <= '9' ? withoutTime(text) : text) + "\n";
+        all +=
+            "  " + abbreviated(text[0] >= '0' && text[0] <= '9' ? withoutTime(text) : text) + "\n";
 }
 
 std::string CallLog::text() {
     flush();
-    std::string text = all;
+    return all;
+}
+
+std::string CallLog::abbreviated(std::string text) const {
     for (const auto& [path, shortText] : abbreviations) {
         for (std::size_t at = text.find(path); at != std::string::npos; at = text.find(path, at))
             text.replace(at, path.size(), shortText);

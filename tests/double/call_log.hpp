@@ -31,6 +31,7 @@ public:
 private:
     [[nodiscard]] bool shows(const std::string& name) const;
     void addCall(const std::string& call);
+    [[nodiscard]] std::string abbreviated(std::string text) const;
     void flush();
 
     std::vector<std::string> shown, hidden;

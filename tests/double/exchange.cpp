@@ -18,10 +18,8 @@ void Exchange::answer(const std::string& key, const std::string& values) {
     answers[key] = {split(values, " then "), 0};
 }
 
-const std::string* Exchange::answerTo(const std::string& name,
-                                      const std::function<std::string()>& arguments) {
-    if (answers.empty()) return nullptr;
-    auto found = answers.find(name + "(" + arguments() + ")");
+const std::string* Exchange::answerTo(const std::string& name, const std::string& arguments) {
+    auto found = answers.find(name + "(" + arguments + ")");
     if (found == answers.end()) found = answers.find(name);
     if (found == answers.end()) return nullptr;
     auto& [values, next] = found->second;

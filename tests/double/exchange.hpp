@@ -14,7 +14,7 @@
 namespace doubles {
 
 /// How a spoiled call goes wrong.
-enum class Fault { none, low, high, failed, thrown };
+enum class Fault { none, low, high, thrown };
 
 class Exchange {
 public:
@@ -24,10 +24,11 @@ public:
     /// Receives every call when it is over: name, arguments, " = result" or "".
     using Listener = std::function<void(const std::string& name, const std::string& arguments,
                                         const std::string& result)>;
-    void listen(Listener newListener) { listener = std::move(newListener); }
-    [[nodiscard]] bool isListening() const { return listener != nullptr; }
+    void listen(Listener listener) { listeners.push_back(std::move(listener)); }
+    void stopListening() { listeners.clear(); }
+    [[nodiscard]] bool isListening() const { return !listeners.empty(); }
     void tell(const std::string& name, const std::string& arguments, const std::string& result) {
-        if (listener) listener(name, arguments, result);
+        for (const Listener& listener : listeners) listener(name, arguments, result);
     }
 
     /// Call `key`, "name" or "name(arguments)", is no longer forwarded. `values`: what it answers,
@@ -38,7 +39,7 @@ public:
     void answer(const std::string& key, const std::string& values);
     /// The answer to this call; null: forward it.
     [[nodiscard]] const std::string* answerTo(const std::string& name,
-                                              const std::function<std::string()>& arguments);
+                                              const std::string& arguments);
 
     /// The k-th call from now on that `Fault` suits goes wrong. `mayFail` tells which can.
     void spoil(std::int64_t call, Fault fault);
@@ -46,6 +47,7 @@ public:
     [[nodiscard]] Fault faultOf(const std::string& name, bool mayFail);
     [[nodiscard]] std::int64_t nbCalls() const { return nbCounted; }
     [[nodiscard]] bool isSilent() const { return nbSilences > 0; }
+    [[nodiscard]] bool hasAnswers() const { return !answers.empty(); }
     /// The function whose call was spoiled, or the empty text.
     [[nodiscard]] const std::string& spoiled() const { return spoiledName; }
 
@@ -54,7 +56,7 @@ private:
         std::vector<std::string> values;
         std::size_t next = 0;
     };
-    Listener listener;
+    std::vector<Listener> listeners;
     std::map<std::string, Answers> answers;
     std::int64_t nbCounted = 0;
     std::int64_t spoiledCall = 0;  // 0: none

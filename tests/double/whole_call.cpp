@@ -12,6 +12,8 @@
 #include "double/instance_text.hpp"
 #include "double/model_text.hpp"
 #include "double/optimizer_double.hpp"
+#include "double/value_check.hpp"
+#include "host/host_interfaces.hpp"
 #include "link/entry_points.hpp"
 #include "norv/environment.hpp"
 #include "norv/model.hpp"
@@ -36,17 +38,24 @@ std::string behindFirstWord(const std::string& line) {
     return blank == std::string::npos ? "" : line.substr(blank + 1);
 }
 
-/// A folder that is gone at the end.
+/// A folder to work in, gone at the end.
 class ScratchFolder {
 public:
-    ScratchFolder() { std::filesystem::create_directories(path); }
-    ~ScratchFolder() { std::filesystem::remove_all(path, ignored); }
+    ScratchFolder() {
+        std::filesystem::create_directories(path);
+        std::filesystem::current_path(path);
+    }
+    ~ScratchFolder() {
+        std::filesystem::current_path(before, ignored);
+        std::filesystem::remove_all(path, ignored);
+    }
     ScratchFolder(const ScratchFolder&) = delete;
     ScratchFolder& operator=(const ScratchFolder&) = delete;
     const std::filesystem::path path =
         std::filesystem::temp_directory_path() / ("vexcc_case_" + std::to_string(std::rand()));
 
 private:
+    const std::filesystem::path before = std::filesystem::current_path();
     std::error_code ignored;
 };
 
@@ -58,6 +67,7 @@ struct Case {
     std::vector<Words> searches = {{"1"}};
     Words levels;
     bool ownOptions = false;
+    bool hasAnswers = false;
 };
 
 std::vector<Words> searchesOf(const std::string& scripts) {
@@ -93,7 +103,7 @@ Case read(const std::vector<std::string>& lines) {
                 c.options.push_back("defvar x" + std::to_string(k) + " e" + std::to_string(k));
         else if (first == "own")
             c.ownOptions = true;
-        else if (first == "answer")
+        else if (first == "answer" && (c.hasAnswers = true))
             exchange().answer(split(behindFirstWord(line), " = ").at(0),
                               behindFirstWord(line).substr(behindFirstWord(line).find(" = ") + 3));
         else
@@ -108,11 +118,36 @@ Case read(const std::vector<std::string>& lines) {
     return c;
 }
 
+const vex::HostInterface& interfaceOf(const std::string& prefix) {
+    if (prefix == "nmo") return vex::nmoInterface;
+    if (prefix == "nev") return vex::nevInterface;
+    if (prefix == "hux") return vex::huxInterface;
+    if (prefix == "opt") return vex::optInterface;
+    throw std::invalid_argument("no interface " + prefix);
+}
+
+/// What a fresh binding of the interface says. The slots hold the double again afterwards.
+std::string bindAnew(const std::string& prefix, bool asCallersDo) {
+    const vex::HostInterface& interface = interfaceOf(prefix);
+    char message[1024] = "stale";
+    vex::Binding binding(interface);
+    vex::MessageText text(message, sizeof message);
+    const int result = asCallersDo ? binding.ensureLoaded(text, hostLoading())
+                                   : static_cast<int>(binding.load("any.lib", text, hostLoading()));
+    const bool isLoaded = binding.isLoaded();
+    const Silence silence;
+    char unused[1024];
+    static_cast<void>(vex::Binding(interface).ensureLoaded({unused, sizeof unused}, hostLoading()));
+    return std::to_string(result) + (isLoaded ? ", loaded, " : ", ") + quoted(message) + "\n";
+}
+
 class Run {
 public:
     explicit Run(const Case& c)
         : asked(c), model(readInstance(c.instance, environment)), log(c.kind, c.show, c.hide) {
         log.abbreviate(scratch.path.string(), "$tmp");
+        log.abbreviate(std::string("64") + vex::librarySuffix + "\"", "64.lib\"");
+        log.abbreviate(std::string("64") + vex::librarySuffix + ":", "64.lib:");
         log.abbreviate(VEXCC_SYSTEM_DIRECTORY "/", "$system/");
         environment.setSystemDirectory(VEXCC_SYSTEM_DIRECTORY);
         setLevels();
@@ -123,7 +158,7 @@ public:
         setSearches(asked.searches);
     }
     ~Run() {
-        exchange().listen(nullptr);
+        exchange().stopListening();
         vexFree(&handle);
         setSearches({});
     }
@@ -137,7 +172,11 @@ public:
             if (name == "ls_close") addModel();
         });
         for (const std::string& step : asked.steps) perform(step);
-        exchange().listen(nullptr);
+        exchange().stopListening();
+        // Where the model was built from what the host says itself.
+        if (asked.kind == "setup" && !asked.hasAnswers && link().solver != nullptr &&
+            link().solver->getState() == LS_STATE_CLOSED)
+            log.addLines(differencesByValue(link(), model));
         for (const char* file : {"dump", "trace"}) {
             if (std::filesystem::exists(scratch.path / file)) log.addFile(scratch.path / file);
         }
@@ -177,6 +216,8 @@ private:
     void setOptions() {
         if (!options.readDefinition(VEXCC_SYSTEM_DIRECTORY "/optlocalsolver.def"))
             throw std::invalid_argument(options.messages().front().text);
+        // No case may depend on how long it takes.
+        options.set("solvetracetime 0", "case");
         for (const std::string& option : asked.options) {
             if (!options.set(expanded(option), "case"))
                 throw std::invalid_argument(options.messages().back().text);
@@ -195,6 +236,8 @@ private:
             vexFree(&handle);
         } else if (step == "throws") {
             setUpAlone();
+        } else if (step.starts_with("load:") || step.starts_with("bind:")) {
+            log.addLines(bindAnew(step.substr(5), step.starts_with("bind:")));
         } else {
             throw std::invalid_argument("no step " + step);
         }
@@ -226,13 +269,14 @@ private:
 
 }  // namespace
 
-std::string runCase(const std::vector<std::string>& lines) {
+std::string runCase(const std::vector<std::string>& lines,
+                    const std::function<void()>& beforehand) {
     bindHost();
     exchange().reset();
     const Case c = read(lines);
-    std::string text = Run(c).text();
-    exchange().reset();
-    return text;
+    Run run(c);
+    beforehand();
+    return run.text();
 }
 
 }  // namespace doubles

@@ -1,17 +1,19 @@
 #pragma once
 
+#include <functional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 /// Whole calls of the link's entry points as text, between the doubles of host and optimizer.
 ///
 /// A case is a list of lines. Lines of an instance (instance_text.hpp) and, in any order:
-///   setup | solve | whole    which calls are shown: of model setup with the model built; of the
-///                            solve; all that change something. At first setup.
+///   setup | solve | whole    which calls are shown: of model setup with the model built, and what
+///                            differs by value (value_check.hpp); of the solve; all that change
+///                            something. At first setup.
 ///   do STEP…                 in place of "ready" (setup) and of "ready solve" for each search:
 ///                            steps ready, solve, free; throws: model setup alone, with the
-///                            exception that leaves it
+///                            exception that leaves it; bind:PREFIX, load:PREFIX: a fresh binding
+///                            of that interface, made ready or loaded, and what it says
 ///   show PATTERN… | hide PATTERN…   calls to show besides, or not; "name" or "beginning*";
 ///                            without ls_close a model is shown by its size alone
 ///   option NAME VALUE        a line of the option file; $tmp stands for a folder of its own,
@@ -25,8 +27,9 @@
 
 namespace doubles {
 
-/// Runs a case on a link object of its own. @return its calls as text, a paragraph a step.
+/// Runs a case on a link object of its own, after `beforehand`. @return its calls as text.
 /// @throws std::invalid_argument for a line that cannot be read.
-std::string runCase(const std::vector<std::string>& lines);
+std::string runCase(
+    const std::vector<std::string>& lines, const std::function<void()>& beforehand = [] {});
 
 }  // namespace doubles

@@ -136,7 +136,7 @@ void expectEachItsOwnCreate(bool linkFirst) {
     const auto loadLink = [&] { link = platformLoading().open(LINK_FILE, reason); };
     if (linkFirst) loadLink();
 
-    const LibraryLoading loading = test::loadingFrom(SMALL_HOSTS "/options");
+    const LibraryLoading loading = test::loadingFrom(SMALL_HOSTS "/sound");
     Binding binding(optInterface);
     char message[256];
     ASSERT_TRUE(binding.ensureLoaded({message, sizeof message}, loading)) << message;

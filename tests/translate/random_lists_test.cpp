@@ -6,10 +6,14 @@
 #include <random>
 #include <unordered_set>
 
+#include "double/host_double.hpp"
+#include "double/instance_text.hpp"
+#include "double/model_text.hpp"
+#include "host/operations.hpp"
 #include "nonlinear/evaluator.hpp"
 #include "nonlinear/functions.hpp"
 #include "norv/nonlinear/assembler.hpp"
-#include "translate/link_fixture.hpp"
+#include "translate/nlocalsolver.hpp"
 
 namespace {
 
@@ -176,11 +180,11 @@ struct Tally {
     int nbEqual = 0, nbUndefined = 0, nbExcused = 0;
 };
 
-void compareAtPoint(LinkFixture& fixture, std::vector<norv::InstructionList>& lists,
+void compareAtPoint(vex::NorvLocalSolver& link, std::vector<norv::InstructionList>& lists,
                     const std::vector<LSExpression>& expressions, const std::vector<double>& point,
                     Tally& tally) {
     for (std::size_t j = 0; j < point.size(); ++j) {
-        const LSExpression x = fixture.link.getVariable(static_cast<std::int32_t>(j));
+        const LSExpression x = link.getVariable(static_cast<std::int32_t>(j));
         if (x.isDouble())
             x.setDoubleValue(point[j]);
         else
@@ -195,33 +199,40 @@ void compareAtPoint(LinkFixture& fixture, std::vector<norv::InstructionList>& li
             ++tally.nbExcused;
         } else {
             ADD_FAILURE() << norv::describe(lists[k], pool) << "\nbecomes "
-                          << fixture.typedText(expressions[k]) << "\nat "
-                          << testing::PrintToString(point) << ": host " << host.value << " with "
-                          << host.nbErrors << " errors, engine " << engine;
+                          << doubles::expressionText(link.solver->getHandle(),
+                                                     expressions[k].getIndex())
+                          << "\nat " << testing::PrintToString(point) << ": host " << host.value
+                          << " with " << host.nbErrors << " errors, engine " << engine;
         }
     }
 }
 
 TEST(RandomLists, KeepTheirValuesWhenConverted) {
+    doubles::bindHost();
     ListGenerator generator;
     Tally tally;
     for (std::uint32_t seed = 1; seed <= 200 && !HasFailure(); ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         generator.startFrom(seed);
-        LinkFixture fixture(seed % 2 == 0 ? named : unnamed);
-        fixture.startModel();
+        const norv::Environment environment;
+        const norv::Model model = readInstance(seed % 2 == 0 ? named : unnamed, environment);
+        vex::NorvLocalSolver link;
+        link.nmo = model.handle();
+        vex::nmoIndexBaseSet(link.nmo, 0);
+        link.solver = std::make_unique<localsolver::LocalSolver>();
+        link.variables.resize(nbVariables);
         std::vector<norv::InstructionList> lists(60);
         std::vector<LSExpression> expressions;
         for (norv::InstructionList& list : lists) {
             list = generator.next();
-            expressions.push_back(fixture.link.convertExpression(
-                static_cast<std::int32_t>(list.size()), list.opcodes.data(), list.fields.data(),
-                pool.data()));
+            expressions.push_back(link.convertExpression(static_cast<std::int32_t>(list.size()),
+                                                         list.opcodes.data(), list.fields.data(),
+                                                         pool.data()));
         }
-        fixture.link.solver->getModel().close();
+        link.solver->getModel().close();
         std::mt19937 random(seed);
         for (int p = 0; p < 5; ++p)
-            compareAtPoint(fixture, lists, expressions, randomPoint(random), tally);
+            compareAtPoint(link, lists, expressions, randomPoint(random), tally);
     }
     for (const norv::OpcodeTraits& each : norv::opcodeTable) {
         const bool isAccepted = each.action != Action::refuse;

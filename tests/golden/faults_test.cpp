@@ -1,0 +1,107 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "double/exchange.hpp"
+#include "double/optimizer_double.hpp"
+#include "double/whole_call.hpp"
+#include "host/host_interfaces.hpp"
+
+/// Whole runs in which one call after the other goes wrong.
+
+namespace {
+
+using doubles::exchange;
+using doubles::Fault;
+using Lines = std::vector<std::string>;
+
+/// Every kind of row and every file. All decisions are fixed: a run leaves the levels as they were.
+const Lines everything = {"whole",
+                          "own",
+                          "cont x in 4 4 ; int n in 2 2 ; cont d in 0 9 ; max x + n * n + d",
+                          "c1 : x + n <= 9 ; c2 : [ 1:x 20:10 ] >= 1 ; def : 2 d + x = 8",
+                          "option aggrvars 1",
+                          "option solvetrace $tmp/trace",
+                          "option solvetracetime 0",
+                          "option dumpmodel $tmp/dump",
+                          "option writelsp $tmp/lsp",
+                          "search 0 3 4 1 status=3"};
+
+/// Number in the last call of `function`, which takes one; -1: there is none.
+int lastArgument(const std::string& text, const std::string& function) {
+    const std::size_t at = text.rfind(function + "(");
+    return at == std::string::npos ? -1 : std::stoi(text.substr(at + function.size() + 1));
+}
+
+/// Statuses go in pairs, and without statuses a result says that the call failed.
+void expectClearEnd(const std::string& text) {
+    const int modelStatus = lastArgument(text, "nmoModelStatSet");
+    const int solveStatus = lastArgument(text, "nmoSolveStatSet");
+    const bool failed = text.find("vexReadyAPI = 1") != std::string::npos ||
+                        text.find("vexCallSolver = 1") != std::string::npos ||
+                        text.find("vexCallSolver = 3") != std::string::npos;
+    if (modelStatus == 14)
+        EXPECT_EQ(solveStatus, 6);
+    else if (modelStatus == 13)
+        EXPECT_EQ(solveStatus, 10);
+    else if (modelStatus == -1)
+        EXPECT_TRUE(failed);
+    else
+        EXPECT_TRUE(std::set<int>({1, 4, 5, 6, 7, 8, 10, 16}).count(modelStatus) == 1 &&
+                    std::set<int>({1, 2, 3, 8}).count(solveStatus) == 1)
+            << modelStatus << ", " << solveStatus;
+}
+
+TEST(Faults, EndInClearStatusesAndLeaveNothingBehind) {
+    const std::string sound = doubles::runCase(everything);
+    std::set<std::string> spoiled;
+    for (const Fault fault : {Fault::low, Fault::high, Fault::thrown}) {
+        for (std::int64_t k = 1;; ++k) {
+            testing::internal::CaptureStderr();
+            const std::string text =
+                doubles::runCase(everything, [&] { exchange().spoil(k, fault); });
+            testing::internal::GetCapturedStderr();
+            const std::string name = exchange().spoiled();
+            if (name.empty()) break;
+            SCOPED_TRACE(std::to_string(k) + ": " + name + "\n" + text);
+            spoiled.insert(name);
+            if (name != "nmoModelStatSet" && name != "nmoSolveStatSet") expectClearEnd(text);
+            EXPECT_EQ(doubles::nbSolvers(), 0);
+            EXPECT_EQ(vex::huxBinding.nbObjects(), 0);
+            EXPECT_EQ(vex::optBinding.nbObjects(), 0);
+            ASSERT_EQ(doubles::runCase(everything), sound);
+        }
+    }
+    EXPECT_GT(spoiled.size(), 60U);
+}
+
+/// The calls since the last solver was there, wherever the lines break.
+std::string lastSetupAndSolve(const std::string& text) {
+    std::string calls = text.substr(text.rfind("ls_set_verbosity"));
+    std::replace(calls.begin(), calls.end(), '\n', ' ');
+    return calls;
+}
+
+TEST(Faults, LeaveTheLinkObjectFitForTheNextRun) {
+    Lines twice = everything;  // but with the host's option object: what it has read, stays
+    twice.erase(std::find(twice.begin(), twice.end(), "own"));
+    twice.emplace_back("hide ls_expr_set*");  // starting values: what the first run left
+    twice.emplace_back("do ready solve");
+    doubles::runCase(twice, [] { exchange().spoil(0, Fault::none); });
+    const std::int64_t nbCalls = exchange().nbCalls();
+    twice.back() = "do ready solve ready solve free";
+    const std::string ending = lastSetupAndSolve(doubles::runCase(twice));
+    for (const Fault fault : {Fault::low, Fault::thrown}) {
+        for (std::int64_t k = 1; k <= nbCalls; ++k) {
+            testing::internal::CaptureStderr();
+            const std::string text = doubles::runCase(twice, [&] { exchange().spoil(k, fault); });
+            testing::internal::GetCapturedStderr();
+            ASSERT_EQ(lastSetupAndSolve(text), ending) << k << ": " << exchange().spoiled();
+        }
+    }
+}
+
+}  // namespace
