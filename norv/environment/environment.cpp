@@ -21,17 +21,17 @@ bool endsWithSeparator(std::string_view directory) {
 
 }  // namespace
 
-Environment::Environment() : record(std::make_unique<hostapi::EnvironmentRecord>()) {}
+Environment::Environment() : record_(std::make_unique<hostapi::EnvironmentRecord>()) {}
 Environment::~Environment() = default;
 Environment::Environment(Environment&&) noexcept = default;
 Environment& Environment::operator=(Environment&&) noexcept = default;
 
 void Environment::setLogSink(Sink sink) {
-    record->logSink = std::move(sink);
+    record_->logSink = std::move(sink);
 }
 
 void Environment::setStatusSink(Sink sink) {
-    record->statusSink = std::move(sink);
+    record_->statusSink = std::move(sink);
 }
 
 void Environment::setSystemDirectory(std::string_view directory) {
@@ -40,36 +40,36 @@ void Environment::setSystemDirectory(std::string_view directory) {
     if (complete.size() > static_cast<std::size_t>(hostapi::longestText)) {
         throw std::length_error("the system directory has more than 255 characters: " + complete);
     }
-    record->systemDirectory = std::move(complete);
+    record_->systemDirectory = std::move(complete);
 }
 
 void Environment::setTimeLimit(double seconds) {
     if (std::isnan(seconds) || seconds < 0.0)
         throw std::invalid_argument("the time limit must be 0 or more seconds");
-    record->timeLimit = seconds;
+    record_->timeLimit = seconds;
 }
 
 void Environment::setIterationLimit(std::int32_t iterations) {
     if (iterations < 0) throw std::invalid_argument("the iteration limit must be 0 or more");
-    record->iterationLimit = iterations;
+    record_->iterationLimit = iterations;
 }
 
 void Environment::setThreads(std::int32_t threads) {
     if (threads < 1) throw std::invalid_argument("the number of threads must be 1 or more");
-    record->nbThreads = threads;
+    record_->nbThreads = threads;
 }
 
 void Environment::requestTermination() noexcept {
     static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets the flag");
-    record->terminationRequested.store(true, std::memory_order_relaxed);
+    record_->terminationRequested.store(true, std::memory_order_relaxed);
 }
 
 void Environment::clearTermination() noexcept {
-    record->terminationRequested.store(false, std::memory_order_relaxed);
+    record_->terminationRequested.store(false, std::memory_order_relaxed);
 }
 
 hostapi::EnvironmentHandle Environment::handle() const noexcept {
-    return record.get();
+    return record_.get();
 }
 
 void writeLog(const hostapi::EnvironmentRecord& environment, std::string_view text) {

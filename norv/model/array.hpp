@@ -34,16 +34,16 @@ private:
 /// The same for a point, of which nobody owns the array.
 class Point {
 public:
-    explicit Point(std::span<const double> pointValues) noexcept : values(pointValues) {}
+    explicit Point(std::span<const double> pointValues) noexcept : values_(pointValues) {}
 
     template <std::integral Index>
     double operator[](Index j) const noexcept {
-        assert(j >= 0 && static_cast<std::size_t>(j) < values.size());
-        return values[static_cast<std::size_t>(j)];
+        assert(j >= 0 && static_cast<std::size_t>(j) < values_.size());
+        return values_[static_cast<std::size_t>(j)];
     }
 
 private:
-    std::span<const double> values;
+    std::span<const double> values_;
 };
 
 }  // namespace norv

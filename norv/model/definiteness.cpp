@@ -18,9 +18,9 @@ public:
     /// Of x'Ax with the terms' variables in ascending order.
     explicit Envelope(std::span<const FormTerm> terms);
 
-    [[nodiscard]] std::size_t size() const { return firsts.size(); }
-    [[nodiscard]] std::size_t first(std::size_t i) const { return firsts[i]; }
-    double& at(std::size_t i, std::size_t j) { return values[starts[i] + j - firsts[i]]; }
+    [[nodiscard]] std::size_t size() const { return firsts_.size(); }
+    [[nodiscard]] std::size_t first(std::size_t i) const { return firsts_[i]; }
+    double& at(std::size_t i, std::size_t j) { return values_[starts_[i] + j - firsts_[i]]; }
     /// Of a factorization.
     [[nodiscard]] double work() const;
     /// Multiplies rows and columns by powers of two, so that the diagonal lies in [1, 4).
@@ -29,11 +29,11 @@ public:
     void shift();
 
 private:
-    [[nodiscard]] double width(std::size_t i) const { return static_cast<double>(i - firsts[i]); }
+    [[nodiscard]] double width(std::size_t i) const { return static_cast<double>(i - firsts_[i]); }
 
-    std::vector<std::size_t> firsts;  ///< [size] column of the row's first entry
-    std::vector<std::size_t> starts;  ///< [size] of the row in `values`
-    std::vector<double> values;
+    std::vector<std::size_t> firsts_;  ///< [size] column of the row's first entry
+    std::vector<std::size_t> starts_;  ///< [size] of the row in `values`
+    std::vector<double> values_;
 };
 
 Envelope::Envelope(std::span<const FormTerm> terms) {
@@ -45,18 +45,18 @@ Envelope::Envelope(std::span<const FormTerm> terms) {
         const auto found = std::lower_bound(variables.begin(), variables.end(), variable);
         return static_cast<std::size_t>(found - variables.begin());
     };
-    for (std::size_t i = 0; i < variables.size(); ++i) firsts.push_back(i);
+    for (std::size_t i = 0; i < variables.size(); ++i) firsts_.push_back(i);
     for (const FormTerm& each : terms) {
         const auto [low, high] = std::minmax(positionOf(each.first), positionOf(each.second));
-        firsts[high] = std::min(firsts[high], low);
+        firsts_[high] = std::min(firsts_[high], low);
     }
     if (work() > largestWork) return;
     std::size_t end = 0;
     for (std::size_t i = 0; i < size(); ++i) {
-        starts.push_back(end);
-        end += i - firsts[i] + 1;
+        starts_.push_back(end);
+        end += i - firsts_[i] + 1;
     }
-    values.resize(end);
+    values_.resize(end);
     for (const FormTerm& each : terms) {
         const auto [low, high] = std::minmax(positionOf(each.first), positionOf(each.second));
         at(high, low) = low == high ? each.value : each.value / 2.0;

@@ -32,124 +32,124 @@ void checkLength(const Instance& instance, std::span<const double> point) {
 }  // namespace
 
 Model::Model(std::unique_ptr<hostapi::ModelRecord> instance) noexcept
-    : record(std::move(instance)) {}
+    : record_(std::move(instance)) {}
 Model::~Model() = default;
 Model::Model(Model&&) noexcept = default;
 Model& Model::operator=(Model&&) noexcept = default;
 
 hostapi::ModelHandle Model::handle() const noexcept {
-    return record.get();
+    return record_.get();
 }
 
 std::int32_t Model::nbRows() const noexcept {
-    return record->instance.nbRows();
+    return record_->instance.nbRows();
 }
 std::int32_t Model::nbVariables() const noexcept {
-    return record->instance.nbVariables();
+    return record_->instance.nbVariables();
 }
 std::int32_t Model::nbDiscrete() const noexcept {
-    return record->instance.nbDiscrete();
+    return record_->instance.nbDiscrete();
 }
 std::int64_t Model::nbCoefficients() const noexcept {
-    return record->instance.entries.starts[record->instance.objective()];
+    return record_->instance.entries.starts[record_->instance.objective()];
 }
 bool Model::isQuadratic() const noexcept {
-    return !record->instance.quadratic.values.empty();
+    return !record_->instance.quadratic.values.empty();
 }
 bool Model::isNonlinear() const noexcept {
-    return !record->instance.lists.empty();
+    return !record_->instance.lists.empty();
 }
 bool Model::hasObjective() const noexcept {
     // Occurrences in quadratic entries and instruction lists are entries too.
-    return record->instance.entries.nbEntries(record->instance.objective()) > 0;
+    return record_->instance.entries.nbEntries(record_->instance.objective()) > 0;
 }
 bool Model::isSurelyConvex() const {
-    return record->instance.isSurelyConvex();
+    return record_->instance.isSurelyConvex();
 }
 std::int32_t Model::sense() const noexcept {
-    return record->instance.sense;
+    return record_->instance.sense;
 }
 std::int32_t Model::modelType() const noexcept {
-    return record->instance.modelType;
+    return record_->instance.modelType;
 }
 
 std::int32_t Model::variableType(std::int32_t variable) const {
-    return record->instance.variables.types[checkedVariable(record->instance, variable)];
+    return record_->instance.variables.types[checkedVariable(record_->instance, variable)];
 }
 double Model::lower(std::int32_t variable) const {
-    return record->instance.variables.lower[checkedVariable(record->instance, variable)];
+    return record_->instance.variables.lower[checkedVariable(record_->instance, variable)];
 }
 double Model::upper(std::int32_t variable) const {
-    return record->instance.variables.upper[checkedVariable(record->instance, variable)];
+    return record_->instance.variables.upper[checkedVariable(record_->instance, variable)];
 }
 bool Model::isUsed(std::int32_t variable) const {
-    return record->instance.isUsed(checkedVariable(record->instance, variable));
+    return record_->instance.isUsed(checkedVariable(record_->instance, variable));
 }
 std::int32_t Model::rowType(std::int32_t row) const {
-    return record->instance.rows.types[checkedRow(record->instance, row)];
+    return record_->instance.rows.types[checkedRow(record_->instance, row)];
 }
 std::span<const SpecialOrderedSet> Model::specialOrderedSets() const noexcept {
-    return record->instance.sets;
+    return record_->instance.sets;
 }
 double Model::rightHandSide(std::int32_t row) const {
-    return record->instance.rows.rightHandSides[checkedRow(record->instance, row)];
+    return record_->instance.rows.rightHandSides[checkedRow(record_->instance, row)];
 }
 std::string Model::variableName(std::int32_t variable) const {
-    return record->instance.variableNames.nameOf(checkedVariable(record->instance, variable));
+    return record_->instance.variableNames.nameOf(checkedVariable(record_->instance, variable));
 }
 std::string Model::rowName(std::int32_t row) const {
-    return record->instance.rowNames.nameOf(checkedRow(record->instance, row));
+    return record_->instance.rowNames.nameOf(checkedRow(record_->instance, row));
 }
 
 std::span<const double> Model::levels() const noexcept {
-    return record->solution.levels;
+    return record_->solution.levels;
 }
 void Model::setLevel(std::int32_t variable, double level) {
-    record->solution.levels[checkedVariable(record->instance, variable)] = level;
+    record_->solution.levels[checkedVariable(record_->instance, variable)] = level;
 }
 
 void Model::takeResults(const Model& other) {
     if (other.nbVariables() < nbVariables())
         throw std::invalid_argument("results are taken from a model with the same variables");
-    const std::size_t nbOwn = record->solution.levels.size();
-    record->solution = other.record->solution;
-    record->solution.levels.resize(nbOwn);
+    const std::size_t nbOwn = record_->solution.levels.size();
+    record_->solution = other.record_->solution;
+    record_->solution.levels.resize(nbOwn);
 }
 
 std::int32_t Model::modelStatus() const noexcept {
-    return record->solution.modelStatus;
+    return record_->solution.modelStatus;
 }
 std::int32_t Model::solveStatus() const noexcept {
-    return record->solution.solveStatus;
+    return record_->solution.solveStatus;
 }
 void Model::setModelStatus(std::int32_t status) noexcept {
-    record->solution.modelStatus = status;
+    record_->solution.modelStatus = status;
 }
 void Model::setSolveStatus(std::int32_t status) noexcept {
-    record->solution.solveStatus = status;
+    record_->solution.solveStatus = status;
 }
 double Model::headAndTail(std::int32_t index) const {
-    return record->solution.headAndTail[checked("statistic", index, SolutionRecord::nbStatistics)];
+    return record_->solution.headAndTail[checked("statistic", index, SolutionRecord::nbStatistics)];
 }
 
 Evaluation Model::evaluateRow(std::int32_t row, std::span<const double> point,
                               Leniency* leniency) const {
-    checkLength(record->instance, point);
-    return record->instance.evaluate(checkedRow(record->instance, row), point, leniency);
+    checkLength(record_->instance, point);
+    return record_->instance.evaluate(checkedRow(record_->instance, row), point, leniency);
 }
 
 Evaluation Model::evaluateObjective(std::span<const double> point, Leniency* leniency) const {
-    checkLength(record->instance, point);
-    Evaluation result = record->instance.evaluate(record->instance.objective(), point, leniency);
-    result.value += record->instance.objectiveConstant;
+    checkLength(record_->instance, point);
+    Evaluation result = record_->instance.evaluate(record_->instance.objective(), point, leniency);
+    result.value += record_->instance.objectiveConstant;
     return result;
 }
 
 void Model::setOptionFile(std::string path, std::int32_t number) {
     if (path.size() > static_cast<std::size_t>(hostapi::longestText))
         throw std::length_error("the option file's path has more than 255 characters: " + path);
-    record->optionFileNumber = path.empty() ? 0 : number;
-    record->optionFile = std::move(path);
+    record_->optionFileNumber = path.empty() ? 0 : number;
+    record_->optionFile = std::move(path);
 }
 
 }  // namespace norv

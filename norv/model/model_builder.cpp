@@ -192,10 +192,10 @@ void ModelBuilder::Draft::installLists() {
     }
 }
 
-ModelBuilder::ModelBuilder() : draft(std::make_unique<Draft>()) {}
+ModelBuilder::ModelBuilder() : draft_(std::make_unique<Draft>()) {}
 ModelBuilder::~ModelBuilder() = default;
 ModelBuilder::ModelBuilder(const ModelBuilder& other)
-    : draft(std::make_unique<Draft>(*other.draft)) {}
+    : draft_(std::make_unique<Draft>(*other.draft_)) {}
 ModelBuilder::ModelBuilder(ModelBuilder&&) noexcept = default;
 ModelBuilder& ModelBuilder::operator=(ModelBuilder&&) noexcept = default;
 
@@ -204,51 +204,51 @@ std::int32_t ModelBuilder::addVariable(std::int32_t type, double lower, double u
     checkType(type, hostapi::variable_type::semiInteger, "variable type");
     checkBounds(lower, upper);
     checkName(name);
-    Instance& instance = draft->instance;
+    Instance& instance = draft_->instance;
     instance.variables.types.push_back(type);
     instance.variables.lower.push_back(lower);
     instance.variables.upper.push_back(upper);
     instance.variableNames.add(name);
-    draft->levels.push_back(level);
+    draft_->levels.push_back(level);
     return instance.nbVariables() - 1;
 }
 
 void ModelBuilder::setVariableType(std::int32_t variable, std::int32_t type) {
     checkType(type, hostapi::variable_type::semiInteger, "variable type");
-    draft->instance.variables.types[draft->checkedVariable(variable)] = type;
+    draft_->instance.variables.types[draft_->checkedVariable(variable)] = type;
 }
 
 void ModelBuilder::setBounds(std::int32_t variable, double lower, double upper) {
-    draft->checkedVariable(variable);
+    draft_->checkedVariable(variable);
     checkBounds(lower, upper);
-    draft->instance.variables.lower[variable] = lower;
-    draft->instance.variables.upper[variable] = upper;
+    draft_->instance.variables.lower[variable] = lower;
+    draft_->instance.variables.upper[variable] = upper;
 }
 
 void ModelBuilder::setLevel(std::int32_t variable, double level) {
-    draft->levels[draft->checkedVariable(variable)] = level;
+    draft_->levels[draft_->checkedVariable(variable)] = level;
 }
 
 std::int32_t ModelBuilder::addRow(std::int32_t type, double rightHandSide, std::string_view name) {
     checkType(type, hostapi::equation_type::logic, "equation type");
     checkNumber(rightHandSide, "a right-hand side");
     checkName(name);
-    return draft->appendRow(type, rightHandSide, name);
+    return draft_->appendRow(type, rightHandSide, name);
 }
 
 void ModelBuilder::setRange(std::int32_t row, double lower, double upper) {
-    draft->checkedRow(row, 0);
+    draft_->checkedRow(row, 0);
     checkBounds(lower, upper);
     const bool hasLower = std::isfinite(lower);
     const bool hasUpper = std::isfinite(upper);
     const bool isEquality = lower == upper;
-    draft->instance.rows.types[row] = isEquality ? hostapi::equation_type::equality
-                                      : hasLower ? hostapi::equation_type::greater
-                                      : hasUpper ? hostapi::equation_type::less
-                                                 : hostapi::equation_type::free;
-    draft->instance.rows.rightHandSides[row] = hasLower ? lower : hasUpper ? upper : 0.0;
-    draft->rangeUppers.erase(row);
-    if (hasLower && hasUpper && !isEquality) draft->rangeUppers[row] = upper;
+    draft_->instance.rows.types[row] = isEquality ? hostapi::equation_type::equality
+                                       : hasLower ? hostapi::equation_type::greater
+                                       : hasUpper ? hostapi::equation_type::less
+                                                  : hostapi::equation_type::free;
+    draft_->instance.rows.rightHandSides[row] = hasLower ? lower : hasUpper ? upper : 0.0;
+    draft_->rangeUppers.erase(row);
+    if (hasLower && hasUpper && !isEquality) draft_->rangeUppers[row] = upper;
 }
 
 std::int32_t ModelBuilder::addRangeRow(double lower, double upper, std::string_view name) {
@@ -259,43 +259,43 @@ std::int32_t ModelBuilder::addRangeRow(double lower, double upper, std::string_v
 }
 
 void ModelBuilder::addCoefficient(std::int32_t row, std::int32_t variable, double value) {
-    draft->checkedRow(row, objectiveRow);
-    draft->checkedVariable(variable);
+    draft_->checkedRow(row, objectiveRow);
+    draft_->checkedVariable(variable);
     checkNumber(value, "a coefficient");
-    draft->entries.addLinear(row, variable, value);
+    draft_->entries.addLinear(row, variable, value);
 }
 
 void ModelBuilder::addQuadratic(std::int32_t row, std::int32_t first, std::int32_t second,
                                 double value) {
-    draft->checkedRow(row, objectiveRow);
-    draft->checkedVariable(first);
-    draft->checkedVariable(second);
+    draft_->checkedRow(row, objectiveRow);
+    draft_->checkedVariable(first);
+    draft_->checkedVariable(second);
     // Doubled, because that is how the link will see a diagonal entry.
     checkNumber(2.0 * value, "twice a quadratic coefficient");
-    draft->quadratic.push_back({row, first, second, value});
+    draft_->quadratic.push_back({row, first, second, value});
 }
 
 void ModelBuilder::setInstructions(std::int32_t row, std::span<const std::int32_t> opcodes,
                                    std::span<const std::int32_t> fields) {
-    draft->checkedRow(row, objectiveRow);
+    draft_->checkedRow(row, objectiveRow);
     if (opcodes.empty() || opcodes.size() != fields.size())
         refuse("an instruction list has at least one opcode and one field per opcode");
-    const Instance& instance = draft->instance;
+    const Instance& instance = draft_->instance;
     const ListCheck check = checkInstructions(opcodes, fields, instance.nbVariables(),
                                               static_cast<std::int32_t>(instance.pool.size()));
     if (!check.fault.empty()) {
         const std::string name = row < 0 ? "the objective" : instance.rowNames.nameOf(row);
         refuse(name + ": " + check.fault);
     }
-    InstructionList& list = draft->lists[row];
+    InstructionList& list = draft_->lists[row];
     list.opcodes.assign(opcodes.begin(), opcodes.end());
     list.fields.assign(fields.begin(), fields.end());
     list.depth = check.depth;
 }
 
 std::int32_t ModelBuilder::addPoolConstant(double value) {
-    draft->instance.pool.push_back(value);
-    return static_cast<std::int32_t>(draft->instance.pool.size());
+    draft_->instance.pool.push_back(value);
+    return static_cast<std::int32_t>(draft_->instance.pool.size());
 }
 
 void ModelBuilder::addSpecialOrderedSet(SpecialOrderedSet set) {
@@ -305,49 +305,49 @@ void ModelBuilder::addSpecialOrderedSet(SpecialOrderedSet set) {
     std::vector<std::int32_t> sorted = set.members;
     std::sort(sorted.begin(), sorted.end());
     for (std::size_t k = 0; k < sorted.size(); ++k) {
-        draft->checkedVariable(sorted[k]);
+        draft_->checkedVariable(sorted[k]);
         if (k > 0 && sorted[k] == sorted[k - 1])
             refuse("special ordered set \"" + set.name + "\" has variable " +
                    std::to_string(sorted[k]) + " twice");
     }
-    draft->instance.sets.push_back(std::move(set));
+    draft_->instance.sets.push_back(std::move(set));
 }
 
 void ModelBuilder::removeSpecialOrderedSets() noexcept {
-    draft->instance.sets.clear();
+    draft_->instance.sets.clear();
 }
 
 std::int32_t ModelBuilder::nbSpecialOrderedSets() const noexcept {
-    return static_cast<std::int32_t>(draft->instance.sets.size());
+    return static_cast<std::int32_t>(draft_->instance.sets.size());
 }
 
 void ModelBuilder::setSense(std::int32_t sense) {
-    draft->instance.sense = sense;
+    draft_->instance.sense = sense;
 }
 
 void ModelBuilder::setObjectiveConstant(double constant) {
     checkNumber(constant, "an objective constant");
-    draft->instance.objectiveConstant = constant;
+    draft_->instance.objectiveConstant = constant;
 }
 
 void ModelBuilder::setModelType(std::int32_t type) {
-    draft->instance.modelType = type;
+    draft_->instance.modelType = type;
 }
 
 void ModelBuilder::setWithNames(bool withNames) {
-    draft->instance.hasNames = withNames;
+    draft_->instance.hasNames = withNames;
 }
 
 std::int32_t ModelBuilder::nbRows() const noexcept {
-    return draft->instance.nbRows();
+    return draft_->instance.nbRows();
 }
 
 std::int32_t ModelBuilder::nbVariables() const noexcept {
-    return draft->instance.nbVariables();
+    return draft_->instance.nbVariables();
 }
 
 Model ModelBuilder::finish(const Environment& environment) {
-    const std::unique_ptr<Draft> done = std::exchange(draft, std::make_unique<Draft>());
+    const std::unique_ptr<Draft> done = std::exchange(draft_, std::make_unique<Draft>());
     done->appendTwins();
     done->compressEntries();
     done->checkSums();

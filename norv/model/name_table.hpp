@@ -13,19 +13,19 @@ namespace norv {
 class NameTable {
 public:
     /// @param prefix  of generated names: the prefix, then the position counted from 1.
-    explicit NameTable(char prefixOfGenerated) : prefix(prefixOfGenerated) {}
+    explicit NameTable(char prefixOfGenerated) : prefix_(prefixOfGenerated) {}
 
     void add(std::string_view name);
-    [[nodiscard]] std::size_t size() const noexcept { return ends.size(); }
+    [[nodiscard]] std::size_t size() const noexcept { return ends_.size(); }
 
     /// As it was given, maybe empty; valid until the next `add`.
     [[nodiscard]] std::string_view given(std::int32_t k) const;
     [[nodiscard]] std::string nameOf(std::int32_t k) const;
 
 private:
-    char prefix;
-    std::string text;
-    Array<std::size_t> ends;  ///< of each name in `text`
+    char prefix_;
+    std::string text_;
+    Array<std::size_t> ends_;  ///< of each name in `text`
 };
 
 }  // namespace norv

@@ -26,28 +26,28 @@ double& statistic(ModelRecord& model, std::int32_t index) {
 /// Finds rows or variables by name.
 class NameIndex {
 public:
-    NameIndex(const norv::NameTable& names, const char* what) : kind(what) {
+    NameIndex(const norv::NameTable& names, const char* what) : kind_(what) {
         const auto nbNames = static_cast<std::int32_t>(names.size());
         for (std::int32_t k = 0; k < nbNames; ++k) {
-            const auto [place, isNew] = indices.emplace(names.nameOf(k), k);
+            const auto [place, isNew] = indices_.emplace(names.nameOf(k), k);
             if (!isNew) place->second = ambiguous;
         }
     }
 
     /// @throws std::invalid_argument when the name stands for none or for several.
     [[nodiscard]] std::int32_t find(const std::string& name) const {
-        const auto found = indices.find(name);
-        if (found == indices.end())
-            throw std::invalid_argument("the model has no " + kind + " \"" + name + "\"");
+        const auto found = indices_.find(name);
+        if (found == indices_.end())
+            throw std::invalid_argument("the model has no " + kind_ + " \"" + name + "\"");
         if (found->second == ambiguous)
-            throw std::invalid_argument("the model has several " + kind + "s \"" + name + "\"");
+            throw std::invalid_argument("the model has several " + kind_ + "s \"" + name + "\"");
         return found->second;
     }
 
 private:
     static constexpr std::int32_t ambiguous = -1;
-    std::string kind;
-    std::unordered_map<std::string, std::int32_t> indices;
+    std::string kind_;
+    std::unordered_map<std::string, std::int32_t> indices_;
 };
 
 /// Resolves the pairs into the arrays, writes every failure to the log.

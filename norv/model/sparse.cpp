@@ -33,41 +33,42 @@ Array<std::uint32_t> orderByKey(const Array<std::int32_t>& keys,
 /// Appends to compressed rows and keeps their promises.
 class RowWriter {
 public:
-    RowWriter(SparseRows& target, std::size_t capacity) : rows(target) {
-        rows.variables.reserve(capacity);
-        rows.values.reserve(capacity);
-        rows.occurrences.reserve(capacity);
+    RowWriter(SparseRows& target, std::size_t capacity) : rows_(target) {
+        rows_.variables.reserve(capacity);
+        rows_.values.reserve(capacity);
+        rows_.occurrences.reserve(capacity);
     }
 
     void add(std::int32_t variable, double value, Occurrence occurrence) {
-        const bool isNew = static_cast<std::int64_t>(rows.variables.size()) == rows.starts.back() ||
-                           rows.variables.back() != variable;
+        const bool isNew =
+            static_cast<std::int64_t>(rows_.variables.size()) == rows_.starts.back() ||
+            rows_.variables.back() != variable;
         if (isNew) {
             dropEmptyEntry();
-            rows.variables.push_back(variable);
-            rows.values.push_back(value);
-            rows.occurrences.push_back(occurrence);
+            rows_.variables.push_back(variable);
+            rows_.values.push_back(value);
+            rows_.occurrences.push_back(occurrence);
             return;
         }
-        rows.values.back() += value;
-        rows.occurrences.back() |= occurrence;
+        rows_.values.back() += value;
+        rows_.occurrences.back() |= occurrence;
     }
 
     void closeRow() {
         dropEmptyEntry();
-        rows.starts.push_back(static_cast<std::int64_t>(rows.variables.size()));
+        rows_.starts.push_back(static_cast<std::int64_t>(rows_.variables.size()));
     }
 
 private:
     void dropEmptyEntry() {
-        if (static_cast<std::int64_t>(rows.variables.size()) == rows.starts.back()) return;
-        if (rows.values.back() != 0.0 || rows.occurrences.back() != linearOnly) return;
-        rows.variables.pop_back();
-        rows.values.pop_back();
-        rows.occurrences.pop_back();
+        if (static_cast<std::int64_t>(rows_.variables.size()) == rows_.starts.back()) return;
+        if (rows_.values.back() != 0.0 || rows_.occurrences.back() != linearOnly) return;
+        rows_.variables.pop_back();
+        rows_.values.pop_back();
+        rows_.occurrences.pop_back();
     }
 
-    SparseRows& rows;
+    SparseRows& rows_;
 };
 
 }  // namespace

@@ -98,67 +98,67 @@ bool readsAs(const ExpressionStore& store, NodeIndex operand, NodeKind kind) {
 }  // namespace
 
 ConstantPool::ConstantPool(std::function<std::int32_t(double)> appendToModel)
-    : append(std::move(appendToModel)), slots(64) {}
+    : append_(std::move(appendToModel)), slots_(64) {}
 
 std::int32_t ConstantPool::entryOf(double value) {
     const auto bits = std::bit_cast<std::uint64_t>(value + 0.0);
     Slot& slot = slotOf(bits);
     if (slot.entry != 0) return slot.entry;
-    const std::int32_t entry = append(value + 0.0);
+    const std::int32_t entry = append_(value + 0.0);
     slot = {bits, entry};
-    if (2 * ++nbTaken > slots.size()) grow();
+    if (2 * ++nbTaken_ > slots_.size()) grow();
     return entry;
 }
 
 ConstantPool::Slot& ConstantPool::slotOf(std::uint64_t bits) {
     // Round numbers differ in few bits, all of them high; the product mixes, its high half is kept.
     const std::uint64_t mixed = (bits ^ (bits >> 32U)) * 0x9e3779b97f4a7c15U;
-    const std::size_t mask = slots.size() - 1;
+    const std::size_t mask = slots_.size() - 1;
     std::size_t k = static_cast<std::size_t>(mixed >> 32U) & mask;
-    while (slots[k].entry != 0 && slots[k].bits != bits) k = (k + 1) & mask;
-    return slots[k];
+    while (slots_[k].entry != 0 && slots_[k].bits != bits) k = (k + 1) & mask;
+    return slots_[k];
 }
 
 void ConstantPool::grow() {
-    LargeVector<Slot> smaller(2 * slots.size());
-    smaller.swap(slots);
+    LargeVector<Slot> smaller(2 * slots_.size());
+    smaller.swap(slots_);
     for (const Slot& each : smaller) {
         if (each.entry != 0) slotOf(each.bits) = each;
     }
 }
 
 Emitter::Emitter(const ExpressionStore& expressions, ConstantPool& constants)
-    : store(expressions), pool(constants), sizes(sizesOf(expressions)) {}
+    : store_(expressions), pool_(constants), sizes_(sizesOf(expressions)) {}
 
 InstructionList Emitter::emit(NodeIndex root) {
-    list = {};
-    list.add(nlHeader);
+    list_ = {};
+    list_.add(nlHeader);
     plan(root);
-    while (!tasks.empty()) {
-        const Task task = tasks.back();
-        tasks.pop_back();
+    while (!tasks_.empty()) {
+        const Task task = tasks_.back();
+        tasks_.pop_back();
         if (task.node == noNode) {
-            list.add(task.opcode, task.field);
+            list_.add(task.opcode, task.field);
         } else {
             writeNode(task.node);
         }
     }
-    list.add(nlStore);
-    return std::exchange(list, {});
+    list_.add(nlStore);
+    return std::exchange(list_, {});
 }
 
 /// Leaves write themselves; operations plan their parts, the last one first.
 void Emitter::writeNode(NodeIndex node) {
-    const auto operands = store.operandsOf(node);
-    switch (const NodeKind kind = store.kind(node)) {
+    const auto operands = store_.operandsOf(node);
+    switch (const NodeKind kind = store_.kind(node)) {
         case NodeKind::variable:
-            list.add(nlPushV, node + 1);
+            list_.add(nlPushV, node + 1);
             break;
         case NodeKind::constant:
-            if (store.valueOf(node) == 0.0) {
-                list.add(nlPushZero);
+            if (store_.valueOf(node) == 0.0) {
+                list_.add(nlPushZero);
             } else {
-                list.add(nlPushI, pool.entryOf(store.valueOf(node)));
+                list_.add(nlPushI, pool_.entryOf(store_.valueOf(node)));
             }
             break;
         case NodeKind::sum:
@@ -174,8 +174,8 @@ void Emitter::writeNode(NodeIndex node) {
             plan(operands[0]);
             break;
         case NodeKind::negation:
-            if (store.isVariable(operands[0])) {
-                list.add(nlUMinV, operands[0] + 1);
+            if (store_.isVariable(operands[0])) {
+                list_.add(nlUMinV, operands[0] + 1);
             } else {
                 plan(nlUMin);
                 plan(operands[0]);
@@ -191,24 +191,24 @@ void Emitter::writeNode(NodeIndex node) {
 }
 
 std::span<const NodeIndex> Emitter::flatOperandsOf(NodeIndex node) {
-    const auto operands = store.operandsOf(node);
+    const auto operands = store_.operandsOf(node);
     const auto isNested = [&](NodeIndex each) {
-        return continues(store, unscaled(store, each), node);
+        return continues(store_, unscaled(store_, each), node);
     };
     if (std::none_of(operands.begin(), operands.end(), isNested)) return operands;
-    flat.clear();
-    open.assign(operands.rbegin(), operands.rend());
-    while (!open.empty()) {
-        const NodeIndex operand = unscaled(store, open.back());
-        open.pop_back();
-        if (continues(store, operand, node)) {
-            const auto inner = store.operandsOf(operand);
-            open.insert(open.end(), inner.rbegin(), inner.rend());
+    flat_.clear();
+    open_.assign(operands.rbegin(), operands.rend());
+    while (!open_.empty()) {
+        const NodeIndex operand = unscaled(store_, open_.back());
+        open_.pop_back();
+        if (continues(store_, operand, node)) {
+            const auto inner = store_.operandsOf(operand);
+            open_.insert(open_.end(), inner.rbegin(), inner.rend());
         } else {
-            flat.push_back(operand);
+            flat_.push_back(operand);
         }
     }
-    return flat;
+    return flat_;
 }
 
 Emitter::Forms Emitter::formsOf(NodeKind kind) {
@@ -220,7 +220,7 @@ void Emitter::planChain(std::span<const NodeIndex> operands, NodeKind kind) {
     if (planMerged(operands, kind)) return;
     for (std::size_t k = operands.size() - 1; k >= 2; --k) planLink(operands[k], kind);
     // Two neighbours may change places without changing the value.
-    const bool exchanges = isScale(store, operands[0]) && !store.isConstant(operands[1]);
+    const bool exchanges = isScale(store_, operands[0]) && !store_.isConstant(operands[1]);
     planLink(operands[exchanges ? 0 : 1], kind);
     plan(operands[exchanges ? 1 : 0]);
 }
@@ -232,7 +232,7 @@ bool Emitter::planMerged(std::span<const NodeIndex> operands, NodeKind kind) {
     std::size_t longest = operands.size();
     std::size_t nbMerged = 0;
     for (std::size_t k = 0; k < operands.size(); ++k) {
-        if (!readsAs(store, operands[k], kind)) continue;
+        if (!readsAs(store_, operands[k], kind)) continue;
         ++nbMerged;
         if (longest == operands.size() || sizeBound(operands[k]) >= sizeBound(operands[longest]))
             longest = k;
@@ -240,11 +240,11 @@ bool Emitter::planMerged(std::span<const NodeIndex> operands, NodeKind kind) {
     if (nbMerged < 2) return false;
     for (std::size_t k = 1; k < nbMerged; ++k) plan(formsOf(kind).onStack);
     for (std::size_t k = operands.size(); k-- > 0;) {
-        if (!readsAs(store, operands[k], kind)) planLink(operands[k], kind);
+        if (!readsAs(store_, operands[k], kind)) planLink(operands[k], kind);
     }
     plan(operands[longest]);
     for (std::size_t k = operands.size(); k-- > 0;) {
-        if (k != longest && readsAs(store, operands[k], kind)) plan(operands[k]);
+        if (k != longest && readsAs(store_, operands[k], kind)) plan(operands[k]);
     }
     return true;
 }
@@ -260,24 +260,24 @@ void Emitter::planLink(NodeIndex operand, NodeKind kind) {
 
 /// Adds or subtracts `term` to what is on the stack.
 void Emitter::planTerm(NodeIndex term, bool isSubtracted) {
-    if (!isSubtracted && store.kind(term) == NodeKind::negation) {
-        planTerm(store.operandsOf(term)[0], /*isSubtracted=*/true);
+    if (!isSubtracted && store_.kind(term) == NodeKind::negation) {
+        planTerm(store_.operandsOf(term)[0], /*isSubtracted=*/true);
         return;
     }
-    const ScaledNode scaled = asScaled(store, term);
+    const ScaledNode scaled = asScaled(store_, term);
     if (scaled.node == noNode) {
         planFactor(term, isSubtracted ? Forms{nlSub, nlSubV, nlSubI} : formsOf(NodeKind::sum));
         return;
     }
-    plan(nlMulIAdd, pool.entryOf(isSubtracted ? -scaled.factor : scaled.factor));
+    plan(nlMulIAdd, pool_.entryOf(isSubtracted ? -scaled.factor : scaled.factor));
     plan(scaled.node);
 }
 
 void Emitter::planFactor(NodeIndex factor, const Forms& forms) {
-    if (store.isVariable(factor)) {
+    if (store_.isVariable(factor)) {
         plan(forms.withVariable, factor + 1);
-    } else if (isScale(store, factor)) {
-        plan(forms.withConstant, pool.entryOf(store.valueOf(factor)));
+    } else if (isScale(store_, factor)) {
+        plan(forms.withConstant, pool_.entryOf(store_.valueOf(factor)));
     } else {
         plan(forms.onStack);
         plan(factor);
@@ -285,7 +285,7 @@ void Emitter::planFactor(NodeIndex factor, const Forms& forms) {
 }
 
 void Emitter::planCall(NodeIndex node) {
-    const Function function = store.functionOf(node);
+    const Function function = store_.functionOf(node);
     const auto code = static_cast<std::int32_t>(function);
     if (isFoldable(function)) {
         const auto arguments = flatOperandsOf(node);
@@ -296,7 +296,7 @@ void Emitter::planCall(NodeIndex node) {
         plan(arguments[0]);
         return;
     }
-    const auto arguments = store.operandsOf(node);
+    const auto arguments = store_.operandsOf(node);
     if (arguments.size() == 1 || arguments.size() == 2) {
         plan(arguments.size() == 1 ? nlCallArg1 : nlCallArg2, code);
     } else {

@@ -30,9 +30,10 @@ private:
     [[nodiscard]] Slot& slotOf(std::uint64_t bits);
     void grow();
 
-    std::function<std::int32_t(double)> append;
-    LargeVector<Slot> slots;  ///< a power of 2, at least twice as many as are taken; linear probing
-    std::size_t nbTaken = 0;
+    std::function<std::int32_t(double)> append_;
+    LargeVector<Slot>
+        slots_;  ///< a power of 2, at least twice as many as are taken; linear probing
+    std::size_t nbTaken_ = 0;
 };
 
 /// Writes expressions as instruction code, as compactly as the code allows.
@@ -54,7 +55,7 @@ public:
 
     /// An upper bound of the instructions that `root` needs, saturated at 2^32 - 1.
     [[nodiscard]] std::uint32_t sizeBound(NodeIndex root) const {
-        return sizes[static_cast<std::size_t>(root)];
+        return sizes_[static_cast<std::size_t>(root)];
     }
 
     /// @param root  holds nothing foreign.
@@ -85,16 +86,16 @@ private:
     void planTerm(NodeIndex term, bool isSubtracted);
     void planFactor(NodeIndex factor, const Forms& forms);
     void planCall(NodeIndex node);
-    void plan(NodeIndex node) { tasks.push_back({node, nlNoOp, 0}); }
-    void plan(Opcode opcode, std::int32_t field = 0) { tasks.push_back({noNode, opcode, field}); }
+    void plan(NodeIndex node) { tasks_.push_back({node, nlNoOp, 0}); }
+    void plan(Opcode opcode, std::int32_t field = 0) { tasks_.push_back({noNode, opcode, field}); }
 
-    const ExpressionStore& store;
-    ConstantPool& pool;
-    std::vector<std::uint32_t> sizes;  ///< [nodes]
-    std::vector<Task> tasks;           ///< the next one last
-    std::vector<NodeIndex> flat;       ///< flatOperandsOf's result
-    std::vector<NodeIndex> open;       ///< its nodes still to look into, the next one last
-    InstructionList list;
+    const ExpressionStore& store_;
+    ConstantPool& pool_;
+    std::vector<std::uint32_t> sizes_;  ///< [nodes]
+    std::vector<Task> tasks_;           ///< the next one last
+    std::vector<NodeIndex> flat_;       ///< flatOperandsOf's result
+    std::vector<NodeIndex> open_;       ///< its nodes still to look into, the next one last
+    InstructionList list_;
 };
 
 }  // namespace norv

@@ -21,7 +21,7 @@ public:
                                     std::span<const double> point, Leniency* leniency = nullptr);
 
 private:
-    std::vector<Quantity> stack;
+    std::vector<Quantity> stack_;
 };
 
 }  // namespace norv

@@ -8,18 +8,18 @@
 namespace norv {
 
 ExpressionStore::ExpressionStore(std::int32_t nbVariables)
-    : variables(nbVariables), nodes(static_cast<std::size_t>(nbVariables)) {}
+    : variables_(nbVariables), nodes_(static_cast<std::size_t>(nbVariables)) {}
 
 void ExpressionStore::reserve(std::size_t moreNodes, std::size_t moreOperands) {
-    nodes.reserve(nodes.size() + moreNodes);
-    operandLists.reserve(operandLists.size() + moreOperands);
+    nodes_.reserve(nodes_.size() + moreNodes);
+    operandLists_.reserve(operandLists_.size() + moreOperands);
 }
 
 NodeIndex ExpressionStore::append(const Node& node) {
-    if (nodes.size() >= static_cast<std::size_t>(std::numeric_limits<NodeIndex>::max()))
+    if (nodes_.size() >= static_cast<std::size_t>(std::numeric_limits<NodeIndex>::max()))
         throw std::length_error("the model has more than 2147483647 expressions");
-    nodes.push_back(node);
-    return static_cast<NodeIndex>(nodes.size() - 1);
+    nodes_.push_back(node);
+    return static_cast<NodeIndex>(nodes_.size() - 1);
 }
 
 NodeIndex ExpressionStore::constant(double value) {
@@ -35,9 +35,9 @@ NodeIndex ExpressionStore::addOperation(NodeKind kind, Function function,
     node.kind = kind;
     node.function = static_cast<std::uint8_t>(function);
     node.nbOperands = static_cast<std::uint32_t>(operands.size());
-    node.start = static_cast<std::int64_t>(operandLists.size());
+    node.start = static_cast<std::int64_t>(operandLists_.size());
     for (const NodeIndex each : operands) node.holdsForeign |= holdsForeign(each);
-    operandLists.insert(operandLists.end(), operands.begin(), operands.end());
+    operandLists_.insert(operandLists_.end(), operands.begin(), operands.end());
     return append(node);
 }
 
@@ -124,7 +124,7 @@ std::int32_t ExpressionStore::labelOf(NodeIndex node) const {
 std::span<const NodeIndex> ExpressionStore::operandsOf(NodeIndex node) const {
     const Node& each = at(node);
     if (each.nbOperands == 0) return {};
-    return std::span(operandLists).subspan(static_cast<std::size_t>(each.start), each.nbOperands);
+    return std::span(operandLists_).subspan(static_cast<std::size_t>(each.start), each.nbOperands);
 }
 
 }  // namespace norv

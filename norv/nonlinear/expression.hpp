@@ -58,7 +58,7 @@ public:
         return isVariable(node) ? NodeKind::variable : at(node).kind;
     }
     [[nodiscard]] bool isConstant(NodeIndex node) const { return kind(node) == NodeKind::constant; }
-    [[nodiscard]] bool isVariable(NodeIndex node) const noexcept { return node < variables; }
+    [[nodiscard]] bool isVariable(NodeIndex node) const noexcept { return node < variables_; }
     [[nodiscard]] double valueOf(NodeIndex node) const { return at(node).value; }  ///< of constants
     [[nodiscard]] Function functionOf(NodeIndex node) const {
         return static_cast<Function>(at(node).function);
@@ -70,9 +70,9 @@ public:
     }
     [[nodiscard]] std::span<const NodeIndex> operandsOf(NodeIndex node) const;
 
-    [[nodiscard]] std::int32_t nbVariables() const noexcept { return variables; }
+    [[nodiscard]] std::int32_t nbVariables() const noexcept { return variables_; }
     [[nodiscard]] std::int32_t nbNodes() const noexcept {
-        return static_cast<std::int32_t>(nodes.size());
+        return static_cast<std::int32_t>(nodes_.size());
     }
 
 private:
@@ -89,7 +89,7 @@ private:
     static_assert(sizeof(Node) == 16 && functionTable.size() <= 256);
 
     [[nodiscard]] const Node& at(NodeIndex node) const {
-        return nodes[static_cast<std::size_t>(node)];
+        return nodes_[static_cast<std::size_t>(node)];
     }
     [[nodiscard]] bool areConstant(std::span<const NodeIndex> operands) const;
     NodeIndex append(const Node& node);
@@ -98,9 +98,9 @@ private:
         return addOperation(kind, Function{}, operands);
     }
 
-    std::int32_t variables;
-    LargeVector<Node> nodes;
-    LargeVector<NodeIndex> operandLists;
+    std::int32_t variables_;
+    LargeVector<Node> nodes_;
+    LargeVector<NodeIndex> operandLists_;
 };
 
 }  // namespace norv

@@ -13,7 +13,7 @@ namespace {
 class Checker {
 public:
     Checker(std::int32_t lastVariable, std::int32_t lastPoolEntry)
-        : nbVariables(lastVariable), nbPoolEntries(lastPoolEntry) {}
+        : nbVariables_(lastVariable), nbPoolEntries_(lastPoolEntry) {}
 
     void check(std::span<const std::int32_t> opcodes, std::span<const std::int32_t> fields) {
         for (std::size_t k = 0; k < opcodes.size() && result.fault.empty(); ++k) {
@@ -22,8 +22,8 @@ public:
                                std::to_string(opcodes.size()) + ": " + reason;
             }
         }
-        if (result.fault.empty() && height != 1)
-            result.fault = "the instructions leave " + std::to_string(height) + " values, not one";
+        if (result.fault.empty() && height_ != 1)
+            result.fault = "the instructions leave " + std::to_string(height_) + " values, not one";
     }
 
     ListCheck result;
@@ -34,26 +34,26 @@ private:
     std::string checkCall(std::string_view opcodeName, std::int32_t field);
     std::string exchange(std::string_view name, std::int32_t nbPopped, std::int32_t nbPushed);
 
-    std::int32_t nbVariables;
-    std::int32_t nbPoolEntries;
-    std::int32_t height = 0;
-    std::int32_t announced = -1;
+    std::int32_t nbVariables_;
+    std::int32_t nbPoolEntries_;
+    std::int32_t height_ = 0;
+    std::int32_t announced_ = -1;
 };
 
 std::string Checker::exchange(std::string_view name, std::int32_t nbPopped, std::int32_t nbPushed) {
-    if (nbPopped > height) {
+    if (nbPopped > height_) {
         return std::string(name) + " takes " + std::to_string(nbPopped) + " values, there are " +
-               std::to_string(height);
+               std::to_string(height_);
     }
-    height += nbPushed - nbPopped;
-    result.depth = std::max(result.depth, height);
+    height_ += nbPushed - nbPopped;
+    result.depth = std::max(result.depth, height_);
     return {};
 }
 
 std::string Checker::checkField(const OpcodeTraits& traits, std::int32_t field) const {
     const bool isVariable = traits.operand == Operand::variable;
     if (!isVariable && traits.operand != Operand::constant) return {};
-    const std::int32_t last = isVariable ? nbVariables : nbPoolEntries;
+    const std::int32_t last = isVariable ? nbVariables_ : nbPoolEntries_;
     if (field >= 1 && field <= last) return {};
     return std::string(traits.name) + " names " + (isVariable ? "variable " : "pool entry ") +
            std::to_string(field) + ", there are " + std::to_string(last) + ", counted from 1";
@@ -65,14 +65,14 @@ std::string Checker::checkCall(std::string_view opcodeName, std::int32_t field) 
         return std::string(opcodeName) + " names function " + std::to_string(field) +
                ", which this host does not evaluate";
     const std::string name(function->name);
-    if (announced < 0) return name + " is called with no count of arguments announced";
+    if (announced_ < 0) return name + " is called with no count of arguments announced";
     const bool isAny = function->nbArguments == FunctionTraits::anyCount;
-    if (!isAny && announced != function->nbArguments) {
-        return name + " is called with " + std::to_string(announced) + " arguments, it has " +
+    if (!isAny && announced_ != function->nbArguments) {
+        return name + " is called with " + std::to_string(announced_) + " arguments, it has " +
                std::to_string(function->nbArguments);
     }
-    const std::int32_t count = nbConsumed(*function, announced);
-    if (isAny) announced = -1;
+    const std::int32_t count = nbConsumed(*function, announced_);
+    if (isAny) announced_ = -1;
     return exchange(name, count, 1);
 }
 
@@ -96,11 +96,11 @@ std::string Checker::step(std::int32_t opcode, std::int32_t field) {
         case Action::addMultiple:
             return exchange(traits.name, 2, 1);
         case Action::announce:
-            announced = field;
+            announced_ = field;
             return field >= 0 ? std::string() : "nlFuncArgN announces a negative count";
         case Action::callOne:
         case Action::callTwo:
-            announced = traits.action == Action::callOne ? 1 : 2;
+            announced_ = traits.action == Action::callOne ? 1 : 2;
             return checkCall(traits.name, field);
         case Action::callMany:
             return checkCall(traits.name, field);

@@ -13,7 +13,7 @@ constexpr std::size_t growthOfSmall = 100;
 /// Walks down from a root and carries the constant by which each node is multiplied.
 class Collector {
 public:
-    explicit Collector(const ExpressionStore& expressions) : store(expressions) {}
+    explicit Collector(const ExpressionStore& expressions) : store_(expressions) {}
 
     /// Adds the root to `form`. @return false when it is not of the degree.
     bool collect(NodeIndex root, int degree, QuadraticForm& form);
@@ -28,7 +28,7 @@ private:
     bool takeProduct(const Part& part, int degree, QuadraticForm& form, std::vector<Part>& parts);
     bool multiplyOut(NodeIndex a, NodeIndex b, double factor, QuadraticForm& form);
 
-    const ExpressionStore& store;
+    const ExpressionStore& store_;
 };
 
 bool Collector::collect(NodeIndex root, int degree, QuadraticForm& form) {
@@ -42,10 +42,10 @@ bool Collector::collect(NodeIndex root, int degree, QuadraticForm& form) {
 }
 
 bool Collector::take(const Part& part, int degree, QuadraticForm& form, std::vector<Part>& parts) {
-    const auto operands = store.operandsOf(part.node);
-    switch (store.kind(part.node)) {
+    const auto operands = store_.operandsOf(part.node);
+    switch (store_.kind(part.node)) {
         case NodeKind::constant:
-            form.constant += part.factor * store.valueOf(part.node);
+            form.constant += part.factor * store_.valueOf(part.node);
             return std::isfinite(form.constant);
         case NodeKind::variable:
             form.linear.push_back({part.node, part.factor});
@@ -62,13 +62,13 @@ bool Collector::take(const Part& part, int degree, QuadraticForm& form, std::vec
             parts.push_back({operands[0], -part.factor});
             return true;
         case NodeKind::quotient:
-            if (!store.isConstant(operands[1])) return false;
-            parts.push_back({operands[0], part.factor / store.valueOf(operands[1])});
+            if (!store_.isConstant(operands[1])) return false;
+            parts.push_back({operands[0], part.factor / store_.valueOf(operands[1])});
             return true;
         case NodeKind::product:
             return takeProduct(part, degree, form, parts);
         case NodeKind::call:
-            return store.functionOf(part.node) == Function::sqr && degree == 2 &&
+            return store_.functionOf(part.node) == Function::sqr && degree == 2 &&
                    multiplyOut(operands[0], operands[0], part.factor, form);
         case NodeKind::foreign:
             break;
@@ -81,9 +81,9 @@ bool Collector::takeProduct(const Part& part, int degree, QuadraticForm& form,
     double factor = part.factor;
     NodeIndex others[2] = {noNode, noNode};
     std::size_t nbOthers = 0;
-    for (const NodeIndex each : store.operandsOf(part.node)) {
-        if (store.isConstant(each)) {
-            factor *= store.valueOf(each);
+    for (const NodeIndex each : store_.operandsOf(part.node)) {
+        if (store_.isConstant(each)) {
+            factor *= store_.valueOf(each);
         } else if (nbOthers == 2) {
             return false;
         } else {

@@ -57,24 +57,25 @@ std::string_view takeName(std::string_view& text) noexcept {
 class FileReader {
 public:
     FileReader(OptionRecord& target, std::string filePath)
-        : options(target), path(std::move(filePath)) {}
+        : options_(target), path_(std::move(filePath)) {}
 
     /// @return no line was refused.
     bool read(std::string_view contents) {
-        for (line = 1; !contents.empty(); ++line) {
+        for (line_ = 1; !contents.empty(); ++line_) {
             const std::string_view text = norv::takeLine(contents);
-            if (options.echoes) options.addMessage(norv::message_type::echo, norv::printable(text));
+            if (options_.echoes)
+                options_.addMessage(norv::message_type::echo, norv::printable(text));
             if (!norv::hasNoContent(text)) readLine(text);
         }
-        options.addMessage(norv::message_type::summary, path + ": " + std::to_string(nbTaken) +
-                                                            " settings taken, " +
-                                                            std::to_string(nbRefused) + " refused");
-        return nbRefused == 0;
+        options_.addMessage(norv::message_type::summary,
+                            path_ + ": " + std::to_string(nbTaken_) + " settings taken, " +
+                                std::to_string(nbRefused_) + " refused");
+        return nbRefused_ == 0;
     }
 
 private:
     void readLine(std::string_view text) {
-        if (options.endsAtLineOnly) {
+        if (options_.endsAtLineOnly) {
             readSetting(text);
             return;
         }
@@ -85,32 +86,32 @@ private:
     }
 
     void readSetting(std::string_view text) {
-        const std::string place = path + ":" + std::to_string(line);
-        if (!options.takeSetting(text, place)) {
-            ++nbRefused;
+        const std::string place = path_ + ":" + std::to_string(line_);
+        if (!options_.takeSetting(text, place)) {
+            ++nbRefused_;
             return;
         }
-        ++nbTaken;
+        ++nbTaken_;
         warnOfRepetition(takeName(text), place);
     }
 
     void warnOfRepetition(std::string_view name, const std::string& place) {
-        const norv::OptionDefinition* option = findOption(options.definitions, name);
+        const norv::OptionDefinition* option = findOption(options_.definitions, name);
         if (option == nullptr || option->type == norv::OptionType::pairs) return;
-        const auto [earlier, isFirst] = lineOf.emplace(option->name, line);
+        const auto [earlier, isFirst] = lineOf_.emplace(option->name, line_);
         if (isFirst) return;
-        options.addMessage(norv::message_type::warning, place + ": option " + option->name +
-                                                            " replaces the value of line " +
-                                                            std::to_string(earlier->second));
-        earlier->second = line;
+        options_.addMessage(norv::message_type::warning, place + ": option " + option->name +
+                                                             " replaces the value of line " +
+                                                             std::to_string(earlier->second));
+        earlier->second = line_;
     }
 
-    OptionRecord& options;
-    std::string path;
-    std::size_t line = 0;  ///< from 1
-    std::size_t nbTaken = 0;
-    std::size_t nbRefused = 0;
-    std::map<std::string, std::size_t> lineOf;  ///< where each option was set last
+    OptionRecord& options_;
+    std::string path_;
+    std::size_t line_ = 0;  ///< from 1
+    std::size_t nbTaken_ = 0;
+    std::size_t nbRefused_ = 0;
+    std::map<std::string, std::size_t> lineOf_;  ///< where each option was set last
 };
 
 }  // namespace

@@ -4,48 +4,48 @@
 
 namespace norv {
 
-Options::Options() : record(std::make_unique<hostapi::OptionRecord>()) {}
+Options::Options() : record_(std::make_unique<hostapi::OptionRecord>()) {}
 Options::~Options() = default;
 Options::Options(Options&&) noexcept = default;
 Options& Options::operator=(Options&&) noexcept = default;
 
 bool Options::readDefinition(const std::string& path) {
-    return record->readDefinition(path);
+    return record_->readDefinition(path);
 }
 
 bool Options::readFile(const std::string& path) {
-    return record->readFile(path);
+    return record_->readFile(path);
 }
 
 bool Options::set(std::string_view setting, std::string_view source) {
-    return record->takeSetting(setting, std::string(source));
+    return record_->takeSetting(setting, std::string(source));
 }
 
 std::string Options::text(std::string_view name) const {
-    return std::get<std::string>(record->settingOf(name, OptionType::text).value);
+    return std::get<std::string>(record_->settingOf(name, OptionType::text).value);
 }
 
 bool Options::isSet(std::string_view name) const noexcept {
-    return record->isSet(name);
+    return record_->isSet(name);
 }
 
 std::vector<OptionDescription> Options::descriptions() const {
     std::vector<OptionDescription> all;
-    for (const OptionDefinition& option : record->definitions)
+    for (const OptionDefinition& option : record_->definitions)
         all.push_back({option.name, valuesText(option), option.description});
     return all;
 }
 
 const std::vector<OptionMessage>& Options::messages() const noexcept {
-    return record->messages;
+    return record_->messages;
 }
 
 void Options::clearMessages() noexcept {
-    record->messages.clear();
+    record_->messages.clear();
 }
 
 hostapi::OptionHandle Options::handle() const noexcept {
-    return record.get();
+    return record_.get();
 }
 
 const std::vector<DefinedVariablePair>& definedVariablePairs(

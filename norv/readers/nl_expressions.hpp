@@ -18,7 +18,7 @@ namespace norv {
 class NlExpressions {
 public:
     /// @param source, target  outlive this object.
-    NlExpressions(NlInput& source, ExpressionStore& target) : input(source), store(target) {}
+    NlExpressions(NlInput& source, ExpressionStore& target) : input_(source), store_(target) {}
 
     void setCounts(const NlHeader& header);
 
@@ -57,14 +57,14 @@ private:
     void finishOperations();
     NodeIndex makeForeign(std::string what, std::size_t place);
 
-    NlInput& input;
-    ExpressionStore& store;
-    std::int32_t nbVariables = 0;
-    std::vector<NodeIndex> definedVariables;  ///< or noNode, not defined yet
-    std::vector<std::string> functions;       ///< or empty, not declared yet
-    std::vector<Pending> pending;
-    std::vector<NodeIndex> operands;
-    std::vector<Foreign> foreign;
+    NlInput& input_;
+    ExpressionStore& store_;
+    std::int32_t nbVariables_ = 0;
+    std::vector<NodeIndex> definedVariables_;  ///< or noNode, not defined yet
+    std::vector<std::string> functions_;       ///< or empty, not declared yet
+    std::vector<Pending> pending_;
+    std::vector<NodeIndex> operands_;
+    std::vector<Foreign> foreign_;
 };
 
 }  // namespace norv

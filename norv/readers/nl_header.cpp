@@ -13,41 +13,41 @@ namespace {
 /// One line of the header: numbers, then perhaps a comment.
 class Line {
 public:
-    explicit Line(NlInput& source) : input(source), offset(source.offset()) {
-        const bool isMissing = input.nbBytesLeft() == 0;
-        const std::string_view line = input.restOfLine();
+    explicit Line(NlInput& source) : input_(source), offset_(source.offset()) {
+        const bool isMissing = input_.nbBytesLeft() == 0;
+        const std::string_view line = input_.restOfLine();
         if (isMissing) refuse("the end of the file", "ten lines of header");
         const char* cursor = line.data();
         const char* const end = line.data() + line.size();
-        while (nbNumbers < numbers.size()) {
+        while (nbNumbers_ < numbers_.size()) {
             while (cursor != end && (*cursor == ' ' || *cursor == '\t')) ++cursor;
             if (cursor == end || *cursor == '#') break;
-            const auto [stop, error] = std::from_chars(cursor, end, numbers[nbNumbers]);
-            if (error != std::errc() || numbers[nbNumbers] < 0) {
-                offset += static_cast<std::size_t>(cursor - line.data());
+            const auto [stop, error] = std::from_chars(cursor, end, numbers_[nbNumbers_]);
+            if (error != std::errc() || numbers_[nbNumbers_] < 0) {
+                offset_ += static_cast<std::size_t>(cursor - line.data());
                 refuse("no count", "a number from 0");
             }
-            ++nbNumbers;
+            ++nbNumbers_;
             cursor = stop;
         }
     }
 
     void require(std::size_t least, const char* what) const {
-        if (nbNumbers < least)
-            refuse(std::to_string(nbNumbers) + " numbers", std::to_string(least) + ": " + what);
+        if (nbNumbers_ < least)
+            refuse(std::to_string(nbNumbers_) + " numbers", std::to_string(least) + ": " + what);
     }
     /// 0 when the line is shorter.
-    std::int32_t operator[](std::size_t k) const { return numbers[k]; }
+    std::int32_t operator[](std::size_t k) const { return numbers_[k]; }
 
     [[noreturn]] void refuse(const std::string& found, const std::string& expected) const {
-        input.refuseAt(offset, found, expected);
+        input_.refuseAt(offset_, found, expected);
     }
 
 private:
-    NlInput& input;
-    std::size_t offset;
-    std::array<std::int32_t, 6> numbers{};
-    std::size_t nbNumbers = 0;
+    NlInput& input_;
+    std::size_t offset_;
+    std::array<std::int32_t, 6> numbers_{};
+    std::size_t nbNumbers_ = 0;
 };
 
 /// Takes a number off the front of `line`. @return whether there was one.

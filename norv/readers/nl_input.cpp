@@ -20,9 +20,9 @@ template <class Number>
 Number NlInput::fixed(const char* expected) {
     char bytes[sizeof(Number)];
     if (nbBytesLeft() < sizeof bytes) refuse(expected);
-    std::memcpy(bytes, cursor, sizeof bytes);
-    cursor += sizeof bytes;
-    if (orderOf(form) != std::endian::native) std::reverse(bytes, bytes + sizeof bytes);
+    std::memcpy(bytes, cursor_, sizeof bytes);
+    cursor_ += sizeof bytes;
+    if (orderOf(form_) != std::endian::native) std::reverse(bytes, bytes + sizeof bytes);
     Number value;
     std::memcpy(&value, bytes, sizeof value);
     return value;
@@ -33,17 +33,17 @@ template std::int16_t NlInput::fixed<std::int16_t>(const char*);
 
 double NlInput::number(const char* expected) {
     skipBlanks();
-    const char* const place = cursor;
+    const char* const place = cursor_;
     double value = 0.0;
     if (isText()) {
-        const auto [stop, error] = std::from_chars(cursor, end, value);
+        const auto [stop, error] = std::from_chars(cursor_, end_, value);
         if (error != std::errc() || !atTokenEnd(stop)) refuse(expected);
-        cursor = stop;
+        cursor_ = stop;
     } else {
         value = fixed<double>(expected);
     }
     if (std::isnan(value))
-        refuseAt(static_cast<std::size_t>(place - begin), "not-a-number", expected);
+        refuseAt(static_cast<std::size_t>(place - begin_), "not-a-number", expected);
     return value;
 }
 
@@ -58,41 +58,41 @@ double NlInput::finiteNumber(const char* expected) {
 std::string_view NlInput::word(const char* expected) {
     if (!isText()) return countedText(expected);
     if (atEnd()) refuse(expected);
-    const char* const place = cursor;
-    while (!atTokenEnd(cursor)) ++cursor;
-    return {place, static_cast<std::size_t>(cursor - place)};
+    const char* const place = cursor_;
+    while (!atTokenEnd(cursor_)) ++cursor_;
+    return {place, static_cast<std::size_t>(cursor_ - place)};
 }
 
 std::string_view NlInput::countedText(const char* expected) {
     std::int32_t length = 0;
     if (isText()) {
         skipBlanks();
-        const auto [stop, error] = std::from_chars(cursor, end, length);
-        if (error != std::errc() || stop == end || *stop != ':') refuse(expected);
-        cursor = stop + 1;
+        const auto [stop, error] = std::from_chars(cursor_, end_, length);
+        if (error != std::errc() || stop == end_ || *stop != ':') refuse(expected);
+        cursor_ = stop + 1;
     } else {
         length = fixed<std::int32_t>(expected);
     }
     if (length < 0 || static_cast<std::size_t>(length) > nbBytesLeft()) refuse(expected);
-    const std::string_view result(cursor, static_cast<std::size_t>(length));
-    cursor += length;
+    const std::string_view result(cursor_, static_cast<std::size_t>(length));
+    cursor_ += length;
     return result;
 }
 
 std::string_view NlInput::restOfLine() {
-    const char* const place = cursor;
-    const char* const lineEnd = std::find(cursor, end, '\n');
-    cursor = lineEnd == end ? end : lineEnd + 1;
+    const char* const place = cursor_;
+    const char* const lineEnd = std::find(cursor_, end_, '\n');
+    cursor_ = lineEnd == end_ ? end_ : lineEnd + 1;
     const std::string_view line(place, static_cast<std::size_t>(lineEnd - place));
     return line.ends_with('\r') ? line.substr(0, line.size() - 1) : line;
 }
 
 std::string NlInput::found() const {
-    if (cursor == end) return "the end of the file";
-    if (!isText()) return "byte " + std::to_string(static_cast<unsigned char>(*cursor));
-    const char* stop = cursor;
+    if (cursor_ == end_) return "the end of the file";
+    if (!isText()) return "byte " + std::to_string(static_cast<unsigned char>(*cursor_));
+    const char* stop = cursor_;
     while (!atTokenEnd(stop)) ++stop;
-    return quoted({cursor, static_cast<std::size_t>(stop - cursor)});
+    return quoted({cursor_, static_cast<std::size_t>(stop - cursor_)});
 }
 
 void NlInput::refuse(const char* expected) const {
@@ -102,7 +102,7 @@ void NlInput::refuse(const char* expected) const {
 void NlInput::refuseRange(const char* place, std::int32_t value, std::int32_t first,
                           std::int32_t last, const char* expected) const {
     refuseAt(
-        static_cast<std::size_t>(place - begin), std::to_string(value),
+        static_cast<std::size_t>(place - begin_), std::to_string(value),
         std::string(expected) + " from " + std::to_string(first) + " to " + std::to_string(last));
 }
 
@@ -112,11 +112,11 @@ void NlInput::refuseAt(std::size_t offset, std::string_view found,
     message += found;
     message += ", expected ";
     message += expected;
-    if (!isText()) throw ReadError(path + ": byte " + std::to_string(offset) + ": " + message);
-    const std::string_view before(begin, offset);
+    if (!isText()) throw ReadError(path_ + ": byte " + std::to_string(offset) + ": " + message);
+    const std::string_view before(begin_, offset);
     const auto line = static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n')) + 1;
     const std::size_t lineStart = before.rfind('\n');  // npos + 1 is 0
-    throw ReadError(complaint(path, {line, offset - (lineStart + 1) + 1}, message));
+    throw ReadError(complaint(path_, {line, offset - (lineStart + 1) + 1}, message));
 }
 
 }  // namespace norv

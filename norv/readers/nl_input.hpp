@@ -19,32 +19,32 @@ public:
 
     /// Begins as text, for the header. @param file  outlives the input.
     explicit NlInput(const InputText& file)
-        : path(file.path()),
-          begin(file.text().data()),
-          cursor(begin),
-          end(begin + file.text().size()) {}
+        : path_(file.path()),
+          begin_(file.text().data()),
+          cursor_(begin_),
+          end_(begin_ + file.text().size()) {}
 
-    void setForm(Form newForm) noexcept { form = newForm; }
-    [[nodiscard]] bool isText() const noexcept { return form == Form::text; }
+    void setForm(Form newForm) noexcept { form_ = newForm; }
+    [[nodiscard]] bool isText() const noexcept { return form_ == Form::text; }
 
     /// Bytes from the beginning of the file.
     [[nodiscard]] std::size_t offset() const noexcept {
-        return static_cast<std::size_t>(cursor - begin);
+        return static_cast<std::size_t>(cursor_ - begin_);
     }
     [[nodiscard]] std::size_t nbBytesLeft() const noexcept {
-        return static_cast<std::size_t>(end - cursor);
+        return static_cast<std::size_t>(end_ - cursor_);
     }
 
     /// Is nothing left, blanks and comments of a text aside? Skips those.
     bool atEnd() {
         skipBlanks();
-        return cursor == end;
+        return cursor_ == end_;
     }
 
     /// The next character: what kind of thing follows.
     char letter(const char* expected) {
         if (atEnd()) refuse(expected);
-        return *cursor++;
+        return *cursor_++;
     }
 
     std::int32_t integer(const char* expected) {
@@ -56,7 +56,7 @@ public:
     /// An integer from `first` to `last`.
     std::int32_t integerWithin(std::int32_t first, std::int32_t last, const char* expected) {
         skipBlanks();
-        const char* const place = cursor;
+        const char* const place = cursor_;
         const std::int32_t value = integer(expected);
         if (value < first || value > last) refuseRange(place, value, first, last, expected);
         return value;
@@ -87,24 +87,24 @@ private:
     static bool isBlank(char c) noexcept { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
     void skipBlanks() {
         if (!isText()) return;
-        while (cursor != end && (isBlank(*cursor) || *cursor == '#')) {
-            if (*cursor == '#') {
-                while (cursor != end && *cursor != '\n') ++cursor;
+        while (cursor_ != end_ && (isBlank(*cursor_) || *cursor_ == '#')) {
+            if (*cursor_ == '#') {
+                while (cursor_ != end_ && *cursor_ != '\n') ++cursor_;
             } else {
-                ++cursor;
+                ++cursor_;
             }
         }
     }
     [[nodiscard]] bool atTokenEnd(const char* place) const noexcept {
-        return place == end || isBlank(*place) || *place == '#';
+        return place == end_ || isBlank(*place) || *place == '#';
     }
 
     std::int32_t integerText(const char* expected) {
         skipBlanks();
         std::int32_t value = 0;
-        const auto [stop, error] = std::from_chars(cursor, end, value);
+        const auto [stop, error] = std::from_chars(cursor_, end_, value);
         if (error != std::errc() || !atTokenEnd(stop)) refuse(expected);
-        cursor = stop;
+        cursor_ = stop;
         return value;
     }
 
@@ -114,11 +114,11 @@ private:
     [[noreturn]] void refuseRange(const char* place, std::int32_t value, std::int32_t first,
                                   std::int32_t last, const char* expected) const;
 
-    const std::string& path;
-    const char* begin;
-    const char* cursor;
-    const char* end;
-    Form form = Form::text;
+    const std::string& path_;
+    const char* begin_;
+    const char* cursor_;
+    const char* end_;
+    Form form_ = Form::text;
 };
 
 }  // namespace norv

@@ -26,36 +26,36 @@ bool fitsIntoSides(double constant, const NlRow& row) {
 /// The linear terms of the rows, by row.
 class RowTerms {
 public:
-    explicit RowTerms(const NlInstance& instance) : starts(instance.rows.size() + 1, 0) {
-        for (const NlEntry& each : instance.entries) ++starts[static_cast<std::size_t>(each.row)];
+    explicit RowTerms(const NlInstance& instance) : starts_(instance.rows.size() + 1, 0) {
+        for (const NlEntry& each : instance.entries) ++starts_[static_cast<std::size_t>(each.row)];
         std::size_t end = 0;
-        for (std::size_t& each : starts) each = end += each;
-        terms.resize(instance.entries.size());
+        for (std::size_t& each : starts_) each = end += each;
+        terms_.resize(instance.entries.size());
         // From the back, so that each start moves from its row's end to its beginning.
         for (std::size_t k = instance.entries.size(); k-- > 0;) {
             const NlEntry& entry = instance.entries[k];
-            terms[--starts[static_cast<std::size_t>(entry.row)]] = {entry.variable,
-                                                                    entry.coefficient};
+            terms_[--starts_[static_cast<std::size_t>(entry.row)]] = {entry.variable,
+                                                                      entry.coefficient};
         }
     }
 
     [[nodiscard]] std::span<const LinearTerm> of(std::size_t row) const {
-        return std::span(terms).subspan(starts[row], starts[row + 1] - starts[row]);
+        return std::span(terms_).subspan(starts_[row], starts_[row + 1] - starts_[row]);
     }
 
 private:
-    std::vector<std::size_t> starts;
-    std::vector<LinearTerm> terms;
+    std::vector<std::size_t> starts_;
+    std::vector<LinearTerm> terms_;
 };
 
 class ModelMaker {
 public:
     ModelMaker(const NlInstance& source, ModelBuilder& target)
-        : instance(source),
-          builder(target),
-          pool([&target](double value) { return target.addPoolConstant(value); }),
-          emitter(source.expressions, pool),
-          lastUser(source.variables.size(), unused) {}
+        : instance_(source),
+          builder_(target),
+          pool_([&target](double value) { return target.addPoolConstant(value); }),
+          emitter_(source.expressions, pool_),
+          lastUser_(source.variables.size(), unused) {}
 
     void make();
 
@@ -73,12 +73,12 @@ private:
     void addInstructions(std::int32_t row, NodeIndex expression, std::span<const LinearTerm> terms);
     void countInstructions(NodeIndex expression, std::int32_t row);
 
-    const NlInstance& instance;
-    ModelBuilder& builder;
-    ConstantPool pool;
-    Emitter emitter;
-    std::vector<std::int32_t> lastUser;  ///< by variable: the row whose list last named it
-    std::int64_t nbInstructions = 0;
+    const NlInstance& instance_;
+    ModelBuilder& builder_;
+    ConstantPool pool_;
+    Emitter emitter_;
+    std::vector<std::int32_t> lastUser_;  ///< by variable: the row whose list last named it
+    std::int64_t nbInstructions_ = 0;
 };
 
 void ModelMaker::make() {
@@ -86,35 +86,35 @@ void ModelMaker::make() {
     addRows();
     addLogicalRows();
     addObjective();
-    for (const SpecialOrderedSet& each : instance.sets) builder.addSpecialOrderedSet(each);
-    builder.setWithNames(!instance.names.rows.empty() || !instance.names.variables.empty());
+    for (const SpecialOrderedSet& each : instance_.sets) builder_.addSpecialOrderedSet(each);
+    builder_.setWithNames(!instance_.names.rows.empty() || !instance_.names.variables.empty());
 }
 
 void ModelMaker::addVariables() {
-    for (std::size_t j = 0; j < instance.variables.size(); ++j) {
-        const NlVariable& variable = instance.variables[j];
-        const bool isInteger = instance.header.isInteger(static_cast<std::int32_t>(j));
+    for (std::size_t j = 0; j < instance_.variables.size(); ++j) {
+        const NlVariable& variable = instance_.variables[j];
+        const bool isInteger = instance_.header.isInteger(static_cast<std::int32_t>(j));
         const bool isBinary = isInteger && variable.lower >= 0.0 && variable.upper <= 1.0;
         const std::int32_t type = isBinary    ? hostapi::variable_type::binary
                                   : isInteger ? hostapi::variable_type::integer
                                               : hostapi::variable_type::continuous;
-        const auto& names = instance.names.variables;
-        builder.addVariable(type, variable.lower, variable.upper, variable.level,
-                            j < names.size() ? names[j] : std::string());
+        const auto& names = instance_.names.variables;
+        builder_.addVariable(type, variable.lower, variable.upper, variable.level,
+                             j < names.size() ? names[j] : std::string());
     }
 }
 
 void ModelMaker::addRows() {
-    const RowTerms rowTerms(instance);
-    const auto& names = instance.names.rows;
-    for (std::size_t i = 0; i < instance.rows.size(); ++i) {
-        const NlRow& row = instance.rows[i];
+    const RowTerms rowTerms(instance_);
+    const auto& names = instance_.names.rows;
+    for (std::size_t i = 0; i < instance_.rows.size(); ++i) {
+        const NlRow& row = instance_.rows[i];
         const auto index = static_cast<std::int32_t>(i);
         auto form = quadraticForm(row.expression, index);
         if (form && !form->quadratic.empty() && !fitsIntoSides(form->constant, row)) form.reset();
         const double constant = form ? form->constant : 0.0;
-        builder.addRangeRow(row.lower - constant, row.upper - constant,
-                            i < names.size() ? names[i] : std::string());
+        builder_.addRangeRow(row.lower - constant, row.upper - constant,
+                             i < names.size() ? names[i] : std::string());
         if (form) {
             addQuadraticForm(index, *form);
             addTerms(index, rowTerms.of(i));
@@ -125,24 +125,24 @@ void ModelMaker::addRows() {
 }
 
 void ModelMaker::addLogicalRows() {
-    const auto& names = instance.names.rows;
-    for (const NodeIndex expression : instance.logicalRows) {
-        const auto i = static_cast<std::size_t>(builder.nbRows());
-        const std::int32_t row = builder.addRow(hostapi::equation_type::logic, 1.0,
-                                                i < names.size() ? names[i] : std::string());
+    const auto& names = instance_.names.rows;
+    for (const NodeIndex expression : instance_.logicalRows) {
+        const auto i = static_cast<std::size_t>(builder_.nbRows());
+        const std::int32_t row = builder_.addRow(hostapi::equation_type::logic, 1.0,
+                                                 i < names.size() ? names[i] : std::string());
         countInstructions(expression, row);
         addInstructions(row, expression, {});
     }
 }
 
 void ModelMaker::addObjective() {
-    if (instance.objectives.empty()) return;
-    const NlObjective& objective = instance.objectives.front();
-    builder.setSense(objective.maximise ? hostapi::objective_sense::maximise
-                                        : hostapi::objective_sense::minimise);
+    if (instance_.objectives.empty()) return;
+    const NlObjective& objective = instance_.objectives.front();
+    builder_.setSense(objective.maximise ? hostapi::objective_sense::maximise
+                                         : hostapi::objective_sense::minimise);
     const auto form = quadraticForm(objective.expression, objectiveRow);
     if (form) {
-        builder.setObjectiveConstant(form->constant);
+        builder_.setObjectiveConstant(form->constant);
         addQuadraticForm(objectiveRow, *form);
         addTerms(objectiveRow, objective.terms);
     } else {
@@ -153,45 +153,46 @@ void ModelMaker::addObjective() {
 std::optional<QuadraticForm> ModelMaker::quadraticForm(NodeIndex expression, std::int32_t row) {
     if (expression == noNode) return QuadraticForm();
     countInstructions(expression, row);
-    return findQuadraticForm(instance.expressions, expression);
+    return findQuadraticForm(instance_.expressions, expression);
 }
 
 void ModelMaker::addQuadraticForm(std::int32_t row, const QuadraticForm& form) {
     addTerms(row, form.linear);
     for (const QuadraticTerm& each : form.quadratic)
-        builder.addQuadratic(row, each.first, each.second, each.coefficient);
+        builder_.addQuadratic(row, each.first, each.second, each.coefficient);
 }
 
 void ModelMaker::addTerms(std::int32_t row, std::span<const LinearTerm> terms) {
     for (const LinearTerm& each : terms)
-        builder.addCoefficient(row, each.variable, each.coefficient);
+        builder_.addCoefficient(row, each.variable, each.coefficient);
 }
 
 /// Linear terms of variables that the list names go into the list, the others beside it.
 void ModelMaker::addInstructions(std::int32_t row, NodeIndex expression,
                                  std::span<const LinearTerm> terms) {
-    InstructionList list = emitter.emit(expression);
+    InstructionList list = emitter_.emit(expression);
     for (std::size_t k = 0; k < list.size(); ++k) {
         if (takesVariable(list.opcodes[k]))
-            lastUser[static_cast<std::size_t>(list.fields[k] - 1)] = row;
+            lastUser_[static_cast<std::size_t>(list.fields[k] - 1)] = row;
     }
     for (const LinearTerm& each : terms) {
-        if (lastUser[static_cast<std::size_t>(each.variable)] != row) {
-            builder.addCoefficient(row, each.variable, each.coefficient);
+        if (lastUser_[static_cast<std::size_t>(each.variable)] != row) {
+            builder_.addCoefficient(row, each.variable, each.coefficient);
         } else if (each.coefficient != 0.0) {
             const bool isUnit = std::fabs(each.coefficient) == 1.0;
             appendLinearTerm(list, each.variable, each.coefficient,
-                             isUnit ? 0 : pool.entryOf(each.coefficient));
+                             isUnit ? 0 : pool_.entryOf(each.coefficient));
         }
     }
-    builder.setInstructions(row, list.opcodes, list.fields);
+    builder_.setInstructions(row, list.opcodes, list.fields);
 }
 
 void ModelMaker::countInstructions(NodeIndex expression, std::int32_t row) {
-    nbInstructions += emitter.sizeBound(expression);
-    if (nbInstructions <= mostInstructions) return;
-    const std::string user = row == objectiveRow ? "the objective" : "row " + instance.rowName(row);
-    throw ReadError(instance.path + ": " + user +
+    nbInstructions_ += emitter_.sizeBound(expression);
+    if (nbInstructions_ <= mostInstructions) return;
+    const std::string user =
+        row == objectiveRow ? "the objective" : "row " + instance_.rowName(row);
+    throw ReadError(instance_.path + ": " + user +
                     ": found common expressions that take more than " +
                     std::to_string(mostInstructions) +
                     " instructions when written out for each use, expected fewer");

@@ -211,21 +211,21 @@ constexpr std::size_t mostDifferent = 2000;
 /// The operations that take more than one function.
 class Maker {
 public:
-    explicit Maker(ExpressionStore& expressions) : store(expressions) {}
+    explicit Maker(ExpressionStore& expressions) : store_(expressions) {}
 
     NodeIndex make(std::int32_t code, Operands x);
 
 private:
     std::vector<NodeIndex> truths(Operands x) {
         std::vector<NodeIndex> result(x.begin(), x.end());
-        for (NodeIndex& each : result) each = store.truth(each);
+        for (NodeIndex& each : result) each = store_.truth(each);
         return result;
     }
     NodeIndex ifThen(NodeIndex condition, NodeIndex x, NodeIndex y) {
-        return store.call(Function::ifthen, std::array{condition, x, y});
+        return store_.call(Function::ifthen, std::array{condition, x, y});
     }
     [[nodiscard]] bool isConstant(NodeIndex x, double value) const {
-        return store.isConstant(x) && store.valueOf(x) == value;
+        return store_.isConstant(x) && store_.valueOf(x) == value;
     }
 
     NodeIndex power(NodeIndex base, NodeIndex exponent);
@@ -237,59 +237,59 @@ private:
     NodeIndex allDifferent(Operands x);
     NodeIndex piecewise(Operands x);
 
-    ExpressionStore& store;
+    ExpressionStore& store_;
 };
 
 NodeIndex Maker::power(NodeIndex base, NodeIndex exponent) {
-    if (store.isConstant(base)) return store.call(Function::cvpower, base, exponent);
-    if (!store.isConstant(exponent)) return store.call(Function::rpower, base, exponent);
-    const double value = store.valueOf(exponent);
+    if (store_.isConstant(base)) return store_.call(Function::cvpower, base, exponent);
+    if (!store_.isConstant(exponent)) return store_.call(Function::rpower, base, exponent);
+    const double value = store_.valueOf(exponent);
     if (value == 1.0) return base;
-    if (value == 2.0) return store.call(Function::sqr, base);
+    if (value == 2.0) return store_.call(Function::sqr, base);
     const bool isIntegral = value == std::trunc(value);
-    return store.call(isIntegral ? Function::power : Function::vcpower, base, exponent);
+    return store_.call(isIntegral ? Function::power : Function::vcpower, base, exponent);
 }
 
 NodeIndex Maker::truncated(NodeIndex x) {
-    const NodeIndex isPositive = store.call(Function::relopge, x, store.constant(0.0));
-    return ifThen(isPositive, store.call(Function::floor, x), store.call(Function::ceil, x));
+    const NodeIndex isPositive = store_.call(Function::relopge, x, store_.constant(0.0));
+    return ifThen(isPositive, store_.call(Function::floor, x), store_.call(Function::ceil, x));
 }
 
 /// a - b * trunc(a / b)
 NodeIndex Maker::remainder(NodeIndex a, NodeIndex b) {
-    const NodeIndex whole = truncated(store.quotient(a, b));
-    return store.difference(a, store.product(std::array{b, whole}));
+    const NodeIndex whole = truncated(store_.quotient(a, b));
+    return store_.difference(a, store_.product(std::array{b, whole}));
 }
 
 NodeIndex Maker::hyperbolic(std::int32_t code, NodeIndex x) {
-    const NodeIndex one = store.constant(1.0);
-    const NodeIndex two = store.constant(2.0);
+    const NodeIndex one = store_.constant(1.0);
+    const NodeIndex two = store_.constant(2.0);
     if (code == opTanh) {
         // 1 - 2 / (exp(2 x) + 1); beyond this bound of 2 x the value is 1 already.
-        const NodeIndex bound = store.constant(700.0);
+        const NodeIndex bound = store_.constant(700.0);
         const NodeIndex capped =
-            store.call(Function::min, store.product(std::array{two, x}), bound);
-        const NodeIndex power = store.call(Function::exp, capped);
-        return store.difference(one, store.quotient(two, store.sum(std::array{power, one})));
+            store_.call(Function::min, store_.product(std::array{two, x}), bound);
+        const NodeIndex power = store_.call(Function::exp, capped);
+        return store_.difference(one, store_.quotient(two, store_.sum(std::array{power, one})));
     }
-    const NodeIndex up = store.call(Function::exp, x);
-    const NodeIndex down = store.call(Function::exp, store.negation(x));
-    return store.quotient(
-        code == opSinh ? store.difference(up, down) : store.sum(std::array{up, down}), two);
+    const NodeIndex up = store_.call(Function::exp, x);
+    const NodeIndex down = store_.call(Function::exp, store_.negation(x));
+    return store_.quotient(
+        code == opSinh ? store_.difference(up, down) : store_.sum(std::array{up, down}), two);
 }
 
 NodeIndex Maker::implication(Operands x) {
     const auto sides = truths(x);
-    if (isConstant(sides[2], 1.0)) return store.call(Function::boolimp, sides[0], sides[1]);
-    return store.truth(ifThen(sides[0], sides[1], sides[2]));
+    if (isConstant(sides[2], 1.0)) return store_.call(Function::boolimp, sides[0], sides[1]);
+    return store_.truth(ifThen(sides[0], sides[1], sides[2]));
 }
 
 /// How many of the others equal the first.
 NodeIndex Maker::numberOf(Operands x) {
     std::vector<NodeIndex> matches;
     for (const NodeIndex each : x.subspan(1))
-        matches.push_back(store.call(Function::relopeq, x[0], each));
-    return store.sum(matches);
+        matches.push_back(store_.call(Function::relopeq, x[0], each));
+    return store_.sum(matches);
 }
 
 NodeIndex Maker::allDifferent(Operands x) {
@@ -297,9 +297,9 @@ NodeIndex Maker::allDifferent(Operands x) {
     std::vector<NodeIndex> pairs;
     for (std::size_t i = 0; i < x.size(); ++i) {
         for (std::size_t k = i + 1; k < x.size(); ++k)
-            pairs.push_back(store.call(Function::relopne, x[i], x[k]));
+            pairs.push_back(store_.call(Function::relopne, x[i], x[k]));
     }
-    return pairs.empty() ? store.constant(1.0) : store.call(Function::booland, pairs);
+    return pairs.empty() ? store_.constant(1.0) : store_.call(Function::booland, pairs);
 }
 
 /// Slopes and breakpoints in turn, then the argument; the function is 0 at 0. Each breakpoint b
@@ -308,33 +308,33 @@ NodeIndex Maker::piecewise(Operands x) {
     const NodeIndex argument = x.back();
     const Operands numbers = x.first(x.size() - 1);
     const bool areNumbers = std::all_of(numbers.begin(), numbers.end(),
-                                        [this](NodeIndex each) { return store.isConstant(each); });
+                                        [this](NodeIndex each) { return store_.isConstant(each); });
     if (!areNumbers) return noNode;
-    std::vector<NodeIndex> terms = {store.product(std::array{numbers[0], argument})};
+    std::vector<NodeIndex> terms = {store_.product(std::array{numbers[0], argument})};
     double constant = 0.0;
     for (std::size_t k = 1; k + 1 < numbers.size(); k += 2) {
-        const double change = store.valueOf(numbers[k + 1]) - store.valueOf(numbers[k - 1]);
-        const double atZero = std::fmax(-store.valueOf(numbers[k]), 0.0);
-        const NodeIndex beyond =
-            store.call(Function::max, store.difference(argument, numbers[k]), store.constant(0.0));
-        terms.push_back(store.product(std::array{store.constant(change), beyond}));
+        const double change = store_.valueOf(numbers[k + 1]) - store_.valueOf(numbers[k - 1]);
+        const double atZero = std::fmax(-store_.valueOf(numbers[k]), 0.0);
+        const NodeIndex beyond = store_.call(Function::max, store_.difference(argument, numbers[k]),
+                                             store_.constant(0.0));
+        terms.push_back(store_.product(std::array{store_.constant(change), beyond}));
         constant += change * atZero;
     }
-    if (constant != 0.0) terms.push_back(store.constant(-constant));
-    return store.sum(terms);
+    if (constant != 0.0) terms.push_back(store_.constant(-constant));
+    return store_.sum(terms);
 }
 
 NodeIndex Maker::make(std::int32_t code, Operands x) {
     switch (code) {
         case opPlus:
         case opSum:
-            return store.sum(x);
+            return store_.sum(x);
         case opMinus:
-            return store.difference(x[0], x[1]);
+            return store_.difference(x[0], x[1]);
         case opMultiply:
-            return store.product(x);
+            return store_.product(x);
         case opDivide:
-            return store.quotient(x[0], x[1]);
+            return store_.quotient(x[0], x[1]);
         case opRemainder:
             return remainder(x[0], x[1]);
         case opPower:
@@ -342,23 +342,23 @@ NodeIndex Maker::make(std::int32_t code, Operands x) {
         case opConstantToPower:
             return power(x[0], x[1]);
         case opLess:
-            return store.call(Function::max, store.difference(x[0], x[1]), store.constant(0.0));
+            return store_.call(Function::max, store_.difference(x[0], x[1]), store_.constant(0.0));
         case opNegate:
-            return store.negation(x[0]);
+            return store_.negation(x[0]);
         case opIf:
-            return ifThen(store.truth(x[0]), x[1], x[2]);
+            return ifThen(store_.truth(x[0]), x[1], x[2]);
         case opTanh:
         case opSinh:
         case opCosh:
             return hyperbolic(code, x[0]);
         case opIntegerDivide:
-            return truncated(store.quotient(x[0], x[1]));
+            return truncated(store_.quotient(x[0], x[1]));
         case opRound:
-            return isConstant(x[1], 0.0) ? store.call(Function::round, x[0]) : noNode;
+            return isConstant(x[1], 0.0) ? store_.call(Function::round, x[0]) : noNode;
         case opTrunc:
             return isConstant(x[1], 0.0) ? truncated(x[0]) : noNode;
         case opCount:
-            return store.sum(truths(x));
+            return store_.sum(truths(x));
         case opNumberOf:
             return numberOf(x);
         case opPiecewise:
@@ -369,7 +369,7 @@ NodeIndex Maker::make(std::int32_t code, Operands x) {
             return allDifferent(x);
         case opSomeSame: {
             const NodeIndex different = allDifferent(x);
-            return different == noNode ? noNode : store.call(Function::boolnot, different);
+            return different == noNode ? noNode : store_.call(Function::boolnot, different);
         }
         default:
             return noNode;

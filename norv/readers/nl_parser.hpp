@@ -37,14 +37,14 @@ private:
     void readBounds(double& lower, double& upper, bool isRow);
     void checkCounts();
 
-    NlInput input;
-    NlInstance instance;
-    NlExpressions expressions;
-    NlSpecialOrdered specialOrdered;
-    CoefficientSums coefficientSums;         ///< of rows and, numbered from -1 down, objectives
-    std::vector<std::int32_t> columnCounts;  ///< [nbVariables] entries announced; or empty
-    bool hasRowBounds = false;
-    bool hasVariableBounds = false;
+    NlInput input_;
+    NlInstance instance_;
+    NlExpressions expressions_;
+    NlSpecialOrdered specialOrdered_;
+    CoefficientSums coefficientSums_;         ///< of rows and, numbered from -1 down, objectives
+    std::vector<std::int32_t> columnCounts_;  ///< [nbVariables] entries announced; or empty
+    bool hasRowBounds_ = false;
+    bool hasVariableBounds_ = false;
 };
 
 }  // namespace norv

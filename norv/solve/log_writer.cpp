@@ -6,50 +6,50 @@
 namespace norv {
 
 LogWriter::LogWriter(std::ostream& target, std::function<int()> width)
-    : out(target), columns(std::move(width)), isTerminal(columns() > 0) {}
+    : out_(target), columns_(std::move(width)), isTerminal_(columns_() > 0) {}
 
 LogWriter::~LogWriter() {
     finishLine();
 }
 
 void LogWriter::write(std::string_view text) {
-    if (!isTerminal) {
-        out << text;
-        if (text.find('\n') != std::string_view::npos) out.flush();
+    if (!isTerminal_) {
+        out_ << text;
+        if (text.find('\n') != std::string_view::npos) out_.flush();
         return;
     }
     while (!text.empty()) {
         const std::size_t end = text.find('\n');
-        openLine += text.substr(0, end);
+        openLine_ += text.substr(0, end);
         if (end == std::string_view::npos) return;
-        writeLine(openLine);
-        openLine.clear();
+        writeLine(openLine_);
+        openLine_.clear();
         text.remove_prefix(end + 1);
     }
 }
 
 void LogWriter::finishLine() {
-    if (!openLine.empty()) writeLine(std::exchange(openLine, {}));
-    if (nbPainted > 0) out << '\n';
-    nbPainted = 0;
-    out.flush();
+    if (!openLine_.empty()) writeLine(std::exchange(openLine_, {}));
+    if (nbPainted_ > 0) out_ << '\n';
+    nbPainted_ = 0;
+    out_.flush();
 }
 
 void LogWriter::writeLine(std::string_view line) {
     if (line.find(" || ") != std::string_view::npos) return repaint(line);
-    if (nbPainted > 0) out << '\n';
-    nbPainted = 0;
-    out << line << '\n' << std::flush;
+    if (nbPainted_ > 0) out_ << '\n';
+    nbPainted_ = 0;
+    out_ << line << '\n' << std::flush;
 }
 
 void LogWriter::repaint(std::string_view line) {
     // The last column stays free: some terminals begin a new line once it is written.
-    const auto room = static_cast<std::size_t>(std::max(columns() - 1, 1));
+    const auto room = static_cast<std::size_t>(std::max(columns_() - 1, 1));
     line = line.substr(0, room);
-    const std::size_t nbCovered = std::min(line.size(), nbPainted);
-    const std::string blanks(std::max(std::min(nbPainted, room), nbCovered) - nbCovered, ' ');
-    out << '\r' << line << blanks << std::flush;
-    nbPainted = line.size();
+    const std::size_t nbCovered = std::min(line.size(), nbPainted_);
+    const std::string blanks(std::max(std::min(nbPainted_, room), nbCovered) - nbCovered, ' ');
+    out_ << '\r' << line << blanks << std::flush;
+    nbPainted_ = line.size();
 }
 
 }  // namespace norv

@@ -30,11 +30,11 @@ private:
     void writeLine(std::string_view line);
     void repaint(std::string_view line);
 
-    std::ostream& out;
-    std::function<int()> columns;
-    bool isTerminal;
-    std::string openLine;       ///< on a terminal: what came since the last line end
-    std::size_t nbPainted = 0;  ///< characters of the progress line that stands, 0: none does
+    std::ostream& out_;
+    std::function<int()> columns_;
+    bool isTerminal_;
+    std::string openLine_;       ///< on a terminal: what came since the last line end
+    std::size_t nbPainted_ = 0;  ///< characters of the progress line that stands, 0: none does
 };
 
 }  // namespace norv

@@ -40,13 +40,13 @@ void restore(int signal, void (*before)(int)) {
 TerminationSignals::TerminationSignals(Environment& environment) {
     wasAsked = false;
     receiver = &environment;
-    interruptBefore = install(SIGINT);
-    terminateBefore = install(SIGTERM);
+    interruptBefore_ = install(SIGINT);
+    terminateBefore_ = install(SIGTERM);
 }
 
 TerminationSignals::~TerminationSignals() {
-    restore(SIGTERM, terminateBefore);
-    restore(SIGINT, interruptBefore);
+    restore(SIGTERM, terminateBefore_);
+    restore(SIGINT, interruptBefore_);
     receiver = nullptr;
 }
 

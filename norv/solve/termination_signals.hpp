@@ -19,8 +19,8 @@ public:
 
 private:
     using Handler = void (*)(int);
-    Handler interruptBefore;
-    Handler terminateBefore;
+    Handler interruptBefore_;
+    Handler terminateBefore_;
 };
 
 }  // namespace norv

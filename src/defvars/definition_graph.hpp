@@ -35,7 +35,7 @@ public:
     DefinitionGraph(const DefinitionGraph&) = delete;
     DefinitionGraph& operator=(const DefinitionGraph&) = delete;
 
-    [[nodiscard]] const Definitions& all() const { return definitions; }
+    [[nodiscard]] const Definitions& all() const { return definitions_; }
 
     /// From now on `wouldCreateCycle` and `define` are about `row`, which defines nothing yet.
     void startRow(std::int32_t row);
@@ -71,10 +71,10 @@ private:
 
     /// Orders the heaps: whether `b` is to be looked into before `a`.
     [[nodiscard]] auto laterForward() const {
-        return [this](std::int32_t a, std::int32_t b) { return order.isBefore(b, a); };
+        return [this](std::int32_t a, std::int32_t b) { return order_.isBefore(b, a); };
     }
     [[nodiscard]] auto laterBackward() const {
-        return [this](std::int32_t a, std::int32_t b) { return order.isBefore(a, b); };
+        return [this](std::int32_t a, std::int32_t b) { return order_.isBefore(a, b); };
     }
 
     void use(std::int32_t d);
@@ -90,26 +90,26 @@ private:
     [[nodiscard]] bool isInPlace(std::int32_t d) const;
     [[nodiscard]] bool areInPlace(const std::vector<std::int32_t>& moved) const;
 
-    const Jacobian& jacobian;
-    Definitions definitions;
-    OrderList order;        ///< the definitions, if `isOrdered`
-    bool isOrdered = true;  ///< without an order, no definition is in front of another
-    Landmarks landmarks;
-    std::int64_t nbFutileSteps = 0;  ///< of searches that met, since the last landmark was placed
+    const Jacobian& jacobian_;
+    Definitions definitions_;
+    OrderList order_;        ///< the definitions, if `isOrdered`
+    bool isOrdered_ = true;  ///< without an order, no definition is in front of another
+    Landmarks landmarks_;
+    std::int64_t nbFutileSteps_ = 0;  ///< of searches that met, since the last landmark was placed
 
-    std::int32_t currentRow = none;
-    std::int32_t firstUsed = none;      ///< first in the list of the definitions that the row uses
-    Landmarks::Set usedLandmarks = 0;   ///< of the definitions that the row uses
-    std::int32_t inQuestion = none;     ///< variable of the test
-    std::int32_t meetingPoint = none;   ///< definition where the searches met last
-    Search forward;                     ///< from the row's variables; serves all tests of a row
-    Search backward;                    ///< from the variable in question, through its dependents
-    bool isInFirstColumn = false;       ///< `lastDependent` is not final yet
-    std::int32_t lastDependent = none;  ///< last in the list of those that use it directly
-    std::vector<Visit> visits;          ///< [nbRows], by definition
-    std::vector<std::uint32_t> reachedFor;  ///< [nbVariables], of those that are not defined
-    std::uint32_t nbRowsStarted = 0;
-    std::uint32_t nbSearches = 0;
+    std::int32_t currentRow_ = none;
+    std::int32_t firstUsed_ = none;      ///< first in the list of the definitions that the row uses
+    Landmarks::Set usedLandmarks_ = 0;   ///< of the definitions that the row uses
+    std::int32_t inQuestion_ = none;     ///< variable of the test
+    std::int32_t meetingPoint_ = none;   ///< definition where the searches met last
+    Search forward_;                     ///< from the row's variables; serves all tests of a row
+    Search backward_;                    ///< from the variable in question, through its dependents
+    bool isInFirstColumn_ = false;       ///< `lastDependent` is not final yet
+    std::int32_t lastDependent_ = none;  ///< last in the list of those that use it directly
+    std::vector<Visit> visits_;          ///< [nbRows], by definition
+    std::vector<std::uint32_t> reachedFor_;  ///< [nbVariables], of those that are not defined
+    std::uint32_t nbRowsStarted_ = 0;
+    std::uint32_t nbSearches_ = 0;
 };
 
 }  // namespace vex

@@ -19,21 +19,21 @@ public:
 
     /// @param source  outlives this object.
     explicit Definitions(const Jacobian& source)
-        : jacobian(source),
-          ofVariables(static_cast<std::size_t>(source.nbVariables()), none),
-          byRows(static_cast<std::size_t>(source.nbRows()), none) {}
+        : jacobian_(source),
+          ofVariables_(static_cast<std::size_t>(source.nbVariables()), none),
+          byRows_(static_cast<std::size_t>(source.nbRows()), none) {}
 
-    [[nodiscard]] std::int32_t size() const { return static_cast<std::int32_t>(pairs.size()); }
+    [[nodiscard]] std::int32_t size() const { return static_cast<std::int32_t>(pairs_.size()); }
     /// Definition of `variable`, or none.
     [[nodiscard]] std::int32_t definitionOf(std::int32_t variable) const {
-        return ofVariables[static_cast<std::size_t>(variable)];
+        return ofVariables_[static_cast<std::size_t>(variable)];
     }
     [[nodiscard]] bool isDefined(std::int32_t variable) const {
         return definitionOf(variable) != none;
     }
     /// Definition by `row`, or none.
     [[nodiscard]] std::int32_t definitionBy(std::int32_t row) const {
-        return byRows[static_cast<std::size_t>(row)];
+        return byRows_[static_cast<std::size_t>(row)];
     }
     [[nodiscard]] std::int32_t variable(std::int32_t d) const { return at(d).variable; }
     [[nodiscard]] std::int32_t row(std::int32_t d) const { return at(d).row; }
@@ -41,23 +41,23 @@ public:
     /// @return its number.
     std::int32_t add(std::int32_t variable, std::int32_t row) {
         const std::int32_t d = size();
-        pairs.push_back({variable, row});
-        ofVariables[static_cast<std::size_t>(variable)] = d;
-        byRows[static_cast<std::size_t>(row)] = d;
+        pairs_.push_back({variable, row});
+        ofVariables_[static_cast<std::size_t>(variable)] = d;
+        byRows_[static_cast<std::size_t>(row)] = d;
         return d;
     }
 
     /// The variables that definition `d` uses. The defined one should be among them, but a row
     /// given from outside may be any, even an empty one.
-    [[nodiscard]] Jacobian::Entries used(std::int32_t d) const { return jacobian.row(row(d)); }
+    [[nodiscard]] Jacobian::Entries used(std::int32_t d) const { return jacobian_.row(row(d)); }
     /// The rows with `variable`; those that define something define its users.
     [[nodiscard]] Jacobian::Entries rowsOf(std::int32_t variable) const {
-        return jacobian.column(variable);
+        return jacobian_.column(variable);
     }
 
     /// Asks for the place of definitionOf(variable).
     void prefetchOf(std::int32_t variable) const {
-        prefetchAddress(&ofVariables[static_cast<std::size_t>(variable)]);
+        prefetchAddress(&ofVariables_[static_cast<std::size_t>(variable)]);
     }
 
 private:
@@ -67,13 +67,13 @@ private:
     };
 
     [[nodiscard]] const Pair& at(std::int32_t d) const {
-        return pairs[static_cast<std::size_t>(d)];
+        return pairs_[static_cast<std::size_t>(d)];
     }
 
-    const Jacobian& jacobian;
-    std::vector<Pair> pairs;                ///< [size()]
-    std::vector<std::int32_t> ofVariables;  ///< [nbVariables]
-    std::vector<std::int32_t> byRows;       ///< [nbRows]
+    const Jacobian& jacobian_;
+    std::vector<Pair> pairs_;                ///< [size()]
+    std::vector<std::int32_t> ofVariables_;  ///< [nbVariables]
+    std::vector<std::int32_t> byRows_;       ///< [nbRows]
 };
 
 }  // namespace vex

@@ -19,19 +19,19 @@ namespace {
 class Detection {
 public:
     Detection(ModelHandle model, const DefinedVariables& known)
-        : nmo(model),
-          jacobian(model, known),
-          graph(jacobian, known),
-          pending(jacobian.nbRows()),
-          isCandidate(static_cast<std::size_t>(jacobian.nbVariables()), false) {}
+        : nmo_(model),
+          jacobian_(model, known),
+          graph_(jacobian_, known),
+          pending_(jacobian_.nbRows()),
+          isCandidate_(static_cast<std::size_t>(jacobian_.nbVariables()), false) {}
 
     void run() {
         markCandidates();
         fillPendingRows();
-        while (!pending.isEmpty()) settleRow(pending.takeFirst());
+        while (!pending_.isEmpty()) settleRow(pending_.takeFirst());
     }
 
-    [[nodiscard]] const Definitions& found() const { return graph.all(); }
+    [[nodiscard]] const Definitions& found() const { return graph_.all(); }
 
 private:
     void markCandidates();
@@ -41,37 +41,37 @@ private:
     void prefetchVariablesOf(std::int32_t row) const;
     void define(std::int32_t variable);
 
-    ModelHandle nmo;
-    Jacobian jacobian;
-    DefinitionGraph graph;
-    PendingRows pending;
-    std::vector<bool> isCandidate;  ///< [nbVariables]
+    ModelHandle nmo_;
+    Jacobian jacobian_;
+    DefinitionGraph graph_;
+    PendingRows pending_;
+    std::vector<bool> isCandidate_;  ///< [nbVariables]
 };
 
 void Detection::markCandidates() {
-    for (std::size_t j = 0; j < isCandidate.size(); ++j)
-        isCandidate[j] = canBeCandidate(static_cast<std::int32_t>(j));
+    for (std::size_t j = 0; j < isCandidate_.size(); ++j)
+        isCandidate_[j] = canBeCandidate(static_cast<std::int32_t>(j));
 }
 
 bool Detection::canBeCandidate(std::int32_t variable) const {
-    const Jacobian::Entries column = jacobian.column(variable);
+    const Jacobian::Entries column = jacobian_.column(variable);
     return !found().isDefined(variable) &&
            std::any_of(column.begin(), column.end(),
                        [this](const Jacobian::Entry& entry) {
-                           return entry.canBeSolvedFor && jacobian.isEquality(entry.index);
+                           return entry.canBeSolvedFor && jacobian_.isEquality(entry.index);
                        }) &&
-           nmoGetVarLowerOne(nmo, variable) != nmoGetVarUpperOne(nmo, variable) &&
-           nmoGetVarTypeOne(nmo, variable) == variable_type::continuous;
+           nmoGetVarLowerOne(nmo_, variable) != nmoGetVarUpperOne(nmo_, variable) &&
+           nmoGetVarTypeOne(nmo_, variable) == variable_type::continuous;
 }
 
 void Detection::fillPendingRows() {
-    for (std::int32_t i = 0; i < jacobian.nbRows(); ++i) {
-        if (!jacobian.isEquality(i) || found().definitionBy(i) != Definitions::none) continue;
-        for (const Jacobian::Entry& entry : jacobian.row(i)) {
-            if (isCandidate[static_cast<std::size_t>(entry.index)])
-                pending.countCandidate(i, entry.canBeSolvedFor);
+    for (std::int32_t i = 0; i < jacobian_.nbRows(); ++i) {
+        if (!jacobian_.isEquality(i) || found().definitionBy(i) != Definitions::none) continue;
+        for (const Jacobian::Entry& entry : jacobian_.row(i)) {
+            if (isCandidate_[static_cast<std::size_t>(entry.index)])
+                pending_.countCandidate(i, entry.canBeSolvedFor);
         }
-        if (pending.hasSolvable(i)) pending.insert(i);
+        if (pending_.hasSolvable(i)) pending_.insert(i);
     }
 }
 
@@ -79,10 +79,10 @@ void Detection::fillPendingRows() {
 /// coefficient no longer matters: the row's function is built from it, or setup refuses it.
 void Detection::settleRow(std::int32_t row) {
     prefetchVariablesOf(row);
-    graph.startRow(row);
-    for (const Jacobian::Entry& entry : jacobian.row(row)) {
-        if (entry.isLinear && isCandidate[static_cast<std::size_t>(entry.index)] &&
-            !graph.wouldCreateCycle(entry.index)) {
+    graph_.startRow(row);
+    for (const Jacobian::Entry& entry : jacobian_.row(row)) {
+        if (entry.isLinear && isCandidate_[static_cast<std::size_t>(entry.index)] &&
+            !graph_.wouldCreateCycle(entry.index)) {
             define(entry.index);
             return;
         }
@@ -92,22 +92,22 @@ void Detection::settleRow(std::int32_t row) {
 /// In an instance larger than the caches nearly every step to a variable or a row waits for memory.
 /// What the next steps need is asked for all at once, so that they wait together.
 void Detection::prefetchVariablesOf(std::int32_t row) const {
-    for (const Jacobian::Entry& entry : jacobian.row(row)) {
+    for (const Jacobian::Entry& entry : jacobian_.row(row)) {
         found().prefetchOf(entry.index);
-        jacobian.prefetchColumnStart(entry.index);
+        jacobian_.prefetchColumnStart(entry.index);
     }
 }
 
 void Detection::define(std::int32_t variable) {
-    for (const Jacobian::Entry& entry : jacobian.column(variable)) {
-        pending.prefetch(entry.index);
-        jacobian.prefetchRowStart(entry.index);
+    for (const Jacobian::Entry& entry : jacobian_.column(variable)) {
+        pending_.prefetch(entry.index);
+        jacobian_.prefetchRowStart(entry.index);
     }
-    graph.define(variable);
-    isCandidate[static_cast<std::size_t>(variable)] = false;
-    for (const Jacobian::Entry& entry : jacobian.column(variable)) {
-        pending.uncountCandidate(entry.index, entry.canBeSolvedFor);
-        jacobian.prefetchRow(entry.index);  // likely to be settled soon
+    graph_.define(variable);
+    isCandidate_[static_cast<std::size_t>(variable)] = false;
+    for (const Jacobian::Entry& entry : jacobian_.column(variable)) {
+        pending_.uncountCandidate(entry.index, entry.canBeSolvedFor);
+        jacobian_.prefetchRow(entry.index);  // likely to be settled soon
     }
 }
 

@@ -22,23 +22,23 @@ std::size_t nbEntriesOf(ModelHandle nmo, std::int32_t i) {
 }  // namespace
 
 Jacobian::Jacobian(ModelHandle nmo, const DefinedVariables& known)
-    : equality(static_cast<std::size_t>(nmoM(nmo))),
-      rowStarts(1, 0),
-      columnStarts(static_cast<std::size_t>(nmoN(nmo)) + 1) {
-    std::vector<bool> isRead(equality.size(), false);
+    : equality_(static_cast<std::size_t>(nmoM(nmo))),
+      rowStarts_(1, 0),
+      columnStarts_(static_cast<std::size_t>(nmoN(nmo)) + 1) {
+    std::vector<bool> isRead(equality_.size(), false);
     for (const auto& [variable, row] : known) isRead[static_cast<std::size_t>(row)] = true;
     std::size_t nbEntries = 0;
-    for (std::size_t at = 0; at < equality.size(); ++at) {
+    for (std::size_t at = 0; at < equality_.size(); ++at) {
         const auto i = static_cast<std::int32_t>(at);
-        equality[at] = nmoGetEquTypeOne(nmo, i) == equation_type::equality;
-        isRead[at] = isRead[at] || equality[at];
+        equality_[at] = nmoGetEquTypeOne(nmo, i) == equation_type::equality;
+        isRead[at] = isRead[at] || equality_[at];
         if (isRead[at]) nbEntries += nbEntriesOf(nmo, i);
     }
-    rowEntries.reserve(nbEntries);
-    rowStarts.reserve(equality.size() + 1);
-    for (std::size_t at = 0; at < equality.size(); ++at) {
+    rowEntries_.reserve(nbEntries);
+    rowStarts_.reserve(equality_.size() + 1);
+    for (std::size_t at = 0; at < equality_.size(); ++at) {
         if (isRead[at]) readRow(nmo, static_cast<std::int32_t>(at));
-        rowStarts.push_back(rowEntries.size());
+        rowStarts_.push_back(rowEntries_.size());
     }
     transpose();
 }
@@ -52,22 +52,22 @@ void Jacobian::readRow(ModelHandle nmo, std::int32_t i) {
         nmoGetRowJacInfoOne(nmo, i, &cursor, &value, &variable, &nonlinear);
         if (variable < 0) return;
         const bool isLinear = nonlinear == 0;
-        rowEntries.push_back({variable, isLinear, isLinear && std::abs(value) > negligible});
+        rowEntries_.push_back({variable, isLinear, isLinear && std::abs(value) > negligible});
     } while (cursor != nullptr);
 }
 
 void Jacobian::transpose() {
     // A column's start is kept one place too far and counts up while the column fills, until it is
     // the start of the next one.
-    Starts& starts = columnStarts;
+    Starts& starts = columnStarts_;
     starts.assign(starts.size() + 1, 0);
-    for (const Entry& entry : rowEntries) ++starts[static_cast<std::size_t>(entry.index) + 2];
+    for (const Entry& entry : rowEntries_) ++starts[static_cast<std::size_t>(entry.index) + 2];
     for (std::size_t j = 2; j < starts.size(); ++j) starts[j] += starts[j - 1];
-    columnEntries.resize(rowEntries.size());
+    columnEntries_.resize(rowEntries_.size());
     for (std::int32_t i = 0; i < nbRows(); ++i) {
         for (const auto& [variable, isLinear, canBeSolvedFor] : row(i)) {
             std::size_t& place = starts[static_cast<std::size_t>(variable) + 1];
-            columnEntries[place++] = {i, isLinear, canBeSolvedFor};
+            columnEntries_[place++] = {i, isLinear, canBeSolvedFor};
         }
     }
     starts.pop_back();

@@ -26,20 +26,20 @@ public:
     /// @param known  its rows are read too, whatever their type.
     Jacobian(ModelHandle nmo, const DefinedVariables& known);
 
-    [[nodiscard]] std::int32_t nbVariables() const { return nbOf(columnStarts); }
-    [[nodiscard]] std::int32_t nbRows() const { return nbOf(rowStarts); }
-    [[nodiscard]] bool isEquality(std::int32_t i) const { return equality[place(i)]; }
+    [[nodiscard]] std::int32_t nbVariables() const { return nbOf(columnStarts_); }
+    [[nodiscard]] std::int32_t nbRows() const { return nbOf(rowStarts_); }
+    [[nodiscard]] bool isEquality(std::int32_t i) const { return equality_[place(i)]; }
 
     /// In the host's order; without entries for a row that is not read.
-    [[nodiscard]] Entries row(std::int32_t i) const { return entries(rowEntries, rowStarts, i); }
+    [[nodiscard]] Entries row(std::int32_t i) const { return entries(rowEntries_, rowStarts_, i); }
     /// The entries in rows that are read, ascending.
     [[nodiscard]] Entries column(std::int32_t j) const {
-        return entries(columnEntries, columnStarts, j);
+        return entries(columnEntries_, columnStarts_, j);
     }
 
     /// Ask for the place where row `i` (column `j`) starts, and for the first entries of row `i`.
-    void prefetchRowStart(std::int32_t i) const { prefetchAddress(&rowStarts[place(i)]); }
-    void prefetchColumnStart(std::int32_t j) const { prefetchAddress(&columnStarts[place(j)]); }
+    void prefetchRowStart(std::int32_t i) const { prefetchAddress(&rowStarts_[place(i)]); }
+    void prefetchColumnStart(std::int32_t j) const { prefetchAddress(&columnStarts_[place(j)]); }
     void prefetchRow(std::int32_t i) const { prefetchAddress(row(i).data()); }
 
 private:
@@ -55,11 +55,11 @@ private:
     void readRow(ModelHandle nmo, std::int32_t i);
     void transpose();
 
-    std::vector<bool> equality;  ///< [nbRows]
-    Starts rowStarts;            ///< [nbRows + 1]
-    Starts columnStarts;         ///< [nbVariables + 1]
-    std::vector<Entry> rowEntries;
-    std::vector<Entry> columnEntries;
+    std::vector<bool> equality_;  ///< [nbRows]
+    Starts rowStarts_;            ///< [nbRows + 1]
+    Starts columnStarts_;         ///< [nbVariables + 1]
+    std::vector<Entry> rowEntries_;
+    std::vector<Entry> columnEntries_;
 };
 
 }  // namespace vex

@@ -3,23 +3,23 @@
 namespace vex {
 
 void Landmarks::place(std::int32_t d) {
-    if (used.empty()) {
-        used.assign(nbRows, 0);
-        users.assign(nbVariables, 0);
+    if (used_.empty()) {
+        used_.assign(nbRows_, 0);
+        users_.assign(nbVariables_, 0);
     }
-    const Set landmark = Set{1} << nbPlaced++;
-    add(used, d, landmark);
+    const Set landmark = Set{1} << nbPlaced_++;
+    add(used_, d, landmark);
     tellUsers();
-    add(users, definitions.variable(d), landmark);
+    add(users_, definitions_.variable(d), landmark);
     tellUsed();
 }
 
 void Landmarks::learn(std::int32_t d, Set usedByRow) {
-    if (nbPlaced == 0) return;
-    add(used, d, usedByRow);
+    if (nbPlaced_ == 0) return;
+    add(used_, d, usedByRow);
     tellUsers();
-    const std::int32_t variable = definitions.variable(d);
-    if (usersOf(variable) != 0) learned.push_back(variable);
+    const std::int32_t variable = definitions_.variable(d);
+    if (usersOf(variable) != 0) learned_.push_back(variable);
     tellUsed();
 }
 
@@ -28,28 +28,28 @@ void Landmarks::add(std::vector<Set>& sets, std::int32_t k, Set found) {
     Set& known = sets[static_cast<std::size_t>(k)];
     if ((found & ~known) == 0) return;
     known |= found;
-    learned.push_back(k);
+    learned_.push_back(k);
 }
 
 void Landmarks::tellUsers() {
-    while (!learned.empty()) {
-        const std::int32_t d = learned.back();
-        learned.pop_back();
-        for (const Jacobian::Entry& entry : definitions.rowsOf(definitions.variable(d))) {
-            const std::int32_t user = definitions.definitionBy(entry.index);
-            if (user != Definitions::none) add(used, user, usedBy(d));
+    while (!learned_.empty()) {
+        const std::int32_t d = learned_.back();
+        learned_.pop_back();
+        for (const Jacobian::Entry& entry : definitions_.rowsOf(definitions_.variable(d))) {
+            const std::int32_t user = definitions_.definitionBy(entry.index);
+            if (user != Definitions::none) add(used_, user, usedBy(d));
         }
     }
 }
 
 void Landmarks::tellUsed() {
-    while (!learned.empty()) {
-        const std::int32_t variable = learned.back();
-        learned.pop_back();
-        const std::int32_t d = definitions.definitionOf(variable);
+    while (!learned_.empty()) {
+        const std::int32_t variable = learned_.back();
+        learned_.pop_back();
+        const std::int32_t d = definitions_.definitionOf(variable);
         if (d == Definitions::none) continue;
-        for (const Jacobian::Entry& entry : definitions.used(d))
-            add(users, entry.index, usersOf(variable));
+        for (const Jacobian::Entry& entry : definitions_.used(d))
+            add(users_, entry.index, usersOf(variable));
     }
 }
 

@@ -20,20 +20,20 @@ public:
 
     /// @param allDefinitions  outlive this object.
     Landmarks(const Definitions& allDefinitions, const Jacobian& jacobian)
-        : definitions(allDefinitions),
-          nbVariables(static_cast<std::size_t>(jacobian.nbVariables())),
-          nbRows(static_cast<std::size_t>(jacobian.nbRows())) {}
+        : definitions_(allDefinitions),
+          nbVariables_(static_cast<std::size_t>(jacobian.nbVariables())),
+          nbRows_(static_cast<std::size_t>(jacobian.nbRows())) {}
 
-    [[nodiscard]] bool areAllPlaced() const { return nbPlaced == 64; }
+    [[nodiscard]] bool areAllPlaced() const { return nbPlaced_ == 64; }
     /// Makes the variable of definition `d` a landmark. Not when all are placed.
     void place(std::int32_t d);
     /// Takes notice of the new definition `d`, whose row's variables are or depend on `usedByRow`.
     void learn(std::int32_t d, Set usedByRow);
 
     /// Landmarks that the variable of definition `d` is or depends on.
-    [[nodiscard]] Set usedBy(std::int32_t d) const { return of(used, d); }
+    [[nodiscard]] Set usedBy(std::int32_t d) const { return of(used_, d); }
     /// Landmarks that are `variable` or depend on it.
-    [[nodiscard]] Set usersOf(std::int32_t variable) const { return of(users, variable); }
+    [[nodiscard]] Set usersOf(std::int32_t variable) const { return of(users_, variable); }
 
 private:
     [[nodiscard]] static Set of(const std::vector<Set>& sets, std::int32_t k) {
@@ -43,14 +43,14 @@ private:
     void tellUsers();
     void tellUsed();
 
-    const Definitions& definitions;
-    std::size_t nbVariables;
-    std::size_t nbRows;
-    int nbPlaced = 0;
-    std::vector<Set> used;   ///< [nbRows], by definition; empty before the first landmark
-    std::vector<Set> users;  ///< [nbVariables], empty before the first landmark
+    const Definitions& definitions_;
+    std::size_t nbVariables_;
+    std::size_t nbRows_;
+    int nbPlaced_ = 0;
+    std::vector<Set> used_;   ///< [nbRows], by definition; empty before the first landmark
+    std::vector<Set> users_;  ///< [nbVariables], empty before the first landmark
     /// Stack of definitions (of variables) whose users (whose used variables) are to be told.
-    std::vector<std::int32_t> learned;
+    std::vector<std::int32_t> learned_;
 };
 
 }  // namespace vex

@@ -22,8 +22,8 @@ constexpr double sparseBase = 1.5;
 void OrderList::remove(std::int32_t v) {
     const std::int32_t left = at(v).before;
     const std::int32_t right = at(v).after;
-    (left == none ? first : at(left).after) = right;
-    (right == none ? last : at(right).before) = left;
+    (left == none ? first_ : at(left).after) = right;
+    (right == none ? last_ : at(right).before) = left;
 }
 
 /// How much larger the right neighbour's number is than the left one's.
@@ -42,8 +42,8 @@ void OrderList::placeBetween(std::int32_t left, std::int32_t v, std::int32_t rig
         at(v).number = endOfNumbers / 2;
     at(v).before = left;
     at(v).after = right;
-    (left == none ? first : at(left).after) = v;
-    (right == none ? last : at(right).before) = v;
+    (left == none ? first_ : at(left).after) = v;
+    (right == none ? last_ : at(right).before) = v;
 }
 
 /// Gives even distances to the members of the smallest sparse enough range of numbers, aligned to

@@ -14,10 +14,10 @@ namespace vex {
 /// maintaining order in a list", ESA 2002, section 2).
 class OrderList {
 public:
-    explicit OrderList(std::int32_t nbMembers) : members(static_cast<std::size_t>(nbMembers)) {}
+    explicit OrderList(std::int32_t nbMembers) : members_(static_cast<std::size_t>(nbMembers)) {}
 
     /// Places `v`, which is not in the list, behind all others.
-    void placeLast(std::int32_t v) { placeBetween(last, v, none); }
+    void placeLast(std::int32_t v) { placeBetween(last_, v, none); }
     /// Places `v`, which is not in the list, directly in front of (behind) member `u`.
     void placeBefore(std::int32_t v, std::int32_t u) { placeBetween(at(u).before, v, u); }
     void placeAfter(std::int32_t v, std::int32_t u) { placeBetween(u, v, at(u).after); }
@@ -37,17 +37,17 @@ private:
         std::int32_t after = none;
     };
 
-    [[nodiscard]] Member& at(std::int32_t v) { return members[static_cast<std::size_t>(v)]; }
+    [[nodiscard]] Member& at(std::int32_t v) { return members_[static_cast<std::size_t>(v)]; }
     [[nodiscard]] const Member& at(std::int32_t v) const {
-        return members[static_cast<std::size_t>(v)];
+        return members_[static_cast<std::size_t>(v)];
     }
     [[nodiscard]] std::uint64_t room(std::int32_t left, std::int32_t right) const;
     void placeBetween(std::int32_t left, std::int32_t v, std::int32_t right);
     void spreadAround(std::int32_t v);
 
-    std::vector<Member> members;  ///< [nbMembers]
-    std::int32_t first = none;
-    std::int32_t last = none;
+    std::vector<Member> members_;  ///< [nbMembers]
+    std::int32_t first_ = none;
+    std::int32_t last_ = none;
 };
 
 }  // namespace vex

@@ -11,7 +11,7 @@ void PendingRows::countCandidate(std::int32_t row, bool canBeSolvedFor) {
 }
 
 void PendingRows::insert(std::int32_t row) {
-    Bucket& bucket = buckets[keyOf(row)];
+    Bucket& bucket = buckets_[keyOf(row)];
     at(row).isPending = true;
     ++bucket.nbPending;
     if (bucket.ascending.empty() || bucket.ascending.back() < row) {
@@ -24,14 +24,14 @@ void PendingRows::insert(std::int32_t row) {
 
 void PendingRows::uncountCandidate(std::int32_t row, bool canBeSolvedFor) {
     if (!at(row).isPending) return;
-    remove(row, buckets.find(keyOf(row)));
+    remove(row, buckets_.find(keyOf(row)));
     --at(row).nbCandidates;
     if (canBeSolvedFor) --at(row).nbSolvable;
     if (hasSolvable(row)) insert(row);
 }
 
 std::int32_t PendingRows::takeFirst() {
-    const auto found = buckets.begin();
+    const auto found = buckets_.begin();
     auto& [key, bucket] = *found;
     auto& [ascending, next, others, nbPending] = bucket;
     while (next < ascending.size() && isOutdated(ascending[next], key)) ++next;
@@ -56,7 +56,7 @@ bool PendingRows::isOutdated(std::int32_t row, Key key) const {
 
 void PendingRows::remove(std::int32_t row, Buckets::iterator bucket) {
     at(row).isPending = false;
-    if (--bucket->second.nbPending == 0) buckets.erase(bucket);
+    if (--bucket->second.nbPending == 0) buckets_.erase(bucket);
 }
 
 }  // namespace vex

@@ -18,7 +18,7 @@ namespace vex {
 /// costs O(1) per row, otherwise O(log n); finding a bucket is O(log n) in their number.
 class PendingRows {
 public:
-    explicit PendingRows(std::int32_t nbRows) : rows(static_cast<std::size_t>(nbRows)) {}
+    explicit PendingRows(std::int32_t nbRows) : rows_(static_cast<std::size_t>(nbRows)) {}
 
     /// Counts an entry of a candidate in `row`, which is not pending yet.
     void countCandidate(std::int32_t row, bool canBeSolvedFor);
@@ -34,7 +34,7 @@ public:
     /// Asks for the counts of `row`.
     void prefetch(std::int32_t row) const { prefetchAddress(&at(row)); }
 
-    [[nodiscard]] bool isEmpty() const { return buckets.empty(); }
+    [[nodiscard]] bool isEmpty() const { return buckets_.empty(); }
     /// Removes and returns the first row.
     std::int32_t takeFirst();
 
@@ -55,16 +55,16 @@ private:
     using Key = std::uint64_t;  ///< the numbers, in their order
     using Buckets = std::map<Key, Bucket>;
 
-    [[nodiscard]] Row& at(std::int32_t row) { return rows[static_cast<std::size_t>(row)]; }
+    [[nodiscard]] Row& at(std::int32_t row) { return rows_[static_cast<std::size_t>(row)]; }
     [[nodiscard]] const Row& at(std::int32_t row) const {
-        return rows[static_cast<std::size_t>(row)];
+        return rows_[static_cast<std::size_t>(row)];
     }
     [[nodiscard]] Key keyOf(std::int32_t row) const;
     [[nodiscard]] bool isOutdated(std::int32_t row, Key key) const;
     void remove(std::int32_t row, Buckets::iterator bucket);
 
-    std::vector<Row> rows;  ///< [nbRows]
-    Buckets buckets;        ///< none without a pending row
+    std::vector<Row> rows_;  ///< [nbRows]
+    Buckets buckets_;        ///< none without a pending row
 };
 
 }  // namespace vex

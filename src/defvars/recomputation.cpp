@@ -14,18 +14,18 @@ namespace {
 class Recomputation {
 public:
     Recomputation(ModelHandle model, const DefinedVariables& defined)
-        : nmo(model),
-          definedVariables(defined),
-          levels(static_cast<std::size_t>(nmoN(model))),
-          states(levels.size(), State::open) {
-        nmoGetVarL(nmo, levels.data());
+        : nmo_(model),
+          definedVariables_(defined),
+          levels_(static_cast<std::size_t>(nmoN(model))),
+          states_(levels_.size(), State::open) {
+        nmoGetVarL(nmo_, levels_.data());
     }
 
     /// Recomputes `variable` and, before it, the defined variables that its row needs.
     bool evaluateDefinedVariable(std::int32_t variable, std::int32_t row);
 
     [[nodiscard]] bool isDone(std::int32_t variable) const {
-        return states[index(variable)] == State::done;
+        return states_[index(variable)] == State::done;
     }
 
 private:
@@ -44,66 +44,66 @@ private:
     void begin(std::int32_t variable, std::int32_t row);
     bool finish(const Visit& visit);
 
-    ModelHandle nmo;
-    const DefinedVariables& definedVariables;
-    std::vector<double> levels;         ///< [nbVariables] recomputed ones replaced
-    std::vector<State> states;          ///< [nbVariables]
-    std::vector<Visit> visits;          ///< each one waits for the next
-    std::vector<std::int32_t> pending;  ///< variables of the rows of `visits`, one after another
-    std::vector<double> values;         ///< scratch: coefficients of one row
+    ModelHandle nmo_;
+    const DefinedVariables& definedVariables_;
+    std::vector<double> levels_;         ///< [nbVariables] recomputed ones replaced
+    std::vector<State> states_;          ///< [nbVariables]
+    std::vector<Visit> visits_;          ///< each one waits for the next
+    std::vector<std::int32_t> pending_;  ///< variables of the rows of `visits`, one after another
+    std::vector<double> values_;         ///< scratch: coefficients of one row
 };
 
 bool Recomputation::evaluateDefinedVariable(std::int32_t variable, std::int32_t row) {
     begin(variable, row);
-    while (!visits.empty()) {
-        Visit& visit = visits.back();
-        if (visit.first + visit.nbPassed == pending.size()) {
+    while (!visits_.empty()) {
+        Visit& visit = visits_.back();
+        if (visit.first + visit.nbPassed == pending_.size()) {
             if (!finish(visit)) return false;
-            pending.resize(visit.first);
-            visits.pop_back();
+            pending_.resize(visit.first);
+            visits_.pop_back();
             continue;
         }
-        const std::int32_t needed = pending[visit.first + visit.nbPassed++];
+        const std::int32_t needed = pending_[visit.first + visit.nbPassed++];
         if (needed == visit.variable || isDone(needed)) continue;
-        const auto definition = definedVariables.find(needed);
-        if (definition == definedVariables.end()) continue;
-        if (states[index(needed)] == State::inProgress) return false;
+        const auto definition = definedVariables_.find(needed);
+        if (definition == definedVariables_.end()) continue;
+        if (states_[index(needed)] == State::inProgress) return false;
         begin(needed, definition->second);
     }
     return true;
 }
 
 void Recomputation::begin(std::int32_t variable, std::int32_t row) {
-    states[index(variable)] = State::inProgress;
+    states_[index(variable)] = State::inProgress;
     std::int32_t nbEntries = 0;
     std::int32_t nbQuadratic = 0;
     std::int32_t nbNonlinear = 0;
-    nmoGetRowStat(nmo, row, &nbEntries, &nbQuadratic, &nbNonlinear);
-    const std::size_t first = pending.size();
-    pending.resize(first + index(nbEntries));
-    values.resize(index(nbEntries));
-    nmoGetRowSparse(nmo, row, pending.data() + first, values.data(), /*nonlinear=*/nullptr,
+    nmoGetRowStat(nmo_, row, &nbEntries, &nbQuadratic, &nbNonlinear);
+    const std::size_t first = pending_.size();
+    pending_.resize(first + index(nbEntries));
+    values_.resize(index(nbEntries));
+    nmoGetRowSparse(nmo_, row, pending_.data() + first, values_.data(), /*nonlinear=*/nullptr,
                     &nbEntries, &nbNonlinear);
-    pending.resize(first + index(nbEntries));
+    pending_.resize(first + index(nbEntries));
     double coefficient = 0.0;
     for (std::size_t k = 0; k < index(nbEntries); ++k) {
-        if (pending[first + k] == variable) coefficient = values[k];
+        if (pending_[first + k] == variable) coefficient = values_[k];
     }
-    visits.push_back({variable, row, coefficient, first, /*nbPassed=*/0});
+    visits_.push_back({variable, row, coefficient, first, /*nbPassed=*/0});
 }
 
 /// Solves the row for the variable, with all others at their levels.
 bool Recomputation::finish(const Visit& visit) {
-    double& level = levels[index(visit.variable)];
+    double& level = levels_[index(visit.variable)];
     level = 0.0;
     double othersValue = 0.0;
     std::int32_t nbErrors = 0;
-    nmoEvalFunc(nmo, visit.row, levels.data(), &othersValue, &nbErrors);
+    nmoEvalFunc(nmo_, visit.row, levels_.data(), &othersValue, &nbErrors);
     if (nbErrors != 0) return false;
-    level = (nmoGetRhsOne(nmo, visit.row) - othersValue) / visit.coefficient;
+    level = (nmoGetRhsOne(nmo_, visit.row) - othersValue) / visit.coefficient;
     if (!std::isfinite(level)) return false;
-    nmoSetVarLOne(nmo, visit.variable, level);
-    states[index(visit.variable)] = State::done;
+    nmoSetVarLOne(nmo_, visit.variable, level);
+    states_[index(visit.variable)] = State::done;
     return true;
 }
 

@@ -29,58 +29,58 @@ std::int32_t SolveTrace::create(std::unique_ptr<SolveTrace>& trace, const Subjec
 }
 
 SolveTrace::SolveTrace(std::ofstream opened, const Subject& subject)
-    : file(std::move(opened)),
-      infinity(subject.infinity),
-      timeInterval(subject.timeInterval),
-      startTime(wallClock()) {
+    : file_(std::move(opened)),
+      infinity_(subject.infinity),
+      timeInterval_(subject.timeInterval),
+      startTime_(wallClock()) {
     const std::string suffix =
         subject.optionFile == 0 ? "" : "." + std::to_string(subject.optionFile);
-    file << "* solvetrace file " << subject.fileName << ": ID = " << subject.solverId << suffix
-         << " Instance = " << (subject.instanceName != nullptr ? subject.instanceName : "") << "\n"
-         << "* fields are lineNum, seriesID, node, seconds, bestFound, bestBound\n"
-         << std::flush;
+    file_ << "* solvetrace file " << subject.fileName << ": ID = " << subject.solverId << suffix
+          << " Instance = " << (subject.instanceName != nullptr ? subject.instanceName : "") << "\n"
+          << "* fields are lineNum, seriesID, node, seconds, bestFound, bestBound\n"
+          << std::flush;
 }
 
 void SolveTrace::update(std::int64_t node, double bestBound, double bestFound) {
     const double now = wallClock();
-    if (lineNumber == 1) {
+    if (lineNumber_ == 1) {
         writeRecord('S', node, now, bestBound, bestFound);
-        lastTime = now;
+        lastTime_ = now;
     }
-    if (timeInterval > 0.0 && now - lastTime >= timeInterval) {
+    if (timeInterval_ > 0.0 && now - lastTime_ >= timeInterval_) {
         writeRecord('T', node, now, bestBound, bestFound);
-        lastTime = now;
+        lastTime_ = now;
     }
-    file.flush();
+    file_.flush();
 }
 
 void SolveTrace::finish(std::int64_t node, double bestBound, double bestFound) {
     const double now = wallClock();
-    if (lineNumber == 1) writeRecord('S', node, now, bestBound, bestFound);
+    if (lineNumber_ == 1) writeRecord('S', node, now, bestBound, bestFound);
     writeRecord('E', node, now, bestBound, bestFound);
-    file.flush();
+    file_.flush();
 }
 
 void SolveTrace::close(std::unique_ptr<SolveTrace>& trace) {
     if (trace == nullptr) return;
-    trace->file << "* solvetrace file closed\n";
+    trace->file_ << "* solvetrace file closed\n";
     trace.reset();
 }
 
 void SolveTrace::writeRecord(char series, std::int64_t node, double now, double bestBound,
                              double bestFound) {
     // A clock that was set back must not make the time run backwards past the start.
-    const double elapsed = std::fmax(now - startTime, 0.0);
+    const double elapsed = std::fmax(now - startTime_, 0.0);
     // Integers as text too: a stream would group their digits under some locales.
-    file << std::to_string(lineNumber) << ", " << series << ", " << std::to_string(node) << ", "
-         << generalText(elapsed, /*digits=*/6) << ", " << textOf(bestFound) << ", "
-         << textOf(bestBound) << "\n";
-    ++lineNumber;
+    file_ << std::to_string(lineNumber_) << ", " << series << ", " << std::to_string(node) << ", "
+          << generalText(elapsed, /*digits=*/6) << ", " << textOf(bestFound) << ", "
+          << textOf(bestBound) << "\n";
+    ++lineNumber_;
 }
 
 std::string SolveTrace::textOf(double value) const {
     // A comparison with not-a-number is false: it is not available either.
-    const bool available = value > -infinity && value < infinity;
+    const bool available = value > -infinity_ && value < infinity_;
     return available ? generalText(value, /*digits=*/10) : "na";
 }
 

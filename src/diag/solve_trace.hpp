@@ -47,12 +47,12 @@ private:
                      double bestFound);
     [[nodiscard]] std::string textOf(double value) const;
 
-    std::ofstream file;
-    double infinity;
-    double timeInterval;
-    std::int64_t lineNumber = 1;  ///< of the next record
-    double startTime;
-    double lastTime = 0.0;  ///< of the last S or T record
+    std::ofstream file_;
+    double infinity_;
+    double timeInterval_;
+    std::int64_t lineNumber_ = 1;  ///< of the next record
+    double startTime_;
+    double lastTime_ = 0.0;  ///< of the last S or T record
 };
 
 }  // namespace vex

@@ -53,31 +53,31 @@ bool resolve(const char* name, Entry*& entry, LibraryHandle library, const Libra
 }  // namespace
 
 void Binding::setUpLocks() {
-    if (!locks) locks.emplace();
+    if (!locks_) locks_.emplace();
 }
 
 void Binding::tearDownLocks() {
-    locks.reset();
+    locks_.reset();
 }
 
 bool Binding::ensureLoaded(MessageText message, const LibraryLoading& loading) {
     const LockGuard guard(lockOf(&Locks::library));
     message.clear();
-    if (!loaded) {
-        const std::string fileName = std::string(hostInterface.fileStem) + "64" + librarySuffix;
-        loaded = load(fileName, message, loading) == LoadResult::bound;
+    if (!loaded_) {
+        const std::string fileName = std::string(hostInterface_.fileStem) + "64" + librarySuffix;
+        loaded_ = load(fileName, message, loading) == LoadResult::bound;
     }
-    return loaded;
+    return loaded_;
 }
 
 bool Binding::isLoaded() {
     const LockGuard guard(lockOf(&Locks::library));
-    return loaded;
+    return loaded_;
 }
 
 bool Binding::create(void** handle, MessageText message, const LibraryLoading& loading) {
     if (!ensureLoaded(message, loading)) return false;
-    entries.create(handle);
+    entries_.create(handle);
     if (*handle == nullptr) {
         message << "Error while creating object";
         return false;
@@ -88,65 +88,65 @@ bool Binding::create(void** handle, MessageText message, const LibraryLoading& l
 
 void Binding::destroy(void** handle) {
     assert(isLoaded());
-    entries.free(handle);
+    entries_.free(handle);
     countObject(-1);
 }
 
 std::int32_t Binding::nbObjects() {
     const LockGuard guard(lockOf(&Locks::objects));
-    return objectCount;
+    return objectCount_;
 }
 
 void Binding::countObject(std::int32_t change) {
     const LockGuard guard(lockOf(&Locks::objects));
-    objectCount += change;
+    objectCount_ += change;
 }
 
 LoadResult Binding::load(const std::string& fileName, MessageText& message,
                          const LibraryLoading& loading) {
-    if (loaded) return LoadResult::bound;
+    if (loaded_) return LoadResult::bound;
     std::string reason;
-    library = loading.open(fileName, reason);
-    if (library == nullptr) {
+    library_ = loading.open(fileName, reason);
+    if (library_ == nullptr) {
         message << "Could not load shared library " << fileName << ": " << reason;
         return LoadResult::refused;
     }
     message.clear();
 
-    const auto& names = hostInterface.entries;
+    const auto& names = hostInterface_.entries;
     Entries found;
     hostapi::CreateInDirectoryEntry* createInDirectory = nullptr;  // mandatory, but not used
-    if (!resolve(names.create, found.create, library, loading, message) ||
-        !resolve(names.createInDirectory, createInDirectory, library, loading, message) ||
-        !resolve(names.free, found.free, library, loading, message) ||
-        !resolve(names.check, found.check, library, loading, message) ||
-        !resolve(names.version, found.version, library, loading, message)) {
+    if (!resolve(names.create, found.create, library_, loading, message) ||
+        !resolve(names.createInDirectory, createInDirectory, library_, loading, message) ||
+        !resolve(names.free, found.free, library_, loading, message) ||
+        !resolve(names.check, found.check, library_, loading, message) ||
+        !resolve(names.version, found.version, library_, loading, message)) {
         return LoadResult::symbolMissing;
     }
 
     LibraryMessage answer{};
     std::int32_t compatibility = 0;
-    if (found.version(hostInterface.version, answer.data(), &compatibility) == 0) {
+    if (found.version(hostInterface_.version, answer.data(), &compatibility) == 0) {
         answer.back() = '\0';
         message << answer.data();
         return LoadResult::refused;
     }
 
     std::vector<AnyFunction> functions;  // one per operation; null: the library lacks it
-    functions.reserve(hostInterface.operations.size());
-    for (const Operation& operation : hostInterface.operations) {
+    functions.reserve(hostInterface_.operations.size());
+    for (const Operation& operation : hostInterface_.operations) {
         AnyFunction function = nullptr;
         if (found.check(operation.name, operation.nbArguments, operation.signature,
                         answer.data()) != 0 &&
-            !resolve(operation.symbol, function, library, loading, message)) {
+            !resolve(operation.symbol, function, library_, loading, message)) {
             return LoadResult::symbolMissing;
         }
         functions.push_back(function);
     }
 
     for (std::size_t k = 0; k < functions.size(); ++k)
-        hostInterface.operations[k].bind(functions[k]);
-    entries = found;
+        hostInterface_.operations[k].bind(functions[k]);
+    entries_ = found;
     return LoadResult::bound;
 }
 
@@ -156,9 +156,9 @@ void Binding::reportMissing(const Operation& operation) {
         const LockGuard guard(lockOf(&Locks::exception));
         if (!reported.test_and_set()) {
             LibraryMessage reason{};
-            if (entries.check != nullptr) {
-                entries.check(operation.name, operation.nbArguments, operation.signature,
-                              reason.data());
+            if (entries_.check != nullptr) {
+                entries_.check(operation.name, operation.nbArguments, operation.signature,
+                               reason.data());
                 reason.back() = '\0';
             } else {
                 std::snprintf(reason.data(), reason.size(), "The library is not loaded.");

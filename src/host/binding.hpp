@@ -53,7 +53,7 @@ enum class LoadResult : std::int32_t {
 class Binding {
 public:
     /// Borrows `described`, which must outlive the binding.
-    constexpr explicit Binding(const HostInterface& described) : hostInterface(described) {}
+    constexpr explicit Binding(const HostInterface& described) : hostInterface_(described) {}
     Binding(const Binding&) = delete;
     Binding& operator=(const Binding&) = delete;
 
@@ -96,15 +96,15 @@ private:
         Lock objects;    ///< guards `objectCount`
         Lock exception;  ///< one report of a missing function at a time
     };
-    Lock* lockOf(Lock Locks::*lock) { return locks ? &((*locks).*lock) : nullptr; }
+    Lock* lockOf(Lock Locks::*lock) { return locks_ ? &((*locks_).*lock) : nullptr; }
     void countObject(std::int32_t change);
 
-    const HostInterface& hostInterface;
-    LibraryHandle library = nullptr;
-    bool loaded = false;  ///< never cleared
-    Entries entries;      ///< all set once loaded
-    std::int32_t objectCount = 0;
-    std::optional<Locks> locks;
+    const HostInterface& hostInterface_;
+    LibraryHandle library_ = nullptr;
+    bool loaded_ = false;  ///< never cleared
+    Entries entries_;      ///< all set once loaded
+    std::int32_t objectCount_ = 0;
+    std::optional<Locks> locks_;
 };
 
 }  // namespace vex

@@ -17,23 +17,23 @@ public:
 
 private:
     // The platform's lock, made in place: making a lock must not fail, so it takes no memory.
-    alignas(std::max_align_t) std::byte storage[64];
+    alignas(std::max_align_t) std::byte storage_[64];
 };
 
 /// Holds a lock for the scope's time; holds nothing when given null.
 class LockGuard {
 public:
-    explicit LockGuard(Lock* held) : lock(held) {
-        if (lock != nullptr) lock->enter();
+    explicit LockGuard(Lock* held) : lock_(held) {
+        if (lock_ != nullptr) lock_->enter();
     }
     ~LockGuard() {
-        if (lock != nullptr) lock->leave();
+        if (lock_ != nullptr) lock_->leave();
     }
     LockGuard(const LockGuard&) = delete;
     LockGuard& operator=(const LockGuard&) = delete;
 
 private:
-    Lock* lock;
+    Lock* lock_;
 };
 
 }  // namespace vex

@@ -15,20 +15,20 @@ std::mutex& mutexIn(std::byte* storage) {
 }  // namespace
 
 Lock::Lock() noexcept {
-    static_assert(sizeof(std::mutex) <= sizeof storage);
-    ::new (storage) std::mutex;
+    static_assert(sizeof(std::mutex) <= sizeof storage_);
+    ::new (storage_) std::mutex;
 }
 
 Lock::~Lock() {
-    std::destroy_at(&mutexIn(storage));
+    std::destroy_at(&mutexIn(storage_));
 }
 
 void Lock::enter() {
-    mutexIn(storage).lock();
+    mutexIn(storage_).lock();
 }
 
 void Lock::leave() {
-    mutexIn(storage).unlock();
+    mutexIn(storage_).unlock();
 }
 
 }  // namespace vex

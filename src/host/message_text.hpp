@@ -14,29 +14,29 @@ public:
     /// Borrows `callersBuffer` [length], ends it at its last character, and leaves the text before
     /// that as it is until `clear` or the first piece.
     MessageText(char* callersBuffer, std::int32_t length)
-        : buffer(length > 0 ? callersBuffer : nullptr),
-          room(buffer != nullptr ? static_cast<std::size_t>(length) - 1 : 0) {
-        if (buffer != nullptr) buffer[room] = '\0';
+        : buffer_(length > 0 ? callersBuffer : nullptr),
+          room_(buffer_ != nullptr ? static_cast<std::size_t>(length) - 1 : 0) {
+        if (buffer_ != nullptr) buffer_[room_] = '\0';
     }
 
     void clear() {
-        size = 0;
-        if (buffer != nullptr) buffer[0] = '\0';
+        size_ = 0;
+        if (buffer_ != nullptr) buffer_[0] = '\0';
     }
 
     MessageText& operator<<(std::string_view piece) {
-        if (buffer == nullptr) return *this;
-        const std::size_t nbCopied = std::min(piece.size(), room - size);
-        std::copy_n(piece.data(), nbCopied, buffer + size);
-        size += nbCopied;
-        buffer[size] = '\0';
+        if (buffer_ == nullptr) return *this;
+        const std::size_t nbCopied = std::min(piece.size(), room_ - size_);
+        std::copy_n(piece.data(), nbCopied, buffer_ + size_);
+        size_ += nbCopied;
+        buffer_[size_] = '\0';
         return *this;
     }
 
 private:
-    char* buffer;
-    std::size_t room;      ///< characters without the terminator
-    std::size_t size = 0;  ///< characters written, at most room
+    char* buffer_;
+    std::size_t room_;      ///< characters without the terminator
+    std::size_t size_ = 0;  ///< characters written, at most room
 };
 
 }  // namespace vex

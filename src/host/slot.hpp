@@ -19,20 +19,20 @@ class Slot<Result(Arguments...)> {
 public:
     using Function = Result(Arguments...);
 
-    constexpr explicit Slot(Function* handler) noexcept : function(handler), missing(handler) {}
+    constexpr explicit Slot(Function* handler) noexcept : function_(handler), missing_(handler) {}
     Slot(const Slot&) = delete;
     Slot& operator=(const Slot&) = delete;
 
-    Result operator()(Arguments... arguments) const { return function(arguments...); }
+    Result operator()(Arguments... arguments) const { return function_(arguments...); }
 
     /// Binds to `found`, or to the missing-function handler when it is null.
     void bind(AnyFunction found) noexcept {
-        function = found != nullptr ? reinterpret_cast<Function*>(found) : missing;
+        function_ = found != nullptr ? reinterpret_cast<Function*>(found) : missing_;
     }
 
 private:
-    Function* function;
-    Function* missing;
+    Function* function_;
+    Function* missing_;
 };
 
 }  // namespace vex

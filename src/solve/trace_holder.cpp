@@ -6,24 +6,24 @@
 namespace vex {
 
 std::int32_t TraceHolder::openOnRequest() {
-    link.textBuf[0] = '\0';
-    const char* fileName = optGetStrStr(link.opt, option::solvetrace, link.textBuf);
+    link_.textBuf[0] = '\0';
+    const char* fileName = optGetStrStr(link_.opt, option::solvetrace, link_.textBuf);
     if (fileName == nullptr || *fileName == '\0') return 0;
     SolveTrace::Subject subject;
     subject.fileName = fileName;
     subject.solverId = "LocalSolver";
-    subject.optionFile = nmoOptFile(link.nmo);
-    subject.infinity = nmoPinf(link.nmo);
-    subject.timeInterval = optGetDblStr(link.opt, option::solvetracetime);
-    const std::int32_t failure = SolveTrace::create(trace, subject);
-    if (failure != 0) nevLogStatPChar(link.nev, "ERROR: Could not create solvetrace file.\n");
-    link.trace = trace.get();
+    subject.optionFile = nmoOptFile(link_.nmo);
+    subject.infinity = nmoPinf(link_.nmo);
+    subject.timeInterval = optGetDblStr(link_.opt, option::solvetracetime);
+    const std::int32_t failure = SolveTrace::create(trace_, subject);
+    if (failure != 0) nevLogStatPChar(link_.nev, "ERROR: Could not create solvetrace file.\n");
+    link_.trace = trace_.get();
     return failure;
 }
 
 void TraceHolder::close() {
-    link.trace = nullptr;
-    SolveTrace::close(trace);
+    link_.trace = nullptr;
+    SolveTrace::close(trace_);
 }
 
 double worstValue(const NorvLocalSolver& link) {

@@ -13,7 +13,7 @@ namespace vex {
 class TraceHolder {
 public:
     /// `writer` must outlive this object and has no open trace.
-    explicit TraceHolder(NorvLocalSolver& writer) : link(writer) {}
+    explicit TraceHolder(NorvLocalSolver& writer) : link_(writer) {}
     TraceHolder(const TraceHolder&) = delete;
     TraceHolder& operator=(const TraceHolder&) = delete;
     ~TraceHolder() { close(); }
@@ -26,8 +26,8 @@ public:
     void close();
 
 private:
-    NorvLocalSolver& link;
-    std::unique_ptr<SolveTrace> trace;
+    NorvLocalSolver& link_;
+    std::unique_ptr<SolveTrace> trace_;
 };
 
 /// The infinity than which no objective value of the host's model is worse; its negative is the

@@ -18,36 +18,36 @@ class ConstantRegistry {
 public:
     /// Sets the value of `index`, over one that was set before. Amortised O(1) at the end.
     void set(std::int32_t index, Value value) {
-        if (entries.empty() || entries.back().first < index) {
-            entries.emplace_back(index, value);
+        if (entries_.empty() || entries_.back().first < index) {
+            entries_.emplace_back(index, value);
             return;
         }
         const auto position = lowerBound(index);
         if (position->first == index)
-            entries[static_cast<std::size_t>(position - entries.begin())].second = value;
+            entries_[static_cast<std::size_t>(position - entries_.begin())].second = value;
         else
-            entries.insert(position, {index, value});
+            entries_.insert(position, {index, value});
     }
 
     /// @return the value of `index`, null when there is none; valid until the next change.
     [[nodiscard]] const Value* find(std::int32_t index) const {
         const auto position = lowerBound(index);
-        return position == entries.end() || position->first != index ? nullptr : &position->second;
+        return position == entries_.end() || position->first != index ? nullptr : &position->second;
     }
 
     /// Forgets every entry; keeps the room.
-    void clear() { entries.clear(); }
-    [[nodiscard]] bool empty() const { return entries.empty(); }
+    void clear() { entries_.clear(); }
+    [[nodiscard]] bool empty() const { return entries_.empty(); }
 
 private:
     using Entry = std::pair<std::int32_t, Value>;
 
     [[nodiscard]] typename std::vector<Entry>::const_iterator lowerBound(std::int32_t index) const {
-        return std::lower_bound(entries.begin(), entries.end(), index,
+        return std::lower_bound(entries_.begin(), entries_.end(), index,
                                 [](const Entry& e, std::int32_t i) { return e.first < i; });
     }
 
-    std::vector<Entry> entries;  // sorted by index, no duplicates
+    std::vector<Entry> entries_;  // sorted by index, no duplicates
 };
 
 }  // namespace vex

@@ -51,7 +51,7 @@ std::optional<std::int64_t> exactProduct(std::int64_t a, std::int64_t b) {
 }  // namespace
 
 bool NorvLocalSolver::mayGrow(LSExpression e, bool extendable) const {
-    return extendable && definingExpressions.count(e.getIndex()) == 0;
+    return extendable && definingExpressions_.count(e.getIndex()) == 0;
 }
 
 LSExpression NorvLocalSolver::scaleConstant(LSExpression x, double k) {

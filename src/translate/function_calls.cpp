@@ -98,24 +98,24 @@ template <ls_operator op>
 void InstructionConverter::pushFlat() {
     const LSExpression y = pop();
     const LSExpression x = pop();
-    push(translator.makeFlatExpression(op, x, /*xExtendable=*/true, y, /*yExtendable=*/true));
+    push(translator_.makeFlatExpression(op, x, /*xExtendable=*/true, y, /*yExtendable=*/true));
 }
 
 template <ls_operator op>
 void InstructionConverter::pushFlatLastFirst() {
     const LSExpression y = pop();
     const LSExpression x = pop();
-    push(translator.makeFlatExpression(op, y, /*xExtendable=*/true, x, /*yExtendable=*/true));
+    push(translator_.makeFlatExpression(op, y, /*xExtendable=*/true, x, /*yExtendable=*/true));
 }
 
 void InstructionConverter::pushPi() {
-    push(translator.makeConstant(3.141592653589793));
+    push(translator_.makeConstant(3.141592653589793));
 }
 
 void InstructionConverter::pushSquare() {
     const LSExpression x = pop();
-    push(translator.makeFlatExpression(LS_OP_PROD, x, /*xExtendable=*/true, x,
-                                       /*yExtendable=*/true));
+    push(translator_.makeFlatExpression(LS_OP_PROD, x, /*xExtendable=*/true, x,
+                                        /*yExtendable=*/true));
 }
 
 void InstructionConverter::pushDecimalLogarithm() {
@@ -134,8 +134,8 @@ void InstructionConverter::pushScaledLogarithm(double factor) {
 void InstructionConverter::pushImplication() {
     const LSExpression conclusion = pop();
     const LSExpression premiseFails = make(LS_OP_NOT, pop());
-    push(translator.makeFlatExpression(LS_OP_OR, premiseFails, /*xExtendable=*/true, conclusion,
-                                       /*yExtendable=*/true));
+    push(translator_.makeFlatExpression(LS_OP_OR, premiseFails, /*xExtendable=*/true, conclusion,
+                                        /*yExtendable=*/true));
 }
 
 void InstructionConverter::pushChoice() {
@@ -150,7 +150,7 @@ void InstructionConverter::pushPower() {
     const LSExpression exponent = pop();
     const LSExpression base = pop();
     const bool exponentIsOne =
-        exponent.getOperator() == LS_OP_CONST && translator.getConstantValue(exponent) == 1.0;
+        exponent.getOperator() == LS_OP_CONST && translator_.getConstantValue(exponent) == 1.0;
     push(exponentIsOne ? base : make(LS_OP_POW, base, exponent));
 }
 
@@ -168,29 +168,29 @@ void InstructionConverter::pushDistance() {
         return make(LS_OP_POW, top, doubleConstant(2.0));
     };
     LSExpression squares = squareOfTop();
-    for (; pendingCount > 1; --pendingCount) {
+    for (; pendingCount_ > 1; --pendingCount_) {
         const LSExpression square = squareOfTop();
-        squares = translator.makeLinearCombination(1.0, squares, /*xExtendable=*/true, 1.0, square,
-                                                   /*yExtendable=*/true, 0.0);
+        squares = translator_.makeLinearCombination(1.0, squares, /*xExtendable=*/true, 1.0, square,
+                                                    /*yExtendable=*/true, 0.0);
     }
     push(make(LS_OP_SQRT, squares));
-    pendingCount = -1;
+    pendingCount_ = -1;
 }
 
 /// Arguments x, a0, a1, …, ak stand for a0 + a1·x + … + ak·x^k.
 void InstructionConverter::pushPolynomial() {
-    if (pendingCount < 0) throw malformed("poly without an announced argument count");
-    const auto nbArguments = static_cast<std::size_t>(pendingCount);
-    pendingCount = -1;
-    if (nbArguments > stack.size() - bottom)
+    if (pendingCount_ < 0) throw malformed("poly without an announced argument count");
+    const auto nbArguments = static_cast<std::size_t>(pendingCount_);
+    pendingCount_ = -1;
+    if (nbArguments > stack_.size() - bottom_)
         throw malformed("an operand is missing, poly announced " + std::to_string(nbArguments));
-    const std::size_t first = stack.size() - nbArguments;
+    const std::size_t first = stack_.size() - nbArguments;
     if (nbArguments < 2) {
-        stack.resize(first);
-        return push(translator.makeIntConstant(0));
+        stack_.resize(first);
+        return push(translator_.makeIntConstant(0));
     }
-    const LSExpression base = stack[first];
-    const LSExpression sum = model.createExpression(LS_OP_SUM);
+    const LSExpression base = stack_[first];
+    const LSExpression sum = model_.createExpression(LS_OP_SUM);
     for (std::size_t power = nbArguments - 2; power > 0; --power) {
         const LSExpression coefficient = pop();
         sum.addOperand(make(

@@ -16,24 +16,24 @@ constexpr const char* thisMethod = "NorvLocalSolver::convertExpression";
 
 }  // namespace
 
-InstructionConverter::InstructionConverter(NorvLocalSolver& translator_,
-                                           std::vector<LSExpression>& stack_, const double* pool_)
-    : translator(translator_),
-      model(translator_.solver->getModel()),
-      pool(pool_),
-      stack(stack_),
-      bottom(stack_.size()) {}
+InstructionConverter::InstructionConverter(NorvLocalSolver& translator,
+                                           std::vector<LSExpression>& stack, const double* pool)
+    : translator_(translator),
+      model_(translator.solver->getModel()),
+      pool_(pool),
+      stack_(stack),
+      bottom_(stack.size()) {}
 
 InstructionConverter::~InstructionConverter() {
-    stack.resize(bottom);
+    stack_.resize(bottom_);
 }
 
 LSExpression InstructionConverter::convert(std::int32_t nbInstructions, const std::int32_t* opcodes,
                                            const std::int32_t* fields) {
-    for (position = 0; position < nbInstructions; ++position)
-        execute(opcodes[position], fields[position]);
-    if (stack.size() == bottom) throw malformed("the list leaves no value");
-    return stack[bottom];
+    for (position_ = 0; position_ < nbInstructions; ++position_)
+        execute(opcodes[position_], fields[position_]);
+    if (stack_.size() == bottom_) throw malformed("the list leaves no value");
+    return stack_[bottom_];
 }
 
 void InstructionConverter::execute(std::int32_t opcode, std::int32_t field) {
@@ -46,9 +46,9 @@ void InstructionConverter::execute(std::int32_t opcode, std::int32_t field) {
         case nlPushV:
             return push(variableOf(field));
         case nlPushI:
-            return push(translator.makeConstant(constantOf(field)));
+            return push(translator_.makeConstant(constantOf(field)));
         case nlPushZero:
-            return push(translator.makeIntConstant(0));
+            return push(translator_.makeIntConstant(0));
         case nlAdd: {
             const LSExpression b = pop();
             return pushSum(1.0, b, pop(), /*yExtendable=*/true);
@@ -93,13 +93,13 @@ void InstructionConverter::execute(std::int32_t opcode, std::int32_t field) {
             return push(make(LS_OP_PROD, v, integerConstant(-1)));
         }
         case nlFuncArgN:
-            pendingCount = field;
+            pendingCount_ = field;
             return;
         case nlCallArg1:
-            pendingCount = 1;
+            pendingCount_ = 1;
             return call(field);
         case nlCallArg2:
-            pendingCount = 2;
+            pendingCount_ = 2;
             return call(field);
         case nlCallArgN:
             return call(field);
@@ -119,12 +119,12 @@ void InstructionConverter::execute(std::int32_t opcode, std::int32_t field) {
 
 void InstructionConverter::pushSum(double factor, LSExpression x, LSExpression y,
                                    bool yExtendable) {
-    push(translator.makeLinearCombination(factor, x, /*xExtendable=*/true, 1.0, y, yExtendable,
-                                          0.0));
+    push(translator_.makeLinearCombination(factor, x, /*xExtendable=*/true, 1.0, y, yExtendable,
+                                           0.0));
 }
 
 void InstructionConverter::pushProduct(LSExpression x, LSExpression y, bool yExtendable) {
-    push(translator.makeFlatExpression(LS_OP_PROD, x, /*xExtendable=*/true, y, yExtendable));
+    push(translator_.makeFlatExpression(LS_OP_PROD, x, /*xExtendable=*/true, y, yExtendable));
 }
 
 void InstructionConverter::combineWithVariable(ls_operator op, std::int32_t field) {
@@ -133,8 +133,8 @@ void InstructionConverter::combineWithVariable(ls_operator op, std::int32_t fiel
 }
 
 void InstructionConverter::addConstant(double c) {
-    push(translator.makeLinearCombination(1.0, pop(), /*xExtendable=*/true, 0.0, LSExpression(),
-                                          /*yExtendable=*/true, c));
+    push(translator_.makeLinearCombination(1.0, pop(), /*xExtendable=*/true, 0.0, LSExpression(),
+                                           /*yExtendable=*/true, c));
 }
 
 void InstructionConverter::subtractConstant(double c) {
@@ -146,41 +146,41 @@ void InstructionConverter::subtractConstant(double c) {
 }
 
 void InstructionConverter::scaleTop(double factor) {
-    push(translator.scaleExpression(pop(), /*extendable=*/true, factor));
+    push(translator_.scaleExpression(pop(), /*extendable=*/true, factor));
 }
 
 LSExpression InstructionConverter::variableOf(std::int32_t field) {
     if (field < 1)
         throw malformed("variable number " + std::to_string(field) + ", expected 1 or more");
-    return translator.getVariable(nmoGetjSolver(translator.nmo, field - 1));
+    return translator_.getVariable(nmoGetjSolver(translator_.nmo, field - 1));
 }
 
 double InstructionConverter::constantOf(std::int32_t field) const {
     if (field < 1) throw malformed("pool entry " + std::to_string(field) + ", expected 1 or more");
-    return pool[field - 1];
+    return pool_[field - 1];
 }
 
 LSExpression InstructionConverter::pop() {
-    if (stack.size() == bottom) throw malformed("an operand is missing, the stack is empty");
-    const LSExpression top = stack.back();
-    stack.pop_back();
+    if (stack_.size() == bottom_) throw malformed("an operand is missing, the stack is empty");
+    const LSExpression top = stack_.back();
+    stack_.pop_back();
     return top;
 }
 
 void InstructionConverter::push(LSExpression e) {
-    if (isBuilt(e)) stack.push_back(e);
+    if (isBuilt(e)) stack_.push_back(e);
 }
 
 LSExpression InstructionConverter::integerConstant(std::int64_t value) const {
-    return model.createConstant(value);
+    return model_.createConstant(value);
 }
 
 LSExpression InstructionConverter::doubleConstant(double value) const {
-    return model.createConstant(value);
+    return model_.createConstant(value);
 }
 
 LSExpression InstructionConverter::make(ls_operator op, LSExpression x) const {
-    const LSExpression e = model.createExpression(op);
+    const LSExpression e = model_.createExpression(op);
     e.addOperand(x);
     return e;
 }
@@ -194,15 +194,15 @@ LSExpression InstructionConverter::make(ls_operator op, LSExpression x, LSExpres
 localsolver::LSException InstructionConverter::malformed(const std::string& what) const {
     return translationError(__LINE__, thisMethod,
                             "Malformed NORV instruction list at instruction " +
-                                std::to_string(position) + ": " + what + ".");
+                                std::to_string(position_) + ": " + what + ".");
 }
 
 LSExpression NorvLocalSolver::convertExpression(std::int32_t nbInstructions,
                                                 const std::int32_t* opcodes,
                                                 const std::int32_t* fields, const double* pool) {
     constexpr std::size_t usualDepth = 20;
-    conversionStack.reserve(usualDepth);
-    return InstructionConverter(*this, conversionStack, pool)
+    conversionStack_.reserve(usualDepth);
+    return InstructionConverter(*this, conversionStack_, pool)
         .convert(nbInstructions, opcodes, fields);
 }
 

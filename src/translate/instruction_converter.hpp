@@ -75,13 +75,13 @@ private:
     [[nodiscard]] LSExpression make(ls_operator op, LSExpression x, LSExpression y) const;
     [[nodiscard]] localsolver::LSException malformed(const std::string& what) const;
 
-    NorvLocalSolver& translator;
-    localsolver::LSModel model;
-    const double* pool;
-    std::vector<LSExpression>& stack;
-    std::size_t bottom;              ///< first entry of this list
-    std::int32_t position = 0;       ///< of the instruction at work, from 0
-    std::int32_t pendingCount = -1;  ///< announced arguments of the next call; -1: none
+    NorvLocalSolver& translator_;
+    localsolver::LSModel model_;
+    const double* pool_;
+    std::vector<LSExpression>& stack_;
+    std::size_t bottom_;              ///< first entry of this list
+    std::int32_t position_ = 0;       ///< of the instruction at work, from 0
+    std::int32_t pendingCount_ = -1;  ///< announced arguments of the next call; -1: none
 };
 
 template <ls_operator op>

@@ -26,7 +26,7 @@ void NorvLocalSolver::resetTranslation() {
     constraints.clear();
     objectives.clear();
     nbObjectives = 0;
-    definingExpressions.clear();
+    definingExpressions_.clear();
     intConstants.clear();
     doubleConstants.clear();
 }

@@ -183,10 +183,10 @@ private:
 
     /// Indices of the expressions that stand for defined variables. The others in `variables` are
     /// decisions, which take no further operands anyway.
-    std::unordered_set<std::int32_t> definingExpressions;
+    std::unordered_set<std::int32_t> definingExpressions_;
 
     /// Shared by the conversions of instruction lists, which may nest; empty between rows.
-    std::vector<LSExpression> conversionStack;
+    std::vector<LSExpression> conversionStack_;
 };
 
 }  // namespace vex

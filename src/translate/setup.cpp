@@ -63,7 +63,7 @@ void NorvLocalSolver::setupModel() {
     RowBuffers buffers = makeBuffers(nmo);
     variables.assign(static_cast<std::size_t>(nmoN(nmo)), LSExpression());
     constraints.assign(static_cast<std::size_t>(nmoM(nmo)), LSExpression());
-    definingExpressions.clear();
+    definingExpressions_.clear();
     nbLowerClamped = 0;
     nbUpperClamped = 0;
     setupDepth = 0;

@@ -129,7 +129,7 @@ void NorvLocalSolver::defineVariable(std::int32_t j, std::int32_t equation) {
     }
     const LSExpression x = scaleExpression(excess, /*extendable=*/true, factor);
     variables[static_cast<std::size_t>(j)] = x;
-    definingExpressions.insert(x.getIndex());
+    definingExpressions_.insert(x.getIndex());
     varsInProgress.erase(j);
 
     // The host's own bounds: a definition needs no box, so infinite ones ask for nothing.

@@ -50,7 +50,7 @@ public:
     [[nodiscard]] hostapi::EnvironmentHandle handle() const noexcept;
 
 private:
-    std::unique_ptr<hostapi::EnvironmentRecord> record;
+    std::unique_ptr<hostapi::EnvironmentRecord> record_;
 };
 
 }  // namespace norv

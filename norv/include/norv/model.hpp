@@ -92,7 +92,7 @@ public:
     void setOptionFile(std::string path, std::int32_t number = 1);
 
 private:
-    std::unique_ptr<hostapi::ModelRecord> record;
+    std::unique_ptr<hostapi::ModelRecord> record_;
 };
 
 }  // namespace norv

@@ -97,7 +97,7 @@ public:
 
 private:
     struct NORV_LOCAL Draft;
-    std::unique_ptr<Draft> draft;
+    std::unique_ptr<Draft> draft_;
 };
 
 }  // namespace norv

@@ -68,7 +68,7 @@ public:
     [[nodiscard]] hostapi::OptionHandle handle() const noexcept;
 
 private:
-    std::unique_ptr<hostapi::OptionRecord> record;
+    std::unique_ptr<hostapi::OptionRecord> record_;
 };
 
 /// The defining pairs of an option object of this library.

@@ -110,28 +110,28 @@ std::string inSmallLetters(std::string_view text) {
 /// Takes the words of assignments off the front of a text.
 class Scanner {
 public:
-    explicit Scanner(std::string_view text) : rest(text) {}
+    explicit Scanner(std::string_view text) : rest_(text) {}
 
     bool atEnd() {
-        rest.remove_prefix(std::min(rest.find_first_not_of(blanks), rest.size()));
-        return rest.empty();
+        rest_.remove_prefix(std::min(rest_.find_first_not_of(blanks), rest_.size()));
+        return rest_.empty();
     }
-    std::string key() { return std::string(take(rest.find_first_of(ends))); }
+    std::string key() { return std::string(take(rest_.find_first_of(ends))); }
     void skipEquals() {
-        if (!atEnd() && rest.front() == '=') take(1);
+        if (!atEnd() && rest_.front() == '=') take(1);
     }
     /// Nothing for a quote without its end.
     std::optional<std::string> value() {
-        const char quote = rest.front();
-        if (quote != '"' && quote != '\'') return std::string(take(rest.find_first_of(blanks)));
+        const char quote = rest_.front();
+        if (quote != '"' && quote != '\'') return std::string(take(rest_.find_first_of(blanks)));
         std::string text;
         while (true) {
             take(1);
-            const std::size_t end = rest.find(quote);
+            const std::size_t end = rest_.find(quote);
             if (end == std::string_view::npos) return std::nullopt;
             text += take(end);
             take(1);
-            if (!rest.starts_with(quote)) return text;
+            if (!rest_.starts_with(quote)) return text;
             text += quote;
         }
     }
@@ -141,12 +141,12 @@ private:
     static constexpr std::string_view ends = " \t\r\n=";
 
     std::string_view take(std::size_t length) {
-        const std::string_view front = rest.substr(0, length);
-        rest.remove_prefix(front.size());
+        const std::string_view front = rest_.substr(0, length);
+        rest_.remove_prefix(front.size());
         return front;
     }
 
-    std::string_view rest;
+    std::string_view rest_;
 };
 
 void takeSetting(AmplSettings& settings, const Setting& setting) {

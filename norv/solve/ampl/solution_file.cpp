@@ -37,33 +37,33 @@ void writeText(std::ostream& out, const NlHeader& header, const AmplSolution& so
 class Records {
 public:
     Records(std::ostream& target, bool isBigEndian)
-        : out(target), swaps(isBigEndian != (std::endian::native == std::endian::big)) {}
+        : out_(target), swaps_(isBigEndian != (std::endian::native == std::endian::big)) {}
 
     Records& add(std::string_view text) {
-        content += text;
+        content_ += text;
         return *this;
     }
     template <class Number>
     Records& add(Number value) {
         char bytes[sizeof value];
         std::memcpy(bytes, &value, sizeof value);
-        if (swaps) std::reverse(std::begin(bytes), std::end(bytes));
-        content.append(bytes, sizeof value);
+        if (swaps_) std::reverse(std::begin(bytes), std::end(bytes));
+        content_.append(bytes, sizeof value);
         return *this;
     }
-    void finish() { finish(content.size()); }
+    void finish() { finish(content_.size()); }
     void finish(std::size_t announcedLength) {
         std::string record;
-        record.swap(content);
+        record.swap(content_);
         add(static_cast<std::int32_t>(announcedLength));
-        out << content << record << content;
-        content.clear();
+        out_ << content_ << record << content_;
+        content_.clear();
     }
 
 private:
-    std::ostream& out;
-    bool swaps;
-    std::string content;
+    std::ostream& out_;
+    bool swaps_;
+    std::string content_;
 };
 
 void writeBinary(std::ostream& out, const NlHeader& header, const AmplSolution& solution) {

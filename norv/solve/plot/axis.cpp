@@ -58,8 +58,8 @@ double smallestMagnitude(const std::vector<double>& values) {
 
 Axis Axis::between(double low, double high) {
     Axis axis;
-    axis.lowEnd = low;
-    axis.highEnd = high;
+    axis.lowEnd_ = low;
+    axis.highEnd_ = high;
     axis.addTicks(roundStep((high - low) / nbIntervals));
     return axis;
 }
@@ -73,7 +73,7 @@ Axis Axis::around(const std::vector<double>& values) {
     Axis axis;
     if (high - low > sharpContrast * std::fabs(values.back()) &&
         magnitude > sharpContrast * smallest) {
-        axis.unit = powerOfTen(std::floor(std::log10(std::max(smallest, magnitude * 1e-12))));
+        axis.unit_ = powerOfTen(std::floor(std::log10(std::max(smallest, magnitude * 1e-12))));
         axis.spanLogarithmic(low, high);
         return axis;
     }
@@ -85,37 +85,37 @@ Axis Axis::around(const std::vector<double>& values) {
         high += margin;
     }
     const double step = roundStep((high - low) / nbIntervals);
-    axis.lowEnd = std::floor(low / step) * step;
-    axis.highEnd = std::ceil(high / step) * step;
+    axis.lowEnd_ = std::floor(low / step) * step;
+    axis.highEnd_ = std::ceil(high / step) * step;
     axis.addTicks(step);
     return axis;
 }
 
 double Axis::position(double value) const {
-    return (scaled(value) - scaled(lowEnd)) / (scaled(highEnd) - scaled(lowEnd));
+    return (scaled(value) - scaled(lowEnd_)) / (scaled(highEnd_) - scaled(lowEnd_));
 }
 
 double Axis::scaled(double value) const {
     if (!isLogarithmic()) return value;
-    return std::copysign(std::log10(1.0 + std::fabs(value) / unit), value);
+    return std::copysign(std::log10(1.0 + std::fabs(value) / unit_), value);
 }
 
 void Axis::addTicks(double step) {
     const double slack = step * 1e-6;  // the ends may have been rounded
-    for (double k = std::ceil((lowEnd - slack) / step); k * step <= highEnd + slack; ++k)
-        marks.push_back({k * step, label(k * step + 0.0)});
+    for (double k = std::ceil((lowEnd_ - slack) / step); k * step <= highEnd_ + slack; ++k)
+        marks_.push_back({k * step, label(k * step + 0.0)});
 }
 
 /// Ticks at 0 and at powers of ten; the ends are the ticks around `low` and `high`.
 void Axis::spanLogarithmic(double low, double high) {
     const double largest = std::max(std::fabs(low), std::fabs(high));
-    const auto nbDecades = static_cast<std::int32_t>(std::ceil(std::log10(largest / unit)));
+    const auto nbDecades = static_cast<std::int32_t>(std::ceil(std::log10(largest / unit_)));
     const std::int32_t stride = nbDecades / mostDecades + 1;
     std::vector<double> values = {0.0};
     // Next to 0 the first power would be in the way of its label.
     const bool showsZero = low <= 0.0 && high >= 0.0;
     for (std::int32_t k = showsZero ? stride : 0; k < nbDecades + stride; k += stride) {
-        values.push_back(unit * powerOfTen(k));
+        values.push_back(unit_ * powerOfTen(k));
         values.push_back(-values.back());
     }
     std::sort(values.begin(), values.end());
@@ -123,9 +123,9 @@ void Axis::spanLogarithmic(double low, double high) {
     const auto first = above == values.begin() ? above : above - 1;
     const auto last = std::lower_bound(first, values.end(), high);
     const auto end = last == values.end() ? last : last + 1;
-    for (auto each = first; each != end; ++each) marks.push_back({*each, label(*each)});
-    lowEnd = marks.front().value;
-    highEnd = marks.back().value;
+    for (auto each = first; each != end; ++each) marks_.push_back({*each, label(*each)});
+    lowEnd_ = marks_.front().value;
+    highEnd_ = marks_.back().value;
 }
 
 }  // namespace norv

@@ -23,18 +23,18 @@ public:
 
     /// 0 at the low end, 1 at the high one.
     [[nodiscard]] double position(double value) const;
-    [[nodiscard]] const std::vector<Tick>& ticks() const { return marks; }
-    [[nodiscard]] bool isLogarithmic() const { return unit > 0.0; }
+    [[nodiscard]] const std::vector<Tick>& ticks() const { return marks_; }
+    [[nodiscard]] bool isLogarithmic() const { return unit_ > 0.0; }
 
 private:
     [[nodiscard]] double scaled(double value) const;
     void addTicks(double step);
     void spanLogarithmic(double low, double high);
 
-    double lowEnd = 0.0;
-    double highEnd = 1.0;
-    double unit = 0.0;  ///< up to about here a logarithmic scale is linear; 0: a linear scale
-    std::vector<Tick> marks;
+    double lowEnd_ = 0.0;
+    double highEnd_ = 1.0;
+    double unit_ = 0.0;  ///< up to about here a logarithmic scale is linear; 0: a linear scale
+    std::vector<Tick> marks_;
 };
 
 }  // namespace norv

@@ -33,21 +33,21 @@ void writePicture(const TraceFile& trace, const std::string& path, const std::st
 }  // namespace
 
 PlotRequest::PlotRequest(Options& options)
-    : tracePath(options.text("solvetrace")), isTemporary(tracePath.empty()) {
-    if (isTemporary) tracePath = temporaryFile();
-    removeFile(tracePath);
-    if (isTemporary && !options.set(assignmentText("solvetrace", tracePath), "--plot"))
+    : tracePath_(options.text("solvetrace")), isTemporary_(tracePath_.empty()) {
+    if (isTemporary_) tracePath_ = temporaryFile();
+    removeFile(tracePath_);
+    if (isTemporary_ && !options.set(assignmentText("solvetrace", tracePath_), "--plot"))
         throw Failure(ExitCode::badCommandLine, options.messages().back().text);
 }
 
 PlotRequest::~PlotRequest() {
-    if (isTemporary) removeFile(tracePath);
+    if (isTemporary_) removeFile(tracePath_);
 }
 
 void PlotRequest::draw(const std::string& picturePath, const std::string& title) const {
-    if (!std::filesystem::exists(tracePath))
+    if (!std::filesystem::exists(tracePath_))
         throw Failure(ExitCode::outputFailed, picturePath + ": not drawn, the link wrote no trace");
-    writePicture(readTrace(InputText::fromFile(tracePath)), picturePath, title);
+    writePicture(readTrace(InputText::fromFile(tracePath_)), picturePath, title);
 }
 
 void drawTrace(const InputText& trace, const std::string& picturePath) {

@@ -23,8 +23,8 @@ public:
     void draw(const std::string& picturePath, const std::string& title) const;
 
 private:
-    std::string tracePath;
-    bool isTemporary;
+    std::string tracePath_;
+    bool isTemporary_;
 };
 
 /// Draws a solve trace that exists already, titled with the instance it names or its own name.

@@ -15,13 +15,13 @@ constexpr std::string_view opening = "* solvetrace file ";
 class Fields {
 public:
     Fields(const std::string& filePath, std::size_t lineNumber, std::string_view line)
-        : path(filePath), number(lineNumber), length(line.size()), rest(line) {}
+        : path_(filePath), number_(lineNumber), length_(line.size()), rest_(line) {}
 
     std::string_view next(const char* expected) {
-        rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
-        place = {number, length - rest.size() + 1};
-        const std::string_view field = rest.substr(0, rest.find(','));
-        rest.remove_prefix(std::min(field.size() + 1, rest.size()));
+        rest_.remove_prefix(std::min(rest_.find_first_not_of(' '), rest_.size()));
+        place_ = {number_, length_ - rest_.size() + 1};
+        const std::string_view field = rest_.substr(0, rest_.find(','));
+        rest_.remove_prefix(std::min(field.size() + 1, rest_.size()));
         if (field.empty()) refuse("the end of the line", expected);
         return field;
     }
@@ -36,19 +36,19 @@ public:
     std::optional<double> nextValue(const char* expected) {
         const Fields before = *this;
         if (next(expected) == "na") return std::nullopt;
-        rest = before.rest;
+        rest_ = before.rest_;
         return nextNumber(expected);
     }
     [[noreturn]] void refuse(const std::string& found, const char* expected) const {
-        throw ReadError(complaint(path, place, "found " + found + ", expected " + expected));
+        throw ReadError(complaint(path_, place_, "found " + found + ", expected " + expected));
     }
 
 private:
-    const std::string& path;
-    std::size_t number;
-    std::size_t length;
-    std::string_view rest;
-    Place place{};
+    const std::string& path_;
+    std::size_t number_;
+    std::size_t length_;
+    std::string_view rest_;
+    Place place_{};
 };
 
 TraceRecord readRecord(Fields fields, const TraceFile& trace) {

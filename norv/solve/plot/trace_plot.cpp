@@ -92,113 +92,115 @@ Series seriesOf(const TraceFile& trace, std::optional<double> TraceRecord::*memb
 class Picture {
 public:
     Picture(std::ostream& target, const TraceFile& trace)
-        : out(target),
-          found(seriesOf(trace, &TraceRecord::bestFound)),
-          bound(seriesOf(trace, &TraceRecord::bestBound)),
-          duration(trace.records.empty() ? 0.0 : drawable(trace.records.back().seconds)),
-          unit(unitFor(duration)),
-          times(Axis::between(0.0, (duration > 0.0 ? duration : 1.0) / unit.seconds)),
-          values(Axis::around(allValues())),
-          leftEdge(labelMargin()) {}
+        : out_(target),
+          found_(seriesOf(trace, &TraceRecord::bestFound)),
+          bound_(seriesOf(trace, &TraceRecord::bestBound)),
+          duration_(trace.records.empty() ? 0.0 : drawable(trace.records.back().seconds)),
+          unit_(unitFor(duration_)),
+          times_(Axis::between(0.0, (duration_ > 0.0 ? duration_ : 1.0) / unit_.seconds)),
+          values_(Axis::around(allValues())),
+          leftEdge_(labelMargin()) {}
 
     void draw(const std::string& title) {
         open();
-        text(leftEdge, 28.0, R"(font-size="17" font-weight="bold")", title);
-        text(leftEdge, 50.0, R"(fill="#555")", summary());
+        text(leftEdge_, 28.0, R"(font-size="17" font-weight="bold")", title);
+        text(leftEdge_, 50.0, R"(fill="#555")", summary());
         drawAxes();
-        if (!bound.values.empty()) drawSteps(bound, boundColour, thickDashes);
-        drawSteps(found, foundColour, thick);
+        if (!bound_.values.empty()) drawSteps(bound_, boundColour, thickDashes);
+        drawSteps(found_, foundColour, thick);
         drawPoints();
-        if (!bound.values.empty()) drawLegend();
-        out << "</svg>\n";
+        if (!bound_.values.empty()) drawLegend();
+        out_ << "</svg>\n";
     }
 
 private:
     [[nodiscard]] std::vector<double> allValues() const {
         // The last value found comes last: it tells the axis what matters.
-        std::vector<double> all = bound.values;
-        all.insert(all.end(), found.values.begin(), found.values.end());
+        std::vector<double> all = bound_.values;
+        all.insert(all.end(), found_.values.begin(), found_.values.end());
         std::transform(all.begin(), all.end(), all.begin(), drawable);
         return all.empty() ? std::vector<double>{0.0} : all;
     }
     [[nodiscard]] double labelMargin() const {
         std::size_t longest = 0;
-        for (const Tick& tick : values.ticks()) longest = std::max(longest, tick.label.size());
+        for (const Tick& tick : values_.ticks()) longest = std::max(longest, tick.label.size());
         return 44.0 + characterWidth * static_cast<double>(longest);
     }
     [[nodiscard]] double x(double seconds) const {
-        return leftEdge + (rightEdge - leftEdge) * times.position(seconds / unit.seconds);
+        return leftEdge_ + (rightEdge - leftEdge_) * times_.position(seconds / unit_.seconds);
     }
     [[nodiscard]] double y(double value) const {
-        return bottomEdge - (bottomEdge - topEdge) * values.position(drawable(value));
+        return bottomEdge - (bottomEdge - topEdge) * values_.position(drawable(value));
     }
     [[nodiscard]] std::string timeText(double seconds) const {
-        return shortText(seconds / unit.seconds, 4) + ' ' + unit.name;
+        return shortText(seconds / unit_.seconds, 4) + ' ' + unit_.name;
     }
 
     [[nodiscard]] std::string summary() const {
-        if (found.values.empty()) return "no feasible point in " + timeText(duration);
-        std::size_t k = found.values.size() - 1;
-        while (k > 0 && found.values[k - 1] == found.values.back()) --k;
-        return "best found " + shortText(found.values.back()) + " after " +
-               timeText(found.seconds[k]) + ", end after " + timeText(duration);
+        if (found_.values.empty()) return "no feasible point in " + timeText(duration_);
+        std::size_t k = found_.values.size() - 1;
+        while (k > 0 && found_.values[k - 1] == found_.values.back()) --k;
+        return "best found " + shortText(found_.values.back()) + " after " +
+               timeText(found_.seconds[k]) + ", end after " + timeText(duration_);
     }
 
     void open() {
-        out << R"(<svg xmlns="http://www.w3.org/2000/svg" width=")" << pixels(width)
-            << R"(" height=")" << pixels(height) << R"(" viewBox="0 0 )" << pixels(width) << ' '
-            << pixels(height) << R"(" font-family="sans-serif" font-size="12" fill="#222">)" << '\n'
-            << R"(<rect width="100%" height="100%" fill="white"/>)" << '\n';
+        out_ << R"(<svg xmlns="http://www.w3.org/2000/svg" width=")" << pixels(width)
+             << R"(" height=")" << pixels(height) << R"(" viewBox="0 0 )" << pixels(width) << ' '
+             << pixels(height) << R"(" font-family="sans-serif" font-size="12" fill="#222">)"
+             << '\n'
+             << R"(<rect width="100%" height="100%" fill="white"/>)" << '\n';
     }
     void text(double atX, double atY, const std::string& attributes, const std::string& content) {
-        out << "<text x=\"" << pixels(atX) << "\" y=\"" << pixels(atY) << "\" " << attributes << '>'
-            << escaped(content) << "</text>\n";
+        out_ << "<text x=\"" << pixels(atX) << "\" y=\"" << pixels(atY) << "\" " << attributes
+             << '>' << escaped(content) << "</text>\n";
     }
     void line(double fromX, double fromY, double toX, double toY, const char* colour,
               const char* attributes = "") {
-        out << "<line x1=\"" << pixels(fromX) << "\" y1=\"" << pixels(fromY) << "\" x2=\""
-            << pixels(toX) << "\" y2=\"" << pixels(toY) << "\" stroke=\"" << colour << '"'
-            << attributes << "/>\n";
+        out_ << "<line x1=\"" << pixels(fromX) << "\" y1=\"" << pixels(fromY) << "\" x2=\""
+             << pixels(toX) << "\" y2=\"" << pixels(toY) << "\" stroke=\"" << colour << '"'
+             << attributes << "/>\n";
     }
 
     void drawAxes() {
-        const bool hasValues = !found.values.empty() || !bound.values.empty();
-        for (const Tick& tick : values.ticks()) {
+        const bool hasValues = !found_.values.empty() || !bound_.values.empty();
+        for (const Tick& tick : values_.ticks()) {
             if (!hasValues) break;
-            line(leftEdge, y(tick.value), rightEdge, y(tick.value), "#e3e3e3");
-            text(leftEdge - 8.0, y(tick.value) + 4.0, R"(text-anchor="end")", tick.label);
+            line(leftEdge_, y(tick.value), rightEdge, y(tick.value), "#e3e3e3");
+            text(leftEdge_ - 8.0, y(tick.value) + 4.0, R"(text-anchor="end")", tick.label);
         }
-        for (const Tick& tick : times.ticks()) {
-            const double at = x(tick.value * unit.seconds);
+        for (const Tick& tick : times_.ticks()) {
+            const double at = x(tick.value * unit_.seconds);
             line(at, bottomEdge, at, bottomEdge + 5.0, "#444");
             text(at, bottomEdge + 20.0, R"(text-anchor="middle")", tick.label);
         }
-        line(leftEdge, bottomEdge, rightEdge, bottomEdge, "#444");
-        line(leftEdge, topEdge, leftEdge, bottomEdge, "#444");
-        text((leftEdge + rightEdge) / 2.0, bottomEdge + 44.0, R"(text-anchor="middle")",
-             std::string("time (") + unit.name + ")");
+        line(leftEdge_, bottomEdge, rightEdge, bottomEdge, "#444");
+        line(leftEdge_, topEdge, leftEdge_, bottomEdge, "#444");
+        text((leftEdge_ + rightEdge) / 2.0, bottomEdge + 44.0, R"(text-anchor="middle")",
+             std::string("time (") + unit_.name + ")");
         const double middle = (topEdge + bottomEdge) / 2.0;
         text(18.0, middle,
              R"(text-anchor="middle" transform="rotate(-90 18 )" + pixels(middle) + ")\"",
-             values.isLogarithmic() ? "objective (logarithmic)" : "objective");
+             values_.isLogarithmic() ? "objective (logarithmic)" : "objective");
     }
 
     /// A value holds until the next one replaces it, the last one to the end.
     void drawSteps(const Series& series, const char* colour, const char* attributes) {
         if (series.values.empty()) return;
-        out << "<path fill=\"none\" stroke=\"" << colour << '"' << attributes << " d=\"M"
-            << pixels(x(series.seconds.front())) << ' ' << pixels(y(series.values.front()));
+        out_ << "<path fill=\"none\" stroke=\"" << colour << '"' << attributes << " d=\"M"
+             << pixels(x(series.seconds.front())) << ' ' << pixels(y(series.values.front()));
         for (std::size_t k = 1; k < series.values.size(); ++k) {
             if (series.values[k] == series.values[k - 1]) continue;
-            out << 'H' << pixels(x(series.seconds[k])) << 'V' << pixels(y(series.values[k]));
+            out_ << 'H' << pixels(x(series.seconds[k])) << 'V' << pixels(y(series.values[k]));
         }
-        out << 'H' << pixels(x(duration)) << "\"/>\n";
+        out_ << 'H' << pixels(x(duration_)) << "\"/>\n";
     }
     void drawPoints() {
-        for (std::size_t k = 0; k < found.values.size(); ++k) {
-            if (k > 0 && found.values[k] == found.values[k - 1]) continue;
-            out << "<circle cx=\"" << pixels(x(found.seconds[k])) << "\" cy=\""
-                << pixels(y(found.values[k])) << "\" r=\"3.5\" fill=\"" << foundColour << "\"/>\n";
+        for (std::size_t k = 0; k < found_.values.size(); ++k) {
+            if (k > 0 && found_.values[k] == found_.values[k - 1]) continue;
+            out_ << "<circle cx=\"" << pixels(x(found_.seconds[k])) << "\" cy=\""
+                 << pixels(y(found_.values[k])) << "\" r=\"3.5\" fill=\"" << foundColour
+                 << "\"/>\n";
         }
     }
     void drawLegend() {
@@ -211,14 +213,14 @@ private:
         entry(46.0, boundColour, thickDashes, "best bound");
     }
 
-    std::ostream& out;
-    Series found;
-    Series bound;
-    double duration;  ///< seconds
-    const TimeUnit& unit;
-    Axis times;  ///< in `unit`
-    Axis values;
-    double leftEdge;
+    std::ostream& out_;
+    Series found_;
+    Series bound_;
+    double duration_;  ///< seconds
+    const TimeUnit& unit_;
+    Axis times_;  ///< in `unit`
+    Axis values_;
+    double leftEdge_;
 };
 
 }  // namespace
