@@ -10,8 +10,6 @@ namespace {
 
 using vex::SolveTrace;
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
-
 struct TraceFile {
     TraceFile() {
         subject.fileName = path;
@@ -41,33 +39,16 @@ struct TraceFile {
     std::unique_ptr<SolveTrace> trace;
 };
 
-TEST(SolveTrace, WritesHeaderRecordsAndClosingLine) {
-    TraceFile file;
-    file.subject.optionFile = 2;
-    ASSERT_EQ(SolveTrace::create(file.trace, file.subject), 0);
-    file.trace->update(0, -infinity, infinity);
-    file.trace->update(0, -infinity, 1.0 / 3.0);
-    file.trace->finish(0, -infinity, 12345678901.5);
-    SolveTrace::close(file.trace);
-    EXPECT_EQ(file.trace, nullptr);
-    EXPECT_EQ(file.text(), "* solvetrace file " + file.path +
-                               ": ID = LocalSolver.2 Instance = \n"
-                               "* fields are lineNum, seriesID, node, seconds, bestFound, "
-                               "bestBound\n"
-                               "1, S, 0, t, na, na\n"
-                               "2, E, 0, t, 1.23456789e+10, na\n"
-                               "* solvetrace file closed\n");
-}
-
 TEST(SolveTrace, StartsLateWhenNothingWasReported) {
     TraceFile file;
     file.subject.instanceName = "blend";
     ASSERT_EQ(SolveTrace::create(file.trace, file.subject), 0);
-    file.trace->finish(7, 1e300, std::numeric_limits<double>::quiet_NaN());
-    SolveTrace::close(file.trace);
-    SolveTrace::close(file.trace);
+    // Every call leaves the file as it should be if the process ended then.
     EXPECT_NE(file.text().find(": ID = LocalSolver Instance = blend\n"), std::string::npos);
+    file.trace->finish(7, 1e300, std::numeric_limits<double>::quiet_NaN());
     EXPECT_NE(file.text().find("\n1, S, 7, t, na, na\n2, E, 7, t, na, na\n"), std::string::npos);
+    SolveTrace::close(file.trace);
+    SolveTrace::close(file.trace);
 }
 
 TEST(SolveTrace, WritesTimeRecordsWhenTheyAreDue) {
@@ -82,13 +63,6 @@ TEST(SolveTrace, WritesTimeRecordsWhenTheyAreDue) {
         text = file.text();
     }
     EXPECT_NE(text.find("\n2, T, 0, t, 4, -2.5\n"), std::string::npos) << text;
-}
-
-TEST(SolveTrace, ReportsAFileThatCannotBeOpened) {
-    TraceFile file;
-    file.subject.fileName = testing::TempDir() + "no/such/folder/trace";
-    EXPECT_EQ(SolveTrace::create(file.trace, file.subject), 3);
-    EXPECT_EQ(file.trace, nullptr);
 }
 
 }  // namespace

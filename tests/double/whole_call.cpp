@@ -97,15 +97,17 @@ Case read(const std::vector<std::string>& lines) {
         else if (first == "search")
             c.searches = searchesOf(behindFirstWord(line));
         else if (first == "option")
-            c.options.push_back(behindFirstWord(line));
+            for (const std::string& option : split(behindFirstWord(line), " | "))
+                c.options.push_back(option);
         else if (first == "pairs")
             for (int k = 1; k <= std::stoi(words.at(1)); ++k)
                 c.options.push_back("defvar x" + std::to_string(k) + " e" + std::to_string(k));
         else if (first == "own")
             c.ownOptions = true;
         else if (first == "answer" && (c.hasAnswers = true))
-            exchange().answer(split(behindFirstWord(line), " = ").at(0),
-                              behindFirstWord(line).substr(behindFirstWord(line).find(" = ") + 3));
+            for (const std::string& answer : split(behindFirstWord(line), " | "))
+                exchange().answer(split(answer, " = ").at(0),
+                                  answer.substr(answer.find(" = ") + 3));
         else
             c.instance += line + " ;";
     }

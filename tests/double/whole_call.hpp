@@ -16,12 +16,13 @@
 ///                            of that interface, made ready or loaded, and what it says
 ///   show PATTERN… | hide PATTERN…   calls to show besides, or not; "name" or "beginning*";
 ///                            without ls_close a model is shown by its size alone
-///   option NAME VALUE        a line of the option file; $tmp stands for a folder of its own,
+///   option NAME VALUE | NAME VALUE…   lines of the option file; $tmp stands for a folder of its
+///   own,
 ///                            whose files dump and trace are shown at the end
 ///   pairs N                  as option lines: defvar x1 e1, … defvar xN eN
 ///   own                      the host hands over no option object: the file is read for real
-///   level NAME VALUE         the variable's level before
-///   answer CALL = ANSWER     what a call answers (Exchange::answer)
+///   level NAME VALUE…        the variables' levels before
+///   answer CALL = ANSWER | CALL = ANSWER…   what calls answer (Exchange::answer)
 ///   search WORD… | WORD…     what one search does after the other (setSearches); at first one
 ///                            that sees its phase end
 

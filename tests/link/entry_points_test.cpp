@@ -1,11 +1,13 @@
 #include "link/entry_points.hpp"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cstdlib>
 #include <functional>
 #include <new>
 #include <string>
+
+#include "link/build_banner.hpp"
 
 // The allocation that fails next, counted from 1; 0: none.
 static int failingAllocation = 0;
@@ -87,6 +89,12 @@ TEST(EntryPoints, MessageIsEmptiedOnSuccessAndLeftAloneWithoutLength) {
         EXPECT_EQ(std::string(buffer, 2), std::string("\0#", 2)) << "one character is written";
         vexFree(&handle);
     }
+}
+
+TEST(EntryPoints, TheBannerNamesLinkVersionRevisionDateAndPlatform) {
+    EXPECT_THAT(vex::buildBanner,
+                testing::MatchesRegex("LocalSolver link " VEXCC_VERSION
+                                      " [a-z0-9]+ Released [-a-z0-9]+ " VEXCC_PLATFORM));
 }
 
 TEST(EntryPoints, ProblemsCannotBeModified) {
