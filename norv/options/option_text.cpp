@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "interface/names.hpp"
+#include "norv/file_path.hpp"
 
 namespace norv {
 
@@ -92,7 +93,7 @@ std::string_view takeLine(std::string_view& rest) noexcept {
 
 std::string readWholeFile(const std::string& path) {
     errno = 0;
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(filePath(path), std::ios::binary);
     if (!file) {
         const std::string reason = errno == 0 ? "unknown reason" : std::strerror(errno);
         throw OptionError(message_type::unreadable, "cannot be opened: " + reason);

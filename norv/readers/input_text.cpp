@@ -1,38 +1,31 @@
 #include "readers/input_text.hpp"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <memory>
+#include <fstream>
 #include <utility>
 
+#include "norv/file_path.hpp"
 #include "readers/gzip.hpp"
 #include "readers/read_error.hpp"
 
 namespace norv {
 namespace {
 
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }  // NOLINT(*-owning-memory)
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
 /// Reads until the end instead of asking for the size, so that pipes work too.
 std::vector<char> readWhole(const std::string& path) {
-    const File file(std::fopen(path.c_str(), "rb"));
+    std::ifstream file(filePath(path), std::ios::binary);
     if (!file) throw ReadError(path + ": cannot be opened: " + std::strerror(errno));
     std::vector<char> bytes(std::size_t{1} << 16U);
     std::size_t filled = 0;
     while (true) {
-        const std::size_t got =
-            std::fread(bytes.data() + filled, 1, bytes.size() - filled, file.get());
+        file.read(bytes.data() + filled, static_cast<std::streamsize>(bytes.size() - filled));
+        const auto got = static_cast<std::size_t>(file.gcount());
         filled += got;
         if (got == 0) break;
         if (filled == bytes.size()) bytes.resize(2 * filled);
     }
-    if (std::ferror(file.get()) != 0) {
-        throw ReadError(path + ": cannot be read: " + std::strerror(errno));
-    }
+    if (file.bad()) throw ReadError(path + ": cannot be read: " + std::strerror(errno));
     bytes.resize(filled);
     return bytes;
 }

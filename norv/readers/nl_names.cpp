@@ -1,6 +1,5 @@
-#include <filesystem>
-
 #include "hostapi/codes.hpp"
+#include "norv/file_path.hpp"
 #include "readers/nl_reader.hpp"
 
 namespace norv {
@@ -11,7 +10,7 @@ namespace {
 /// makes up a name.
 std::vector<std::string> readLines(const std::string& path) {
     std::error_code ignored;
-    if (!std::filesystem::is_regular_file(path, ignored)) return {};
+    if (!std::filesystem::is_regular_file(filePath(path), ignored)) return {};
     const InputText file = InputText::fromFile(path);
     std::vector<std::string> lines;
     std::string_view rest = file.text();

@@ -5,6 +5,7 @@
 #include <system_error>
 #include <vector>
 
+#include "norv/file_path.hpp"
 #include "solve/shared_library.hpp"
 
 namespace norv {
@@ -18,9 +19,9 @@ std::string loaderReason(const std::string& name) {
 
 /// With a path, the library's own folder takes the program's place in the search for what it needs.
 HMODULE load(const std::string& name) {
-    if (name.find_first_of("/\\") == std::string::npos) return LoadLibraryA(name.c_str());
-    const std::string path = std::filesystem::absolute(name).string();
-    return LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (name.find_first_of("/\\") == std::string::npos) return LoadLibraryW(filePath(name).c_str());
+    const std::filesystem::path path = std::filesystem::absolute(filePath(name));
+    return LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
 }  // namespace
@@ -42,14 +43,14 @@ SharedLibrary::AnyFunction SharedLibrary::find(const char* symbol) const {
 }
 
 std::string programDirectory() {
-    std::vector<char> path(MAX_PATH);
+    std::vector<wchar_t> path(MAX_PATH);
     for (;;) {
         const DWORD length =
-            GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size()));
+            GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
         if (length < path.size()) break;
         path.resize(2 * path.size());  // cut: a path may be longer
     }
-    return std::filesystem::path(path.data()).parent_path().string() + '\\';
+    return fileName(std::filesystem::path(path.data()).parent_path()) + '\\';
 }
 
 }  // namespace norv

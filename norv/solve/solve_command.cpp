@@ -1,9 +1,9 @@
 #include "solve/solve_command.hpp"
 
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 
+#include "norv/file_path.hpp"
 #include "solve/failure.hpp"
 #include "solve/log_writer.hpp"
 #include "solve/model_file.hpp"
@@ -16,7 +16,7 @@ namespace norv {
 namespace {
 
 std::ofstream openOutput(const std::string& path) {
-    std::ofstream out(path, std::ios::binary);
+    std::ofstream out(filePath(path), std::ios::binary);
     if (!out) throw Failure(ExitCode::outputFailed, path + ": cannot be written");
     return out;
 }
@@ -73,7 +73,7 @@ ExitCode solveModel(const CommandLine& line, const InputText& file) {
     const SolveResult result = solve(loaded, environment, line.solve, options);
     writer.finishLine();
     printSummary(log, model, result);
-    if (plot) plot->draw(line.plotFile, std::filesystem::path(line.model).filename().string());
+    if (plot) plot->draw(line.plotFile, fileName(filePath(line.model).filename()));
     writeResults(line, model, result, log);
     if (!line.statusFile.empty()) finishOutput(status, line.statusFile);
     return result.check && !result.check->passed ? ExitCode::failedCheck : ExitCode::reported;

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "norv/file_path.hpp"
 #include "solve/failure.hpp"
 #include "solve/link_library.hpp"
 #include "solve/report.hpp"
@@ -19,9 +20,9 @@ const char* const definitionFile = "optlocalsolver.def";
 /// keeps the definitions.
 std::string systemDirectory(const SolveSettings& settings) {
     if (!settings.systemDirectory.empty()) return settings.systemDirectory + '/';
-    const std::filesystem::path program = programDirectory();
-    if (std::filesystem::exists(program / definitionFile)) return program.string();
-    return ((program / NORV_DEFINITIONS).lexically_normal() / "").string();
+    const std::filesystem::path program = filePath(programDirectory());
+    if (std::filesystem::exists(program / definitionFile)) return fileName(program);
+    return fileName((program / NORV_DEFINITIONS).lexically_normal() / "");
 }
 
 /// The messages, a line each, without the last line's end; then forgets them.
@@ -37,7 +38,7 @@ std::string takeMessages(Options& options) {
 
 /// The link goes on without an option file that it cannot open; who names one wants it read.
 void requireReadable(const std::string& path) {
-    if (path.empty() || std::ifstream(path)) return;
+    if (path.empty() || std::ifstream(filePath(path))) return;
     throw Failure(ExitCode::badInput, path + ": the option file cannot be opened");
 }
 

@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "norv/file_path.hpp"
+#include "norv/readers/nl_writer.hpp"
 #include "norvsolve/run_program.hpp"
 
 /// The examples through the real link, found beside the program: what examples/README.md promises.
@@ -49,6 +52,28 @@ TEST(Examples, theRosterIsProvedInfeasible) {
     const ProgramRun run = runProgram({NORVSOLVE_PROGRAM, EXAMPLES_FOLDER "/infeasible.mps"});
     EXPECT_EQ(run.exitCode, 0) << run.errors;
     EXPECT_NE(run.output.find("Model instance proven to be infeasible."), std::string::npos);
+}
+
+TEST(Examples, filesAreFoundInFoldersOfAnyScript) {
+    const std::string folder = scratchFile("Пример_日本_é");
+    std::filesystem::create_directory(filePath(folder));
+    const auto in = [&](const char* name) { return folder + "/" + name; };
+    writeFile(in("модель.mps"), contentOf(EXAMPLES_FOLDER "/knapsack.mps"));
+    writeFile(in("設定.opt"), "seed 3\nlogfreq 0\n");
+    const ProgramRun run = runProgram({NORVSOLVE_PROGRAM, in("модель.mps"), "-o", in("設定.opt"),
+                                       "-t", "2", "--solution", in("решение"), "--json",
+                                       in("結果.json"), "--status-file", in("état")});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    // The link's own words about the option file: its name went through all libraries.
+    EXPECT_NE(run.output.find(in("設定.opt") + ":2: "), std::string::npos) << run.output;
+    EXPECT_EQ(nlohmann::json::parse(contentOf(in("結果.json")))["file"], in("модель.mps"));
+    EXPECT_NE(contentOf(in("решение")), "");
+    EXPECT_NE(contentOf(in("état")), "");
+    setVariable("norvsolve_options", "optionfile=" + in("無.opt"));
+    writeFile(in("模型.nl"), NlWriter(NlForm::text).write({{}, {}, {"v0"}, {}, 1, false}));
+    EXPECT_EQ(runProgram({NORVSOLVE_PROGRAM, in("模型"), "-AMPL"}).exitCode, 3);
+    EXPECT_NE(contentOf(in("模型.sol")).find(in("無.opt") + ": the option file cannot be opened"),
+              std::string::npos);
 }
 
 TEST(Examples, SpecialOrderedSetsAreSolvedOrRefused) {

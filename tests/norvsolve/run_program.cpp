@@ -6,6 +6,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "norv/file_path.hpp"
+
 namespace norv::test {
 
 std::string scratchFile(const std::string& name) {
@@ -13,12 +15,12 @@ std::string scratchFile(const std::string& name) {
 }
 
 std::string contentOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
+    std::ifstream in(filePath(path), std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
 void writeFile(const std::string& path, const std::string& content) {
-    std::ofstream(path, std::ios::binary) << content;
+    std::ofstream(filePath(path), std::ios::binary) << content;
 }
 
 }  // namespace norv::test

@@ -3,6 +3,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "norv/file_path.hpp"
 #include "norvsolve/run_program.hpp"
 
 namespace norv::test {
@@ -22,7 +23,7 @@ std::string textOf(const std::string& path) {
 }  // namespace
 
 void setVariable(const char* name, const std::string& value) {
-    SetEnvironmentVariableA(name, value.c_str());
+    SetEnvironmentVariableW(filePath(name).c_str(), filePath(value).c_str());
 }
 
 ProgramRun runProgram(const std::vector<std::string>& arguments) {
@@ -30,14 +31,15 @@ ProgramRun runProgram(const std::vector<std::string>& arguments) {
     const std::string errors = scratchFile("stderr");
     std::string command;
     for (const std::string& argument : arguments) command += '"' + argument + "\" ";
-    STARTUPINFOA start{};
+    std::wstring wideCommand = filePath(command).native();
+    STARTUPINFOW start{};
     start.cb = sizeof start;
     start.dwFlags = STARTF_USESTDHANDLES;
     start.hStdOutput = createFile(output);
     start.hStdError = createFile(errors);
     PROCESS_INFORMATION process{};
     DWORD exitCode = static_cast<DWORD>(-1);
-    if (CreateProcessA(nullptr, command.data(), nullptr, nullptr, /*inherit handles*/ TRUE, 0,
+    if (CreateProcessW(nullptr, wideCommand.data(), nullptr, nullptr, /*inherit handles*/ TRUE, 0,
                        nullptr, nullptr, &start, &process) != 0) {
         WaitForSingleObject(process.hProcess, INFINITE);
         GetExitCodeProcess(process.hProcess, &exitCode);

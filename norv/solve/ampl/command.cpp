@@ -1,13 +1,12 @@
 #include "solve/ampl/command.hpp"
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <sstream>
 #include <string_view>
 
 #include "hostapi/codes.hpp"
+#include "norv/file_path.hpp"
 #include "readers/nl_header.hpp"
 #include "readers/nl_input.hpp"
 #include "solve/ampl/keywords.hpp"
@@ -17,6 +16,7 @@
 #include "solve/log_writer.hpp"
 #include "solve/model_file.hpp"
 #include "solve/report.hpp"
+#include "solve/system_text.hpp"
 #include "solve/terminal.hpp"
 
 namespace norv {
@@ -39,8 +39,8 @@ NlHeader headerOf(const InputText& file) {
 
 AmplSettings settingsFor(const AmplCommand& command) {
     AmplSettings settings;
-    const char* const fromEnvironment = std::getenv("norvsolve_options");
-    if (fromEnvironment != nullptr) takeKeywords(settings, fromEnvironment, "norvsolve_options");
+    constexpr const char* variable = "norvsolve_options";
+    takeKeywords(settings, environmentVariable(variable), variable);
     takeKeywords(settings, joinedKeywords(command.keywords), "command line");
     return settings;
 }
@@ -95,7 +95,7 @@ std::string messageOf(const AmplRun& run) {
 void writeSolutionFile(const std::string& path, const NlHeader& header, const AmplRun& run) {
     AmplSolution solution = {messageOf(run), run.outcome.code, {}};
     if (run.outcome.hasPoint) solution.levels = run.model->levels();
-    std::ofstream out(path, std::ios::binary);
+    std::ofstream out(filePath(path), std::ios::binary);
     writeAmplSolution(out, header, solution);
     out.close();
     if (!out) throw Failure(ExitCode::outputFailed, path + ": cannot be written");
@@ -105,7 +105,7 @@ ExitCode solveForClient(const AmplCommand& command) {
     std::string stub = command.stub;
     if (stub.ends_with(".nl")) stub.resize(stub.size() - 3);
     std::error_code ignored;
-    std::filesystem::remove(stub + ".sol", ignored);
+    std::filesystem::remove(filePath(stub + ".sol"), ignored);
     const InputText file = InputText::fromFile(stub + ".nl");
     const NlHeader header = headerOf(file);
     Environment environment;

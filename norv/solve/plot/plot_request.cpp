@@ -4,6 +4,7 @@
 #include <fstream>
 #include <random>
 
+#include "norv/file_path.hpp"
 #include "solve/failure.hpp"
 #include "solve/plot/trace_plot.hpp"
 #include "solve/solve_run.hpp"
@@ -15,16 +16,16 @@ std::string temporaryFile() {
     std::random_device random;
     const std::string name =
         "norvsolve_" + std::to_string(random()) + std::to_string(random()) + ".trace";
-    return (std::filesystem::temp_directory_path() / name).string();
+    return fileName(std::filesystem::temp_directory_path() / name);
 }
 
 void removeFile(const std::string& path) {
     std::error_code ignored;
-    std::filesystem::remove(path, ignored);
+    std::filesystem::remove(filePath(path), ignored);
 }
 
 void writePicture(const TraceFile& trace, const std::string& path, const std::string& title) {
-    std::ofstream out(path, std::ios::binary);
+    std::ofstream out(filePath(path), std::ios::binary);
     writeTracePlot(out, trace, title);
     out.close();
     if (!out) throw Failure(ExitCode::outputFailed, path + ": cannot be written");
@@ -45,15 +46,15 @@ PlotRequest::~PlotRequest() {
 }
 
 void PlotRequest::draw(const std::string& picturePath, const std::string& title) const {
-    if (!std::filesystem::exists(tracePath_))
+    if (!std::filesystem::exists(filePath(tracePath_)))
         throw Failure(ExitCode::outputFailed, picturePath + ": not drawn, the link wrote no trace");
     writePicture(readTrace(InputText::fromFile(tracePath_)), picturePath, title);
 }
 
 void drawTrace(const InputText& trace, const std::string& picturePath) {
     const TraceFile read = readTrace(trace);
-    const std::string fileName = std::filesystem::path(trace.path()).filename().string();
-    writePicture(read, picturePath, read.instance.empty() ? fileName : read.instance);
+    const std::string name = fileName(filePath(trace.path()).filename());
+    writePicture(read, picturePath, read.instance.empty() ? name : read.instance);
 }
 
 }  // namespace norv

@@ -1,0 +1,5 @@
+#include "solve/program.hpp"
+
+int main(int argc, char** argv) {
+    return norv::runProgram(argc, argv);
+}

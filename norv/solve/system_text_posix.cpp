@@ -1,0 +1,12 @@
+#include <cstdlib>
+
+#include "solve/system_text.hpp"
+
+namespace norv {
+
+std::string environmentVariable(const char* name) {
+    const char* const value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+}  // namespace norv

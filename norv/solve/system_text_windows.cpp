@@ -1,0 +1,13 @@
+#include <cstdlib>
+
+#include "norv/file_path.hpp"
+#include "solve/system_text.hpp"
+
+namespace norv {
+
+std::string environmentVariable(const char* name) {
+    const wchar_t* const value = _wgetenv(filePath(name).c_str());
+    return value != nullptr ? fileName(value) : std::string();
+}
+
+}  // namespace norv
