@@ -15,20 +15,20 @@ CRITICAL_SECTION* sectionIn(std::byte* storage) {
 }  // namespace
 
 Lock::Lock() noexcept {
-    static_assert(sizeof(CRITICAL_SECTION) <= sizeof storage);
-    InitializeCriticalSection(::new (storage) CRITICAL_SECTION);
+    static_assert(sizeof(CRITICAL_SECTION) <= sizeof storage_);
+    InitializeCriticalSection(::new (storage_) CRITICAL_SECTION);
 }
 
 Lock::~Lock() {
-    DeleteCriticalSection(sectionIn(storage));
+    DeleteCriticalSection(sectionIn(storage_));
 }
 
 void Lock::enter() {
-    EnterCriticalSection(sectionIn(storage));
+    EnterCriticalSection(sectionIn(storage_));
 }
 
 void Lock::leave() {
-    LeaveCriticalSection(sectionIn(storage));
+    LeaveCriticalSection(sectionIn(storage_));
 }
 
 }  // namespace vex
