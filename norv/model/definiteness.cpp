@@ -47,7 +47,7 @@ Envelope::Envelope(std::span<const FormTerm> terms) {
     };
     for (std::size_t i = 0; i < variables.size(); ++i) firsts_.push_back(i);
     for (const FormTerm& each : terms) {
-        const auto [low, high] = std::minmax(positionOf(each.first), positionOf(each.second));
+        const auto [low, high] = std::minmax({positionOf(each.first), positionOf(each.second)});
         firsts_[high] = std::min(firsts_[high], low);
     }
     if (work() > largestWork) return;
@@ -58,7 +58,7 @@ Envelope::Envelope(std::span<const FormTerm> terms) {
     }
     values_.resize(end);
     for (const FormTerm& each : terms) {
-        const auto [low, high] = std::minmax(positionOf(each.first), positionOf(each.second));
+        const auto [low, high] = std::minmax({positionOf(each.first), positionOf(each.second)});
         at(high, low) = low == high ? each.value : each.value / 2.0;
     }
 }

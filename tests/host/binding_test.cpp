@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <string>
@@ -85,15 +86,17 @@ TEST(Binding, CountsTheObjectsOfSeveralThreads) {
     Binding binding(huxInterface);
     binding.setUpLocks();
     binding.setUpLocks();
+    std::array<void*, 8> kept{};
     std::vector<std::thread> threads;
-    threads.reserve(8);
-    for (int t = 0; t < 8; ++t) {
-        threads.emplace_back([&binding] {
+    threads.reserve(kept.size());
+    for (void*& first : kept) {
+        threads.emplace_back([&binding, &first] {
             char text[64];
             for (int k = 0; k < 101; ++k) {
                 void* handle = nullptr;
-                if (binding.create(&handle, {text, sizeof text}, doubles::hostLoading()) && k > 0)
-                    binding.destroy(&handle);
+                if (!binding.create(&handle, {text, sizeof text}, doubles::hostLoading())) continue;
+                if (k == 0) first = handle;
+                if (k > 0) binding.destroy(&handle);
             }
         });
     }
@@ -102,6 +105,8 @@ TEST(Binding, CountsTheObjectsOfSeveralThreads) {
     binding.tearDownLocks();
     binding.tearDownLocks();
     EXPECT_EQ(binding.nbObjects(), 8);
+    for (void*& handle : kept) binding.destroy(&handle);
+    EXPECT_EQ(binding.nbObjects(), 0);
 }
 
 TEST(Binding, WaitsForTheLockOfAnotherThread) {

@@ -29,10 +29,18 @@ namespace {
 
 struct Model {
     CoinMpsIO reader;
-    CoinSet** sets = nullptr;  ///< of the reader
+    CoinSet** sets = nullptr;  ///< [nbSets] made by the reader for its caller
     int nbSets = 0;
     std::map<std::string, bool> semi;  ///< semi-continuous columns; true: semi-integer
     bool isQuadratic = false;
+
+    Model() = default;
+    Model(const Model&) = delete;
+    Model& operator=(const Model&) = delete;
+    ~Model() {
+        for (int s = 0; s < nbSets; ++s) delete sets[s];
+        delete[] sets;
+    }
 };
 
 /// The bound line with SC or SI replaced, for a file whose names have no blanks.
