@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <random>
 #include <sstream>
 
 #include "double/call_log.hpp"
@@ -41,20 +42,26 @@ std::string behindFirstWord(const std::string& line) {
 /// A folder to work in, gone at the end.
 class ScratchFolder {
 public:
-    ScratchFolder() {
-        std::filesystem::create_directories(path);
-        std::filesystem::current_path(path);
-    }
+    ScratchFolder() : path(claimed()) { std::filesystem::current_path(path); }
     ~ScratchFolder() {
         std::filesystem::current_path(before, ignored);
         std::filesystem::remove_all(path, ignored);
     }
     ScratchFolder(const ScratchFolder&) = delete;
     ScratchFolder& operator=(const ScratchFolder&) = delete;
-    const std::filesystem::path path =
-        std::filesystem::temp_directory_path() / ("vexcc_case_" + std::to_string(std::rand()));
+    const std::filesystem::path path;
 
 private:
+    /// One that did not exist: other test programs run at the same time.
+    static std::filesystem::path claimed() {
+        std::random_device number;
+        while (true) {
+            std::filesystem::path folder =
+                std::filesystem::temp_directory_path() / ("vexcc_case_" + std::to_string(number()));
+            if (std::filesystem::create_directory(folder)) return folder;
+        }
+    }
+
     const std::filesystem::path before = std::filesystem::current_path();
     std::error_code ignored;
 };
