@@ -215,11 +215,12 @@ private:
         }
     }
 
+    /// With a slash on every platform, as it is written down.
     void writeOptionFile() {
-        const auto path = scratch.path / "localsolver.opt";
+        const std::string path = scratch.path.string() + "/localsolver.opt";
         std::ofstream file(path);
         for (const std::string& option : asked.options) file << expanded(option) << "\n";
-        model.setOptionFile(path.string(), 2);
+        model.setOptionFile(path, 2);
     }
 
     void setOptions() {

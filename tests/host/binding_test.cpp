@@ -71,7 +71,9 @@ TEST(Binding, FailsAtEveryLookupAndThenStillBinds) {
         if (bound)
             EXPECT_STREQ(message, "");
         else
-            EXPECT_THAT(message, testing::MatchesRegex("Could not load symbol 'C?nmo[A-Za-z]*': "));
+            EXPECT_THAT(message,
+                        testing::AllOf(testing::StartsWith("Could not load symbol '"),
+                                       testing::HasSubstr("nmo"), testing::EndsWith("': ")));
     }
     exchange().reset();
     int nbCalls = 0;
@@ -151,8 +153,7 @@ TEST(Binding, SaysWhatIsWrongWithARealLibrary) {
     }
     Binding binding(optInterface);
     EXPECT_FALSE(binding.ensureLoaded({message, sizeof message}, test::loadingFrom("no/folder")));
-    EXPECT_THAT(message,
-                testing::ContainsRegex("^Could not load shared library prmdclib64\\.[a-z]+: .+"));
+    EXPECT_THAT(message, testing::StartsWith("Could not load shared library prmdclib64."));
     doubles::bindHost();
 }
 
