@@ -35,16 +35,16 @@ struct LeastActivity {
 
 class Propagation {
 public:
-    explicit Propagation(const Instance& source) : instance(source) {
-        bounds.lower = instance.variables.lower;
-        bounds.upper = instance.variables.upper;
-        for (std::int32_t j = 0; j < instance.nbVariables(); ++j) {
-            const std::int32_t type = instance.variables.types[j];
+    explicit Propagation(const Instance& source) : instance_(source) {
+        bounds_.lower = instance_.variables.lower;
+        bounds_.upper = instance_.variables.upper;
+        for (std::int32_t j = 0; j < instance_.nbVariables(); ++j) {
+            const std::int32_t type = instance_.variables.types[j];
             if (type != hostapi::variable_type::semiContinuous &&
                 type != hostapi::variable_type::semiInteger)
                 continue;
-            bounds.lower[j] = std::min(bounds.lower[j], 0.0);
-            bounds.upper[j] = std::max(bounds.upper[j], 0.0);
+            bounds_.lower[j] = std::min(bounds_.lower[j], 0.0);
+            bounds_.upper[j] = std::max(bounds_.upper[j], 0.0);
         }
     }
 
@@ -52,9 +52,9 @@ public:
         bool hasNewBound = true;
         for (std::int32_t round = 0; hasNewBound && round < mostRounds; ++round) {
             hasNewBound = false;
-            for (std::int32_t i = 0; i < instance.nbRows(); ++i) {
+            for (std::int32_t i = 0; i < instance_.nbRows(); ++i) {
                 if (!isLinear(i)) continue;
-                const std::int32_t type = instance.rows.types[i];
+                const std::int32_t type = instance_.rows.types[i];
                 const bool isEquality = type == hostapi::equation_type::equality;
                 if (isEquality || type == hostapi::equation_type::less)
                     hasNewBound |= useRow(i, /*direction=*/1.0);
@@ -62,27 +62,28 @@ public:
                     hasNewBound |= useRow(i, /*direction=*/-1.0);
             }
         }
-        return std::move(bounds);
+        return std::move(bounds_);
     }
 
 private:
     bool isLinear(std::int32_t row) const {
-        const SparseRows& entries = instance.entries;
+        const SparseRows& entries = instance_.entries;
         return std::all_of(entries.occurrences.begin() + entries.starts[row],
                            entries.occurrences.begin() + entries.starts[row + 1],
                            [](Occurrence each) { return each == linearOnly; }) &&
-               instance.listOf(row) == nullptr;
+               instance_.listOf(row) == nullptr;
     }
 
     double leastOf(std::int32_t variable, double coefficient) const {
-        return coefficient * (coefficient > 0.0 ? bounds.lower[variable] : bounds.upper[variable]);
+        return coefficient *
+               (coefficient > 0.0 ? bounds_.lower[variable] : bounds_.upper[variable]);
     }
 
     /// direction * (function of the row) <= direction * right-hand side.
     /// @return whether a variable without a bound got one.
     bool useRow(std::int32_t row, double direction) {
-        const SparseRows& entries = instance.entries;
-        const double side = direction * instance.rows.rightHandSides[row];
+        const SparseRows& entries = instance_.entries;
+        const double side = direction * instance_.rows.rightHandSides[row];
         LeastActivity least;
         for (std::int64_t k = entries.starts[row]; k < entries.starts[row + 1]; ++k)
             least.add(leastOf(entries.variables[k], direction * entries.values[k]));
@@ -106,14 +107,14 @@ private:
         const double limit =
             side / coefficient + std::copysign(slack / std::fabs(coefficient), coefficient);
         if (!std::isfinite(limit)) return false;
-        double& bound = coefficient > 0.0 ? bounds.upper[variable] : bounds.lower[variable];
+        double& bound = coefficient > 0.0 ? bounds_.upper[variable] : bounds_.lower[variable];
         const bool isNew = std::isinf(bound);
         bound = coefficient > 0.0 ? std::min(bound, limit) : std::max(bound, limit);
         return isNew;
     }
 
-    const Instance& instance;
-    ImpliedBounds bounds;
+    const Instance& instance_;
+    ImpliedBounds bounds_;
 };
 
 }  // namespace

@@ -17,15 +17,15 @@ class Reformulator {
 public:
     Reformulator(const Instance& source, std::span<const double> startingLevels,
                  ModelBuilder& target)
-        : instance(source),
-          levels(startingLevels),
-          bounds(impliedBounds(source)),
-          builder(target) {}
+        : instance_(source),
+          levels_(startingLevels),
+          bounds_(impliedBounds(source)),
+          builder_(target) {}
 
     SetReformulation run() {
-        const std::int32_t nbVariables = builder.nbVariables();
-        const std::int32_t nbRows = builder.nbRows();
-        for (const SpecialOrderedSet& set : instance.sets) {
+        const std::int32_t nbVariables = builder_.nbVariables();
+        const std::int32_t nbRows = builder_.nbRows();
+        for (const SpecialOrderedSet& set : instance_.sets) {
             if (!set.restricts()) continue;
             bound(set);
             if (set.type == hostapi::variable_type::specialOrdered1) {
@@ -34,7 +34,7 @@ public:
                 allowNeighbours(set);
             }
         }
-        return {builder.nbVariables() - nbVariables, builder.nbRows() - nbRows};
+        return {builder_.nbVariables() - nbVariables, builder_.nbRows() - nbRows};
     }
 
 private:
@@ -43,8 +43,8 @@ private:
     /// Gives the members bounds, so that the link need not impose its own on them.
     void bound(const SpecialOrderedSet& set) {
         for (const std::int32_t member : set.members) {
-            const double lower = bounds.lower[member];
-            const double upper = bounds.upper[member];
+            const double lower = bounds_.lower[member];
+            const double upper = bounds_.upper[member];
             if (std::isinf(lower) || std::isinf(upper)) {
                 throw std::invalid_argument(
                     "special ordered set \"" + set.name + "\": found no " +
@@ -52,10 +52,10 @@ private:
                     nameOf(member) +
                     "\", expected one of its own or one that a linear row implies");
             }
-            const double ownLower = instance.variables.lower[member];
-            const double ownUpper = instance.variables.upper[member];
-            builder.setBounds(member, std::isinf(ownLower) ? lower : ownLower,
-                              std::isinf(ownUpper) ? upper : ownUpper);
+            const double ownLower = instance_.variables.lower[member];
+            const double ownUpper = instance_.variables.upper[member];
+            builder_.setBounds(member, std::isinf(ownLower) ? lower : ownLower,
+                               std::isinf(ownUpper) ? upper : ownUpper);
         }
     }
 
@@ -63,7 +63,7 @@ private:
         const std::int32_t atMostOne = addAtMostOne(set);
         for (const std::int32_t member : set.members) {
             if (isAlwaysZero(member)) continue;
-            builder.addCoefficient(atMostOne, indicatorOf(member), 1.0);
+            builder_.addCoefficient(atMostOne, indicatorOf(member), 1.0);
         }
     }
 
@@ -76,7 +76,7 @@ private:
             std::int32_t pairAfter = none;
             if (k <= lastPair) {
                 pairAfter = addBinary(k == startingPair, set.name + ":" + nameOf(set.members[k]));
-                builder.addCoefficient(atMostOne, pairAfter, 1.0);
+                builder_.addCoefficient(atMostOne, pairAfter, 1.0);
             }
             linkTo(set.members[k], {pairBefore, pairAfter}, set.name);
             pairBefore = pairAfter;
@@ -86,7 +86,7 @@ private:
     /// The binary that is 1 where `member` is not 0, the same in every set.
     std::int32_t indicatorOf(std::int32_t member) {
         if (isZeroOrOne(member)) return member;
-        const auto [found, isNew] = indicators.try_emplace(member, none);
+        const auto [found, isNew] = indicators_.try_emplace(member, none);
         if (isNew) {
             found->second = addBinary(isNonzero(member), nameOf(member) + ":nonzero");
             linkTo(member, {found->second}, nameOf(member));
@@ -100,25 +100,25 @@ private:
         // With 0 on one side only, the other side holds already, or makes the sum 1.
         const auto link = [&](double bound, std::int32_t type, const char* ending) {
             const std::int32_t row =
-                builder.addRow(type, 0.0, shortened(prefix + ":" + nameOf(member) + ending));
-            builder.addCoefficient(row, member, 1.0);
+                builder_.addRow(type, 0.0, shortened(prefix + ":" + nameOf(member) + ending));
+            builder_.addCoefficient(row, member, 1.0);
             for (const std::int32_t each : binaries) {
-                if (each != none) builder.addCoefficient(row, each, -bound);
+                if (each != none) builder_.addCoefficient(row, each, -bound);
             }
         };
-        if (bounds.upper[member] > 0.0)
-            link(bounds.upper[member], hostapi::equation_type::less, ":upper");
-        if (bounds.lower[member] < 0.0)
-            link(bounds.lower[member], hostapi::equation_type::greater, ":lower");
+        if (bounds_.upper[member] > 0.0)
+            link(bounds_.upper[member], hostapi::equation_type::less, ":upper");
+        if (bounds_.lower[member] < 0.0)
+            link(bounds_.lower[member], hostapi::equation_type::greater, ":lower");
     }
 
     std::int32_t addAtMostOne(const SpecialOrderedSet& set) {
-        return builder.addRow(hostapi::equation_type::less, 1.0, shortened(set.name + ":one"));
+        return builder_.addRow(hostapi::equation_type::less, 1.0, shortened(set.name + ":one"));
     }
 
     std::int32_t addBinary(bool startsAtOne, const std::string& name) {
-        return builder.addVariable(hostapi::variable_type::binary, 0.0, 1.0,
-                                   startsAtOne ? 1.0 : 0.0, shortened(name));
+        return builder_.addVariable(hostapi::variable_type::binary, 0.0, 1.0,
+                                    startsAtOne ? 1.0 : 0.0, shortened(name));
     }
 
     /// The position of the first member that does not start at 0, or how many members there are.
@@ -129,27 +129,27 @@ private:
     }
 
     bool isZeroOrOne(std::int32_t member) const {
-        return instance.variables.types[member] == hostapi::variable_type::binary &&
-               bounds.lower[member] >= 0.0 && bounds.upper[member] <= 1.0;
+        return instance_.variables.types[member] == hostapi::variable_type::binary &&
+               bounds_.lower[member] >= 0.0 && bounds_.upper[member] <= 1.0;
     }
     bool isAlwaysZero(std::int32_t member) const {
-        return bounds.lower[member] == 0.0 && bounds.upper[member] == 0.0;
+        return bounds_.lower[member] == 0.0 && bounds_.upper[member] == 0.0;
     }
     bool isNonzero(std::int32_t member) const {
-        return levels[static_cast<std::size_t>(member)] != 0.0;
+        return levels_[static_cast<std::size_t>(member)] != 0.0;
     }
     std::string nameOf(std::int32_t variable) const {
-        return instance.variableNames.nameOf(variable);
+        return instance_.variableNames.nameOf(variable);
     }
     static std::string shortened(const std::string& name) {
         return name.substr(0, static_cast<std::size_t>(hostapi::longestText));
     }
 
-    const Instance& instance;
-    std::span<const double> levels;
-    ImpliedBounds bounds;
-    ModelBuilder& builder;
-    std::map<std::int32_t, std::int32_t> indicators;  ///< of members that are not binary
+    const Instance& instance_;
+    std::span<const double> levels_;
+    ImpliedBounds bounds_;
+    ModelBuilder& builder_;
+    std::map<std::int32_t, std::int32_t> indicators_;  ///< of members that are not binary
 };
 
 }  // namespace

@@ -19,14 +19,14 @@ public:
     [[nodiscard]] bool add(std::int32_t row, std::int32_t variable, double coefficient) {
         constexpr double large = 1e290;
         const bool isLarge = std::fabs(coefficient) >= large;
-        if (!isLarge && sums.empty()) return true;
+        if (!isLarge && sums_.empty()) return true;
         const std::pair place(row, variable);
-        const auto found = isLarge ? sums.try_emplace(place, 0.0).first : sums.find(place);
-        return found == sums.end() || std::isfinite(found->second += coefficient);
+        const auto found = isLarge ? sums_.try_emplace(place, 0.0).first : sums_.find(place);
+        return found == sums_.end() || std::isfinite(found->second += coefficient);
     }
 
 private:
-    std::map<std::pair<std::int32_t, std::int32_t>, double> sums;
+    std::map<std::pair<std::int32_t, std::int32_t>, double> sums_;
 };
 
 }  // namespace norv

@@ -56,7 +56,7 @@ Sets setsOfAmpl(const std::vector<double>& codes) {
 class Order {
 public:
     Order(const NlInstance& file, const std::vector<double>& weightValues, const char* weightSuffix)
-        : instance(file), weights(weightValues), suffix(weightSuffix) {}
+        : instance_(file), weights_(weightValues), suffix_(weightSuffix) {}
 
     void sort(SpecialOrderedSet& set) const {
         std::stable_sort(
@@ -67,22 +67,22 @@ public:
             const std::int32_t before = set.members[k - 1];
             const std::int32_t member = set.members[k];
             if (weightOf(before) < weightOf(member)) continue;
-            throw ReadError(instance.path + ": special ordered set " + quoted(set.name) +
+            throw ReadError(instance_.path + ": special ordered set " + quoted(set.name) +
                             ": found weight " + numberText(weightOf(member)) + " for both " +
-                            quoted(instance.variableName(before)) + " and " +
-                            quoted(instance.variableName(member)) + ", expected suffix " + suffix +
-                            " to tell their order");
+                            quoted(instance_.variableName(before)) + " and " +
+                            quoted(instance_.variableName(member)) + ", expected suffix " +
+                            suffix_ + " to tell their order");
         }
     }
 
 private:
     [[nodiscard]] double weightOf(std::int32_t variable) const {
-        return weights.empty() ? 0.0 : weights[static_cast<std::size_t>(variable)];
+        return weights_.empty() ? 0.0 : weights_[static_cast<std::size_t>(variable)];
     }
 
-    const NlInstance& instance;
-    const std::vector<double>& weights;
-    const char* suffix;
+    const NlInstance& instance_;
+    const std::vector<double>& weights_;
+    const char* suffix_;
 };
 
 }  // namespace
@@ -90,7 +90,7 @@ private:
 std::vector<double>* NlSpecialOrdered::valuesOf(std::string_view suffix, std::int32_t nbVariables) {
     const auto* const found = std::find(std::begin(names), std::end(names), suffix);
     if (found == std::end(names)) return nullptr;
-    std::vector<double>& result = values[found - std::begin(names)];
+    std::vector<double>& result = values_[found - std::begin(names)];
     result.resize(static_cast<std::size_t>(nbVariables));
     return &result;
 }
@@ -103,8 +103,8 @@ std::vector<SpecialOrderedSet> NlSpecialOrdered::sets(const NlInstance& instance
             result.push_back(std::move(set));
         }
     };
-    append(setsOfUser(values[sosno]), Order(instance, values[ref], "ref"));
-    append(setsOfAmpl(values[sos]), Order(instance, values[sosref], "sosref"));
+    append(setsOfUser(values_[sosno]), Order(instance, values_[ref], "ref"));
+    append(setsOfAmpl(values_[sos]), Order(instance, values_[sosref], "sosref"));
     return result;
 }
 

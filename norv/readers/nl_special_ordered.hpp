@@ -30,7 +30,7 @@ private:
     enum Suffix : std::uint8_t { sosno, ref, sos, sosref, nbSuffixes };
     static constexpr std::string_view names[nbSuffixes] = {"sosno", "ref", "sos", "sosref"};
 
-    std::vector<double> values[nbSuffixes];  ///< [nbVariables] each, or empty
+    std::vector<double> values_[nbSuffixes];  ///< [nbVariables] each, or empty
 };
 
 }  // namespace norv

@@ -11,32 +11,32 @@ public:
     constexpr Value() = default;
     static constexpr Value ofInt(std::int64_t i) {
         Value v;
-        v.whole_ = i;
+        v.whole = i;
         return v;
     }
     static constexpr Value ofDouble(double d) {
         Value v;
-        v.real_ = d;
+        v.real = d;
         v.isInt_ = false;
         return v;
     }
 
     [[nodiscard]] constexpr bool isInt() const { return isInt_; }
     /// Only when isInt().
-    [[nodiscard]] constexpr std::int64_t asInt() const { return whole_; }
+    [[nodiscard]] constexpr std::int64_t asInt() const { return whole; }
     /// Rounded to the nearest double when the integer has more than 53 bits.
     [[nodiscard]] constexpr double asDouble() const {
-        return isInt_ ? static_cast<double>(whole_) : real_;
+        return isInt_ ? static_cast<double>(whole) : real;
     }
     /// Nonzero is true; NaN is not.
     [[nodiscard]] constexpr bool isTrue() const {
-        return isInt_ ? whole_ != 0 : (real_ < 0.0 || real_ > 0.0);
+        return isInt_ ? whole != 0 : (real < 0.0 || real > 0.0);
     }
 
 private:
     union {
-        std::int64_t whole_ = 0;
-        double real_;
+        std::int64_t whole = 0;
+        double real;
     };
     bool isInt_ = true;
 };
