@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "back_ends/nonlinear_back_end.hpp"
 #include "prove/exact_back_end.hpp"
 #include "prove/exact_proof.hpp"
 #include "prove/exhaustion.hpp"
@@ -216,7 +217,10 @@ Preparation prepare(const ClosedModel& model, const Point& start, const ProveLim
 }
 
 std::string backEndNames() {
-    return std::string(exactBackEndName());
+    std::string names(exactBackEndName());
+    const std::string_view nonlinear = nonlinearBackEndName();
+    if (!names.empty() && !nonlinear.empty()) names += ", ";
+    return names.append(nonlinear);
 }
 
 }  // namespace engine

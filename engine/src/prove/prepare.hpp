@@ -77,7 +77,7 @@ Preparation prepare(const ClosedModel& model, const Point& start, const ProveLim
 /// @param domain  [nbDecisions], tightened in place.
 bool propagateDomains(const ClosedModel& model, std::vector<Interval>& domain);
 
-/// Names of the exact back ends built in, for the information text; empty without.
+/// Names of the back ends built in, for the information text; empty without.
 std::string backEndNames();
 
 }  // namespace engine

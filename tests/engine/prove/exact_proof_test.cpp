@@ -419,7 +419,7 @@ TEST_F(ExactProofs, LeaveNoOutputAndNoHandlerBehind) {
 
 TEST(ExactBackEnd, NamesItselfExactlyWhenItCanProve) {
     EXPECT_EQ(exactBackEndName().empty(), !exactBackEndAbilities().linear);
-    EXPECT_EQ(backEndNames(), exactBackEndName());
+    EXPECT_EQ(backEndNames().find(exactBackEndName()), 0U);
 }
 
 TEST(LinearView, AgreesWithTheJudgeAtEveryPoint) {
