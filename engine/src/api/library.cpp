@@ -2,7 +2,7 @@
 #include <string>
 
 #include "api/contract.hpp"
-#include "prove/prepare.hpp"
+#include "methods/method_list.hpp"
 
 using namespace engine;
 using namespace engine::contract;

@@ -6,7 +6,7 @@
 #include <mutex>
 #include <thread>
 
-#include "prove/pace.hpp"
+#include "evaluate/pace.hpp"
 
 namespace engine {
 

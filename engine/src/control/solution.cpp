@@ -18,7 +18,9 @@ Solution::Solution(const ClosedModel& model) : model_(model) {
         std::any_of(model.constraint.begin(), model.constraint.end(), [&model](ExpressionIndex e) {
             return model.decisionOf[static_cast<std::size_t>(e)] >= 0;
         });
-    current_.violation = std::numeric_limits<double>::infinity();
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    for (const Objective& o : model.objective) bound_.push_back(o.maximise ? infinity : -infinity);
+    current_.violation = infinity;
     current_.point.reserve(model.domain.size());
     for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
         const Interval& domain = model.domain[static_cast<std::size_t>(d)];
@@ -89,6 +91,18 @@ bool Solution::proveOptimal() {
     if (!verdict().feasible) return false;
     isOptimal_ = true;
     return true;
+}
+
+void Solution::tightenBound(std::size_t objective, double bound) {
+    double& known = bound_[objective];
+    const bool isTighter = model_.objective[objective].maximise ? bound < known : bound > known;
+    if (isTighter) known = bound;
+}
+
+std::optional<double> Solution::gap() const {
+    if (bound_.empty() || std::isinf(bound_.front()) || !verdict().feasible) return std::nullopt;
+    const double objective = verdict().objectives.front().asDouble();
+    return std::abs(objective - bound_.front()) / std::max(1.0, std::abs(objective));
 }
 
 ls_solution_status Solution::status() const {

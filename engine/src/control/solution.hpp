@@ -1,10 +1,11 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <vector>
 
-#include "evaluate/judge.hpp"
+#include "evaluate/incumbent.hpp"
 #include "model/closed_model.hpp"
-#include "search/searcher.hpp"
 
 namespace engine {
 
@@ -51,6 +52,14 @@ public:
     /// not feasible.
     bool proveOptimal();
 
+    /// Notes that no feasible point is better than `bound` in an objective, by proof.
+    void tightenBound(std::size_t objective, double bound);
+    /// [nbObjectives] The best proved bounds; -infinity or infinity where there is none.
+    [[nodiscard]] const std::vector<double>& bounds() const { return bound_; }
+    /// |objective - bound| / max(1, |objective|) of the first objective; nothing without an
+    /// objective, a feasible point or a bound.
+    [[nodiscard]] std::optional<double> gap() const;
+
     /// Is the model proved inconsistent, or the current point proved optimal? Costs nothing.
     [[nodiscard]] bool isProved() const { return isInconsistent_ || isOptimal_; }
     [[nodiscard]] ls_solution_status status() const;
@@ -59,6 +68,7 @@ private:
     void judgeIfNeeded() const;
 
     const ClosedModel& model_;
+    std::vector<double> bound_;
     Incumbent current_;  ///< the verdict in it is a claim; `verdict_` is the judge's
     bool hasEmptyDomain_ = false;
     bool mayMisread_ = false;  ///< a decision may be a constraint that reads 0 by rule

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <thread>
 
+#include "evaluate/pace.hpp"
+#include "model/tolerances.hpp"
 #include "search/polish.hpp"
 
 namespace engine {
@@ -18,24 +21,8 @@ constexpr auto pausePatience = std::chrono::milliseconds(100);
 /// writes something once a period is never late by one.
 constexpr int ticksPerPeriod = 4;
 
-/// Effort is reckoned in operand visits, about 10 ns each. The first turns are short, so that both
-/// sides soon know what the other finds easily.
-constexpr std::int64_t firstEffort = 5'000'000;
-constexpr std::int64_t effortGrowth = 4;
-constexpr std::int64_t largestEffort = 80'000'000;
-/// A tree is most likely to finish the model: the search gets one part in ten of the work beside.
-constexpr std::int64_t treeTurnsPerSearchTurn = 9;
-/// What a move of the search is reckoned at.
-constexpr std::int64_t visitsPerMove = 2000;
-
-/// An objective this near its bound is as good as it gets: absolute, relative above 1. Bounds are
-/// rounded outward, so that a constant objective is not always equal to its own.
-constexpr double optimalityTolerance = 1e-9;
-
-/// What a node or pivot of proving is reckoned at: a sparse step sees a part of the model.
-std::int64_t visitsPerProofStep(const ClosedModel& model) {
-    return 250 + static_cast<std::int64_t>(model.operand.size()) / 10;
-}
+/// Of one worker in a round.
+constexpr std::int64_t workPerRound = 1'000'000;
 
 int nbThreadsOf(const Parameters& parameters) {
     if (parameters.nbThreads > 0) return parameters.nbThreads;
@@ -63,9 +50,12 @@ SolveRun::SolveRun(RunContext context)
       start_(Clock::now()),
       deadline_(start_),
       nextTimeTick_(start_),
-      effort_(firstEffort),
       domain_(context_.model.domain),
-      team_(nbThreadsOf(context_.parameters)) {}
+      team_(nbThreadsOf(context_.parameters)),
+      schedule_(context_.model, context_.solution.point(), context_.parameters.seed, [this] {
+          team_.parkIfPaused();
+          return context_.stopSignal.workersHalt().load();
+      }) {}
 
 SolveRun::~SolveRun() {
     context_.stopSignal.halt();
@@ -88,16 +78,16 @@ void SolveRun::runPhase(const Phase& phase) {
     emit(LS_CALLBACK_PHASE_STARTED);
     while (!context_.stopSignal.isStopped() && !isFinished() && !isLimitReached(phase)) {
         context_.stopSignal.letWork();
-        if (searchLeft_ == 0 && !isProvingExhausted_) {
-            prove(iterationsLeft(phase));
+        if (schedule_.isStageDue()) {
+            openStage();
         } else {
-            search(iterationsLeft(phase));
+            runRound(iterationsLeft(phase));
         }
         emitTimeTickIfDue();
         emitIterationTickIfDue();
     }
     const bool isLast = &phase == &context_.phases.back();
-    if (isLast || context_.stopSignal.isStopped()) concludeProof();
+    if (isLast || context_.stopSignal.isStopped()) concludeMethods();
     if (context_.statistics.iterations > phaseStartIterations_) polish();
     emit(LS_CALLBACK_PHASE_ENDED);
 }
@@ -127,12 +117,10 @@ bool SolveRun::isFinished() {
 }
 
 bool SolveRun::cannotImprove() const {
-    const std::vector<Objective>& objectives = context_.model.objective;
-    const std::vector<double> bound = proof_ ? proof_->objectiveBound() : std::vector<double>();
-    if (bound.size() != objectives.size()) return false;
-    for (std::size_t k = 0; k < objectives.size(); ++k) {
+    const std::vector<double>& bound = context_.solution.bounds();
+    for (std::size_t k = 0; k < bound.size(); ++k) {
         const double value = context_.solution.verdict().objectives[k].asDouble();
-        const double tolerance = optimalityTolerance * std::max(1.0, std::abs(value));
+        const double tolerance = polishTolerance * std::max(1.0, std::abs(value));
         if (!(std::abs(bound[k] - value) <= tolerance)) return false;
     }
     return true;
@@ -164,66 +152,83 @@ bool SolveRun::isLimitReached(const Phase& phase) const {
     return Clock::now() >= deadline_ || iterationsLeft(phase) <= 0;
 }
 
-void SolveRun::startProof() {
-    proof_.emplace(context_.model, context_.solution.point(), context_.parameters.seed);
-    const std::atomic<bool>& halt = context_.stopSignal.workersHalt();
-    proofThread_.emplace([this](Pace& pace) { proof_->run(pace); },
-                         [this, &halt] {
-                             team_.parkIfPaused();
-                             return halt.load();
-                         });
-}
-
-void SolveRun::prove(std::int64_t iterationsLeft) {
-    if (!proof_) startProof();
-    if (context_.solution.claimed().verdict.feasible) proof_->offer(context_.solution.point());
-    const std::int64_t wanted =
-        std::max<std::int64_t>(100, effort_ / visitsPerProofStep(context_.model));
-    std::int64_t spent = 0;
-    team_.start(1, [&](int) { spent = proofThread_->advance(std::min(wanted, iterationsLeft)); });
+void SolveRun::openStage() {
+    team_.start(1, [this](int) { schedule_.openStage(); });
     awaitJob();
-    context_.statistics.iterations += spent;
-    isProvingExhausted_ = proofThread_->hasEnded();
-    acceptProof();
-    planNextTurn();
 }
 
-void SolveRun::planNextTurn() {
-    switch (proof_->kind()) {
-        case ProofKind::LinearProgram:
-            searchLeft_ = 0;
-            break;
-        case ProofKind::Tree:
-            searchLeft_ = effort_ / visitsPerMove / treeTurnsPerSearchTurn;
-            break;
-        case ProofKind::Other:
-            searchLeft_ = effort_ / visitsPerMove;
-            break;
+void SolveRun::tellMethods() {
+    const Solution& solution = context_.solution;
+    if (!solution.claimed().verdict.feasible || !solution.verdict().feasible) return;
+    for (std::size_t k = 0; k < schedule_.nbRunning(); ++k) {
+        FeasibleIncumbent& known = schedule_.method(k).findings().incumbent;
+        if (known.hasPoint() && !isBetter(context_.model, solution.verdict(), known.verdict())) {
+            continue;
+        }
+        known.take({solution.point(), solution.verdict(), 0.0, solution.claimed().finder});
     }
-    effort_ = std::min(effort_ * effortGrowth, largestEffort);
 }
 
-void SolveRun::concludeProof() {
-    if (!proofThread_ || proofThread_->hasEnded()) return;
-    proofThread_->conclude();
-    isProvingExhausted_ = true;
-    acceptProof();
+void SolveRun::runRound(std::int64_t iterations) {
+    using Turn = Schedule::Turn;
+    const std::int64_t nbWorkers = team_.nbWorkers();
+    const std::vector<Schedule::Slot> slots =
+        schedule_.nextTurns(static_cast<std::size_t>(nbWorkers));
+    const auto isOfSearch = [&](const Schedule::Slot& s) { return s.turn == Turn::OfSearch; };
+    if (!searchers_ && std::any_of(slots.begin(), slots.end(), isOfSearch)) makeSearchers();
+    tellMethods();
+    // A round ends where a limit or a tick comes: exactly, when it is the search's alone.
+    const std::int64_t sinceTick = context_.statistics.iterations - lastTickIterations_;
+    const std::int64_t total = std::min({nbWorkers * workPerRound / workPerIteration, iterations,
+                                         context_.parameters.iterationsBetweenTicks - sinceTick});
+    const std::int64_t share = total / nbWorkers;
+    const std::int64_t rest = total % nbWorkers;
+    std::vector<std::int64_t> spent(slots.size(), 0);
+    team_.start(static_cast<int>(share > 0 ? nbWorkers : rest), [&](int worker) {
+        const auto k = static_cast<std::size_t>(worker);
+        const std::int64_t own = share + (worker < rest ? 1 : 0);
+        if (slots[k].turn == Turn::OfMethod) {
+            spent[k] = schedule_.advance(slots[k].method, own * workPerIteration);
+        } else if (slots[k].turn == Turn::OfSearch) {
+            searchers_->run(worker, own, context_.stopSignal.workersHalt(),
+                            context_.solution.claimed());
+        }
+    });
+    awaitJob();
+    workToCount_ += std::accumulate(spent.begin(), spent.end(), std::int64_t{0});
+    context_.statistics.iterations += workToCount_ / workPerIteration;
+    workToCount_ %= workPerIteration;
+    for (std::size_t k = 0; k < schedule_.nbRunning(); ++k) accept(schedule_.method(k));
+    schedule_.dropEnded();
+    if (!searchers_) return;
+    const std::int64_t before = context_.statistics.iterations;
+    searchers_->addTo(context_.statistics);
+    schedule_.chargeSearch((context_.statistics.iterations - before) * workPerIteration);
+    searchers_->share(context_.solution);
 }
 
-void SolveRun::acceptProof() {
+void SolveRun::concludeMethods() {
+    schedule_.conclude();
+    for (std::size_t k = 0; k < schedule_.nbRunning(); ++k) accept(schedule_.method(k));
+    schedule_.dropEnded();
+}
+
+void SolveRun::accept(Method& method) {
     Solution& solution = context_.solution;
-    if (proof_->outcome() == Preparation::Outcome::Inconsistent) {
+    const Findings& findings = method.findings();
+    for (std::size_t k = 0; k < findings.bound.size(); ++k) {
+        solution.tightenBound(k, findings.bound[k]);
+    }
+    if (findings.conclusion.outcome == Outcome::Inconsistent) {
         solution.proveInconsistent();
         return;
     }
-    if (!searchers_ && !proof_->domain().empty()) domain_ = proof_->domain();
-    const ProvedIncumbent& incumbent = proof_->incumbent();
-    if (!incumbent.hasPoint()) return;
-    Incumbent claimed{incumbent.point(), incumbent.verdict(), 0.0};
-    if (proof_->outcome() == Preparation::Outcome::Optimal) {
-        acceptOptimum(std::move(claimed));
-    } else if (solution.isImprovedBy(claimed)) {
-        solution.replace(std::move(claimed));
+    if (!searchers_ && !findings.domain.empty()) domain_ = findings.domain;
+    if (!findings.incumbent.hasPoint()) return;
+    if (findings.conclusion.outcome == Outcome::Optimal) {
+        acceptOptimum(findings.incumbent.best());
+    } else if (solution.isImprovedBy(findings.incumbent.best())) {
+        solution.replace(findings.incumbent.best());
         if (searchers_) searchers_->spread();
     }
 }
@@ -245,29 +250,6 @@ void SolveRun::makeSearchers() {
     team_.start(nbWorkers, [this](int k) { searchers_->create(k, context_.solution.point()); });
     awaitJob();
     searchers_->share(context_.solution);
-}
-
-void SolveRun::search(std::int64_t iterationsLeft) {
-    if (!searchers_) {
-        makeSearchers();
-        return;
-    }
-    const std::int64_t nbWorkers = team_.nbWorkers();
-    const std::int64_t sinceTick = context_.statistics.iterations - lastTickIterations_;
-    // A round ends exactly where a limit, a tick or the turn of proving comes.
-    std::int64_t nbMoves = std::min({nbWorkers * searchers_->movesPerRound(), iterationsLeft,
-                                     context_.parameters.iterationsBetweenTicks - sinceTick});
-    if (!isProvingExhausted_) nbMoves = std::min(nbMoves, searchLeft_);
-    const std::int64_t share = nbMoves / nbWorkers;
-    const std::int64_t rest = nbMoves % nbWorkers;
-    team_.start(static_cast<int>(share > 0 ? nbWorkers : rest), [&, share, rest](int k) {
-        searchers_->run(k, share + (k < rest ? 1 : 0), context_.stopSignal.workersHalt(),
-                        context_.solution.claimed());
-    });
-    awaitJob();
-    searchers_->addTo(context_.statistics);
-    searchers_->share(context_.solution);
-    if (!isProvingExhausted_) searchLeft_ -= nbMoves;
 }
 
 void SolveRun::awaitJob() {

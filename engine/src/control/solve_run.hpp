@@ -4,14 +4,13 @@
 #include <optional>
 #include <vector>
 
-#include "control/paced_thread.hpp"
 #include "control/parameters.hpp"
+#include "control/schedule.hpp"
 #include "control/search_team.hpp"
 #include "control/solution.hpp"
 #include "control/statistics.hpp"
 #include "control/stop_signal.hpp"
 #include "control/worker_team.hpp"
-#include "prove/prepare.hpp"
 
 namespace engine {
 
@@ -29,10 +28,11 @@ struct RunContext {
 
 /// One call of ls_solve: proves and searches by turns, through the phases in order.
 ///
-/// There is one proof, which goes on in each turn from where it was held. The turns are measured in
-/// iterations, and what kind of proof it is decides the shares; the clock decides nothing but the
-/// end. The solve thread itself only waits, ticks and keeps the best point; the work is done by the
-/// workers. An exception of a worker leaves run() after all workers have come to rest.
+/// The schedule says whose turns come next, one on each worker; a round of them takes some
+/// milliseconds, measured in work. Between rounds points and bounds are exchanged. The clock
+/// decides nothing but the end. The solve thread itself only waits, ticks and keeps the best point;
+/// the work is done by the workers. An exception of a worker leaves run() after all workers have
+/// come to rest.
 class SolveRun {
 public:
     explicit SolveRun(RunContext context);
@@ -54,18 +54,18 @@ private:
     [[nodiscard]] bool isLimitReached(const Phase& phase) const;
     [[nodiscard]] std::int64_t iterationsLeft(const Phase& phase) const;
 
-    void prove(std::int64_t iterationsLeft);
-    void startProof();
-    void planNextTurn();
-    /// Takes over what the proof has found out, while it is held.
-    void acceptProof();
-    /// Has the proof end with what it has in hand.
-    void concludeProof();
+    /// One round of turns, `iterations` at most but for larger pieces.
+    void runRound(std::int64_t iterations);
+    void openStage();
+    void tellMethods();
+    /// Takes over what a method has found out, while it is held.
+    void accept(Method& method);
+    void acceptOptimum(Incumbent claimed);
+    /// Has the methods end with what they have in hand.
+    void concludeMethods();
+    void makeSearchers();
     /// Makes the current point rest less on the tolerance.
     void polish();
-    void acceptOptimum(Incumbent claimed);
-    void search(std::int64_t iterationsLeft);
-    void makeSearchers();
 
     /// Waits for the job under way, ticks meanwhile, and halts it at the deadline.
     void awaitJob();
@@ -82,15 +82,12 @@ private:
     std::int64_t phaseStartIterations_ = 0;
     std::int64_t lastTickIterations_ = 0;
 
-    std::int64_t effort_;              ///< of the next turn of proving, in operand visits
-    bool isProvingExhausted_ = false;  ///< more effort would prove no more
-    std::int64_t searchLeft_ = 0;      ///< moves before the next turn of proving
-    std::vector<Interval> domain_;     ///< [nbDecisions] as tightened by proving
+    std::int64_t workToCount_ = 0;  ///< of methods, not yet a whole iteration
+    std::vector<Interval> domain_;  ///< [nbDecisions] as tightened by the methods
 
     std::optional<SearchTeam> searchers_;
-    WorkerTeam team_;  ///< its threads end before what they work on
-    std::optional<Proof> proof_;
-    std::optional<PacedThread> proofThread_;  ///< last: works on the proof, asks the team
+    WorkerTeam team_;    ///< its threads end before what they work on
+    Schedule schedule_;  ///< last: its threads ask the team
 };
 
 }  // namespace engine

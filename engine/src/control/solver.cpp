@@ -5,8 +5,8 @@
 
 #include "control/description.hpp"
 #include "control/solve_run.hpp"
+#include "methods/propagation.hpp"
 #include "model/extended_precision.hpp"
-#include "prove/prepare.hpp"
 
 namespace engine {
 

@@ -44,6 +44,11 @@ Value nearestValue(Value wanted, const Interval& domain, bool discrete) {
     return Value::ofInt(static_cast<std::int64_t>(clamped));
 }
 
+Value valueFor(const ClosedModel& model, DecisionIndex d, double value) {
+    return model.isDiscrete(d) ? Value::ofInt(static_cast<std::int64_t>(value))
+                               : Value::ofDouble(value);
+}
+
 Interval domainFromBounds(Value lower, Value upper, bool discrete) {
     if (!discrete) return {lower.asDouble(), upper.asDouble()};
     const Interval domain{std::max(ceilingOf(lower), smallestInteger),

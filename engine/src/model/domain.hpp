@@ -12,6 +12,10 @@ namespace engine {
 /// always has a readable value.
 Value nearestValue(Value wanted, const Interval& domain, bool discrete);
 
+/// `value` in the form that decision `d` takes: an integer, which `value` is then, for booleans and
+/// integers.
+Value valueFor(const ClosedModel& model, DecisionIndex d, double value);
+
 /// Domain of a decision from its bound constants.
 ///
 /// @param discrete  bounds are rounded inward to integers of the 64-bit range that a double holds

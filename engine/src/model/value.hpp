@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "model/tolerances.hpp"
+
 namespace engine {
 
 /// A 64-bit integer or a double. Integer arithmetic that would overflow yields a double
@@ -40,9 +42,5 @@ private:
     };
     bool isInt_ = true;
 };
-
-/// The tolerance within which relations between doubles hold: absolute, and relative to the larger
-/// side in absolute value.
-constexpr double relationTolerance = 1e-6;
 
 }  // namespace engine

@@ -4,8 +4,8 @@
 #include <span>
 #include <vector>
 
+#include "evaluate/pace.hpp"
 #include "nonlinear/nonlinear_program.hpp"
-#include "prove/pace.hpp"
 
 namespace engine {
 

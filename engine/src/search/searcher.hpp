@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "evaluate/judge.hpp"
+#include "evaluate/incumbent.hpp"
 #include "model/closed_model.hpp"
 
 namespace engine {
@@ -20,14 +20,6 @@ struct SearchStatistics {
     std::int64_t iterations = 0;
     std::int64_t accepted = 0;
     std::int64_t improving = 0;
-};
-
-/// Best point of a searcher, as judged by `judge`.
-struct Incumbent {
-    Point point;
-    Verdict verdict;
-    /// Weighted violation by the searcher's own measure; orders infeasible points, 0 if feasible.
-    double violation = 0.0;
 };
 
 /// One thread's local search: weighted constraint violation and objectives, incremental

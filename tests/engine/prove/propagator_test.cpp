@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/prove/random_models.hpp"
-#include "prove/prepare.hpp"
+#include "methods/propagation.hpp"
 
 namespace engine {
 namespace {

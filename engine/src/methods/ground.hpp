@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <utility>
+
+#include "linear/linear_model.hpp"
+#include "model/closed_model.hpp"
+#include "prove/propagator.hpp"
+
+namespace engine {
+
+/// What the methods of one solve share. Methods of one stage only read it while they run.
+struct Ground {
+    /// @param closed  outlives this.
+    /// @param from    the starting point.
+    Ground(const ClosedModel& closed, Point from, int seedOfSolve)
+        : model(closed), start(std::move(from)), seed(seedOfSolve), propagator(closed) {}
+
+    const ClosedModel& model;
+    /// The starting point; moved into the tightened domains once there are any.
+    Point start;
+    int seed;
+    /// Ranges at the root: started without conflict when the first stage has ended. Who branches
+    /// works on a copy.
+    Propagator propagator;
+
+    /// What the linear view says of the model: linear when nothing in it is curved. Made when first
+    /// asked, by the stage's choice of methods. @return null: there is none.
+    [[nodiscard]] const LinearModel* linearModel();
+    /// Hands it over, to the one method that works on it.
+    [[nodiscard]] LinearModel takeLinearModel() { return *std::exchange(linear_, std::nullopt); }
+
+private:
+    std::optional<LinearModel> linear_;
+    bool isLinearKnown_ = false;
+};
+
+}  // namespace engine

@@ -1,0 +1,45 @@
+#include "methods/method_list.hpp"
+
+#include <utility>
+
+#include "back_ends/exact_back_end.hpp"
+#include "back_ends/nonlinear_back_end.hpp"
+#include "methods/enumeration.hpp"
+#include "methods/linear.hpp"
+#include "methods/outer_approximation.hpp"
+#include "methods/propagation.hpp"
+#include "methods/trivial_closing.hpp"
+
+namespace engine {
+namespace {
+
+template <typename... Methods>
+Stage stageOf(Methods... methods) {
+    Stage stage;
+    (stage.push_back(std::move(methods)), ...);
+    return stage;
+}
+
+}  // namespace
+
+std::vector<Stage> makeStages(Ground& ground, bool withExactBackEnds) {
+    std::vector<Stage> stages;
+    stages.push_back(stageOf(makePropagation(ground)));
+    stages.push_back(stageOf(makeTrivialClosing(ground)));
+    stages.push_back(stageOf(makeEnumeration(ground, smallSpace)));
+    if (withExactBackEnds) {
+        stages.push_back(
+            stageOf(makeSimplex(ground), makeBranchAndCut(ground), makeOuterApproximation(ground)));
+    }
+    stages.push_back(stageOf(makeEnumeration(ground, largestSpace)));
+    return stages;
+}
+
+std::string backEndNames() {
+    std::string names(exactBackEndName());
+    const std::string_view nonlinear = nonlinearBackEndName();
+    if (!names.empty() && !nonlinear.empty()) names += ", ";
+    return names.append(nonlinear);
+}
+
+}  // namespace engine
