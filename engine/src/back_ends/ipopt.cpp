@@ -125,8 +125,7 @@ public:
         lock_.unlock();
         bool goesOn = false;
         try {
-            const std::int64_t steps = 1 + problem_.workPerIteration() / settings_.visitsPerStep;
-            goesOn = settings_.pace.spend(steps) && !settings_.pace.mustEnd();
+            goesOn = settings_.pace.spend(problem_.workPerIteration()) && !settings_.pace.mustEnd();
         } catch (...) {
             exception_ = std::current_exception();
         }

@@ -134,19 +134,6 @@ bool Enumeration::run() {
     return complete;
 }
 
-/// Product of the sizes of the domains that matter, as propagation left them; infinity when a
-/// float decision that matters is not fixed.
-double sizeOfSpace(const ClosedModel& model, const Propagator& propagator) {
-    double size = 1.0;
-    for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
-        const Interval i = propagator.domainOf(d);
-        if (i.lower == i.upper || !isUsed(model, d)) continue;
-        if (!model.isDiscrete(d)) return infinity;
-        size *= i.upper - i.lower + 1.0;
-    }
-    return size;
-}
-
 class EnumerationMethod final : public Method {
 public:
     EnumerationMethod(Ground& ground, double largest) : Method(ground), largest_(largest) {}
@@ -177,6 +164,17 @@ void EnumerationMethod::run(Pace& pace) {
 
 std::unique_ptr<Method> makeEnumeration(Ground& ground, double largest) {
     return std::make_unique<EnumerationMethod>(ground, largest);
+}
+
+double sizeOfSpace(const ClosedModel& model, const Propagator& propagator) {
+    double size = 1.0;
+    for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
+        const Interval i = propagator.domainOf(d);
+        if (i.lower == i.upper || !isUsed(model, d)) continue;
+        if (!model.isDiscrete(d)) return infinity;
+        size *= i.upper - i.lower + 1.0;
+    }
+    return size;
 }
 
 bool cannotImprove(const ClosedModel& model, const Propagator& propagator,

@@ -18,6 +18,10 @@ constexpr double largestSpace = 2e6;
 /// @param largest  number of points that it takes on, after propagation.
 std::unique_ptr<Method> makeEnumeration(Ground& ground, double largest);
 
+/// Product of the sizes of the domains that matter, as propagation left them; infinity when a
+/// float decision that matters is not fixed.
+double sizeOfSpace(const ClosedModel& model, const Propagator& propagator);
+
 /// Whether no point inside the propagator's ranges can be better than the incumbent.
 bool cannotImprove(const ClosedModel& model, const Propagator& propagator,
                    const FeasibleIncumbent& incumbent);

@@ -6,6 +6,7 @@
 #include "back_ends/nonlinear_back_end.hpp"
 #include "methods/enumeration.hpp"
 #include "methods/linear.hpp"
+#include "methods/local_solves.hpp"
 #include "methods/outer_approximation.hpp"
 #include "methods/propagation.hpp"
 #include "methods/trivial_closing.hpp"
@@ -28,8 +29,10 @@ std::vector<Stage> makeStages(Ground& ground, bool withExactBackEnds) {
     stages.push_back(stageOf(makeTrivialClosing(ground)));
     stages.push_back(stageOf(makeEnumeration(ground, smallSpace)));
     if (withExactBackEnds) {
-        stages.push_back(
-            stageOf(makeSimplex(ground), makeBranchAndCut(ground), makeOuterApproximation(ground)));
+        stages.push_back(stageOf(makeLocalSolves(ground), makeSimplex(ground),
+                                 makeBranchAndCut(ground), makeOuterApproximation(ground)));
+    } else {
+        stages.push_back(stageOf(makeLocalSolves(ground)));
     }
     stages.push_back(stageOf(makeEnumeration(ground, largestSpace)));
     return stages;

@@ -20,9 +20,8 @@ struct NonlinearProblem {
 };
 
 struct NonlinearSettings {
-    Pace& pace;  ///< told of every iteration, in steps of `visitsPerStep` operands
-    std::int64_t visitsPerStep = 250;
-    int mostIterations = 500;
+    Pace& pace;  ///< told of every iteration
+    int mostIterations = 1000;
     double tolerance = 1e-8;  ///< of rows, absolute, and of optimality conditions, scaled
     /// The start is near the answer: it is not moved far into the bounds' interior.
     bool isStartGood = false;
