@@ -184,7 +184,8 @@ void setOptions(Ipopt::OptionsList& options, const LocalProblem& problem,
     options.SetNumericValue("acceptable_constr_viol_tol", 10.0 * settings.tolerance);
     options.SetNumericValue("nlp_lower_bound_inf", -0.9 * ipoptInfinity);
     options.SetNumericValue("nlp_upper_bound_inf", 0.9 * ipoptInfinity);
-    options.SetStringValue("honor_original_bounds", "yes");
+    // Points outside by a hair would have to be moved back, away from steep equations.
+    options.SetNumericValue("bound_relax_factor", 0.0);
     if (!problem.hasHessian()) options.SetStringValue("hessian_approximation", "limited-memory");
     if (settings.isBarrierAdaptive) options.SetStringValue("mu_strategy", "adaptive");
     if (settings.isStartGood) {
