@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "back_ends/exact_back_end.hpp"
-#include "prove/range.hpp"
+#include "operators/range.hpp"
 
 namespace engine {
 

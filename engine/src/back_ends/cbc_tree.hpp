@@ -9,7 +9,7 @@
 
 #include "back_ends/cbc_watch.hpp"
 #include "back_ends/exact_back_end.hpp"
-#include "prove/range.hpp"
+#include "operators/range.hpp"
 
 namespace engine {
 

@@ -9,7 +9,7 @@
 #include <gmpxx.h>
 
 #include "back_ends/gmp_elimination.hpp"
-#include "prove/range.hpp"
+#include "operators/range.hpp"
 
 namespace engine {
 namespace {

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "evaluate/operators.hpp"
+#include "operators/operator_row.hpp"
 
 namespace engine {
 namespace {
@@ -154,19 +154,11 @@ void Evaluator::storeDistance(std::int32_t logicIndex, const Distance& distance)
     if (entry >= 0) ledger_.setViolation(index(entry), distance.toTrue);
 }
 
-Distance Evaluator::computeDistance(ExpressionIndex e) {
-    const ls_operator op = plan_.model().operatorOf(e);
-    const auto operands = plan_.model().operandsOf(e);
-    if (isRelation(op)) {
-        return distanceOfRelation(op, value_[index(operands[0])], value_[index(operands[1])],
-                                  plan_.scaleOf(plan_.logicOf(e)));
-    }
-    if (!isConnective(op)) return distanceOfNumber(value_[index(e)]);
-    operandDistances_.clear();
-    for (const ExpressionIndex x : operands) {
-        operandDistances_.push_back(distance_[index(plan_.logicOf(x))]);
-    }
-    return distanceOfConnective(op, operandDistances_);
+Distance Evaluator::computeDistance(ExpressionIndex e) const {
+    const ClosedModel& model = plan_.model();
+    const double scale = plan_.scaleOf(plan_.logicOf(e));
+    return rowOf(model.operatorOf(e))
+        .distance({model, e, value_, distance_, plan_.logicPositions(), scale});
 }
 
 Value Evaluator::computeAbsorbed(ExpressionIndex e) const {
@@ -176,7 +168,7 @@ Value Evaluator::computeAbsorbed(ExpressionIndex e) const {
 ExactSum Evaluator::computeSum(ExpressionIndex e) const {
     ExactSum sum;
     for (std::size_t k = 0; k < plan_.model().operandsOf(e).size(); ++k) {
-        const Plan::Term term = plan_.termOf(e, k);
+        const Term term = plan_.termOf(e, k);
         sum.add(multiply(value_[index(term.expression)], term.factor));
     }
     return sum;

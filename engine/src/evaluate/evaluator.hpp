@@ -5,12 +5,12 @@
 #include <utility>
 #include <vector>
 
-#include "evaluate/distance.hpp"
-#include "evaluate/exact_sum.hpp"
 #include "evaluate/judge.hpp"
 #include "evaluate/plan.hpp"
 #include "evaluate/violation_ledger.hpp"
 #include "model/closed_model.hpp"
+#include "operators/distance.hpp"
+#include "operators/exact_sum.hpp"
 
 namespace engine {
 
@@ -62,6 +62,8 @@ public:
         const auto i = static_cast<std::size_t>(e);
         return plan_.isAbsorbed(e) ? computeAbsorbed(e) : value_[i];
     }
+    /// Of all expressions, those of absorbed products excepted.
+    [[nodiscard]] std::span<const Value> values() const { return value_; }
     [[nodiscard]] Value decisionValue(DecisionIndex d) const {
         return value_[static_cast<std::size_t>(
             plan_.model().decision[static_cast<std::size_t>(d)])];
@@ -89,7 +91,7 @@ private:
 
     [[nodiscard]] Value computeAbsorbed(ExpressionIndex e) const;
     [[nodiscard]] ExactSum computeSum(ExpressionIndex e) const;
-    [[nodiscard]] Distance computeDistance(ExpressionIndex e);
+    [[nodiscard]] Distance computeDistance(ExpressionIndex e) const;
     void touch(ExpressionIndex e);
     void recompute(ExpressionIndex e);
     void writeValue(ExpressionIndex e, Value v);
@@ -120,8 +122,6 @@ private:
     std::vector<std::uint64_t> sumSegment_;
     std::vector<std::uint64_t> distanceSegment_;
     std::uint64_t segment_ = 1;
-
-    std::vector<Distance> operandDistances_;  ///< scratch
 };
 
 }  // namespace engine

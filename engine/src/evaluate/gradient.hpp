@@ -1,10 +1,8 @@
 #pragma once
 
 #include <span>
-#include <utility>
-#include <vector>
 
-#include "model/closed_model.hpp"
+#include "operators/adjoints.hpp"
 
 namespace engine {
 
@@ -15,16 +13,14 @@ namespace engine {
 /// relations, logic and rounding have derivative 0, and so has what is not finite.
 class Gradient {
 public:
-    explicit Gradient(const ClosedModel& model) : model_(model), adjoint_(model.op.size(), 0.0) {}
+    explicit Gradient(const ClosedModel& model) : model_(model), adjoints_(model.op.size()) {}
 
     /// Forgets all weights. O(expressions).
-    void clear();
-    void addWeight(ExpressionIndex e, double weight) {
-        adjoint_[static_cast<std::size_t>(e)] += weight;
-    }
+    void clear() { adjoints_.clear(); }
+    void addWeight(ExpressionIndex e, double weight) { adjoints_.add(e, weight); }
     /// Whether no derivative had to be left out, because it was not finite, since the last
     /// question.
-    bool takeCompleteness() { return std::exchange(isComplete_, true); }
+    bool takeCompleteness() { return adjoints_.takeCompleteness(); }
     /// Carries the weights to the decisions. @param values  of all expressions. O(operands).
     void accumulate(std::span<const Value> values);
     /// The same along `cone` alone: the weighted expressions with all that they depend on, users
@@ -33,26 +29,16 @@ public:
         for (const ExpressionIndex e : cone) pass(e, values);
     }
     /// The derivative that has arrived at `e`, forgotten afterwards.
-    double take(ExpressionIndex e) {
-        return std::exchange(adjoint_[static_cast<std::size_t>(e)], 0.0);
-    }
+    double take(ExpressionIndex e) { return adjoints_.take(e); }
     [[nodiscard]] double byDecision(DecisionIndex d) const {
-        return adjoint_[static_cast<std::size_t>(model_.decision[static_cast<std::size_t>(d)])];
+        return adjoints_.of(model_.decision[static_cast<std::size_t>(d)]);
     }
 
 private:
     void pass(ExpressionIndex e, std::span<const Value> values);
-    void spread(ExpressionIndex e, double weight, std::span<const Value> values);
-    void spreadProduct(std::span<const ExpressionIndex> x, double weight,
-                       std::span<const Value> values);
-    void spreadScalarProduct(std::span<const ExpressionIndex> arrays, double weight,
-                             std::span<const Value> values);
-    void give(ExpressionIndex e, double weight);
 
     const ClosedModel& model_;
-    std::vector<double> adjoint_;
-    bool isComplete_ = true;
-    std::vector<double> suffix_;  ///< scratch: products of the last operands
+    Adjoints adjoints_;
 };
 
 }  // namespace engine

@@ -4,14 +4,10 @@
 #include <cassert>
 #include <cmath>
 
-#include "evaluate/operators.hpp"
+#include "operators/operator_row.hpp"
 
 namespace engine {
 namespace {
-
-bool isNan(Value v) {
-    return !v.isInt() && std::isnan(v.asDouble());
-}
 
 /// 1: `a` is better, -1: `b` is, 0: equally good.
 int compareObjective(bool maximise, Value a, Value b) {

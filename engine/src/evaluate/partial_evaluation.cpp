@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "evaluate/operators.hpp"
+#include "operators/operator_row.hpp"
 
 namespace engine {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "evaluate/distance.hpp"
+#include "operators/operator_row.hpp"
 
 namespace engine {
 namespace {
@@ -111,15 +111,6 @@ void Plan::findScales() {
     for (const ExpressionIndex e : logic_) {
         scale_.push_back(isRelation(model_.operatorOf(e)) ? scaleOfRelation(e) : 1.0);
     }
-}
-
-Plan::Term Plan::termOf(ExpressionIndex e, std::size_t k) const {
-    const ExpressionIndex x = model_.operandsOf(e)[k];
-    if (isAbsorbed_[index(x)] == 0) return {x, Value::ofInt(1)};
-    const auto factors = model_.operandsOf(x);
-    const bool constantFirst = model_.operatorOf(factors[0]) == LS_OP_CONST;
-    const ExpressionIndex constant = factors[constantFirst ? 0 : 1];
-    return {factors[constantFirst ? 1 : 0], model_.constantValue[index(constant)]};
 }
 
 void Plan::addLinksOf(ExpressionIndex user, std::vector<std::size_t>& next) {

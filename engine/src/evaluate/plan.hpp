@@ -4,7 +4,7 @@
 #include <span>
 #include <vector>
 
-#include "model/closed_model.hpp"
+#include "operators/inverse.hpp"
 
 namespace engine {
 
@@ -22,11 +22,6 @@ public:
         bool isTerm;   ///< of the sum `target`, with `factor`
         Value factor;  ///< integer 1 unless a product was absorbed
     };
-    /// An operand of a sum, absorbed products resolved.
-    struct Term {
-        ExpressionIndex expression;
-        Value factor;
-    };
 
     explicit Plan(const ClosedModel& model);
 
@@ -43,6 +38,8 @@ public:
     [[nodiscard]] std::int32_t nbSums() const { return nbSums_; }
     /// Position among the expressions with a distance, or -1.
     [[nodiscard]] std::int32_t logicOf(ExpressionIndex e) const { return logicIndex_[index(e)]; }
+    /// [nbExpressions] the same of all.
+    [[nodiscard]] std::span<const std::int32_t> logicPositions() const { return logicIndex_; }
     /// Expressions with a distance by their position.
     [[nodiscard]] const std::vector<ExpressionIndex>& logic() const { return logic_; }
     /// Unit of the relation's gap: the size of the coefficients in it, 1 for other expressions.
@@ -62,8 +59,13 @@ public:
     [[nodiscard]] bool isAbsorbed(ExpressionIndex e) const { return isAbsorbed_[index(e)] != 0; }
     /// No decision can change the value.
     [[nodiscard]] bool isFixed(ExpressionIndex e) const { return isFixed_[index(e)] != 0; }
+    /// [nbExpressions] each, 0 or 1.
+    [[nodiscard]] std::span<const std::uint8_t> absorbed() const { return isAbsorbed_; }
+    [[nodiscard]] std::span<const std::uint8_t> fixed() const { return isFixed_; }
     /// Operand `k` of the sum `e`.
-    [[nodiscard]] Term termOf(ExpressionIndex e, std::size_t k) const;
+    [[nodiscard]] Term termOf(ExpressionIndex e, std::size_t k) const {
+        return engine::termOf(model_, isAbsorbed_, e, k);
+    }
 
 private:
     static std::size_t index(ExpressionIndex e) { return static_cast<std::size_t>(e); }

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <vector>
 
-#include "prove/range.hpp"
+#include "operators/range.hpp"
 
 namespace engine {
 namespace {

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "linear/linear_model.hpp"
-#include "prove/curvature.hpp"
-#include "prove/propagator.hpp"
+#include "linear/curvature.hpp"
+#include "evaluate/propagator.hpp"
 
 namespace engine {
 

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "linear/linear_forms.hpp"
-#include "prove/forward.hpp"
+#include "operators/operator_row.hpp"
 
 namespace engine {
 namespace {
@@ -78,20 +78,16 @@ bool LinearView::addConstraint(ExpressionIndex e) {
         }
         return true;
     }
-    switch (model_.operatorOf(e)) {
-        case LS_OP_AND: {
-            const auto operands = model_.operandsOf(e);
-            pending_.insert(pending_.end(), operands.rbegin(), operands.rend());
-            return true;
-        }
-        case LS_OP_OR:
-            return addAlternatives(e);
-        default: {
-            const std::optional<Row> row = rowOf(e);
-            if (row) forms_.addRow(row->form, row->lower, row->upper, row->tolerance);
-            return row.has_value();
-        }
+    const LogicForm form = engine::rowOf(model_.operatorOf(e)).logic;
+    if (form == LogicForm::All) {
+        const auto operands = model_.operandsOf(e);
+        pending_.insert(pending_.end(), operands.rbegin(), operands.rend());
+        return true;
     }
+    if (form == LogicForm::Any) return addAlternatives(e);
+    const std::optional<Row> row = rowOf(e);
+    if (row) forms_.addRow(row->form, row->lower, row->upper, row->tolerance);
+    return row.has_value();
 }
 
 /// The row that says that `e` holds: a relation, or a binary or its negation that must be 1.
@@ -105,16 +101,17 @@ std::optional<Row> LinearView::rowOf(ExpressionIndex e) {
 }
 
 std::optional<Row> LinearView::rowOfRelation(ExpressionIndex e) {
-    const ls_operator op = model_.operatorOf(e);
-    const bool isStrict = op == LS_OP_GT || op == LS_OP_LT;
-    if (!isStrict && op != LS_OP_EQ && op != LS_OP_GEQ && op != LS_OP_LEQ) return std::nullopt;
-    const bool isExact = isExactRelation(model_, e, propagator_.ranges());
+    if (!isRelation(model_.operatorOf(e))) return std::nullopt;
+    const Relation relation = relationOf(model_.operatorOf(e));
+    const bool isEquation = relation.isEquation();
+    if (relation.direction == 0 && !isEquation) return std::nullopt;
+    const bool isExact = RangeOperands(model_, e, propagator_.ranges()).areExactIntegers();
     // Between doubles the solutions of a strict relation are not closed.
-    if (isStrict && !isExact) return std::nullopt;
+    if (relation.isStrict && !isExact) return std::nullopt;
     const auto sides = model_.operandsOf(e);
-    const double step = isStrict ? 1.0 : 0.0;
-    const bool isUpper = op == LS_OP_LEQ || op == LS_OP_LT || op == LS_OP_EQ;
-    const bool isLower = op == LS_OP_GEQ || op == LS_OP_GT || op == LS_OP_EQ;
+    const double step = relation.isStrict ? 1.0 : 0.0;
+    const bool isUpper = isEquation || relation.direction < 0;
+    const bool isLower = isEquation || relation.direction > 0;
     boundFrom((isUpper ? 1 : 0) - (isLower ? 1 : 0));
     std::optional<LinearForm> form = forms_.differenceOf(sides[0], sides[1]);
     if (!form) return std::nullopt;

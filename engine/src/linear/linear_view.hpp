@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "linear/linear_model.hpp"
-#include "prove/propagator.hpp"
+#include "evaluate/propagator.hpp"
 
 namespace engine {
 

@@ -3,7 +3,7 @@
 #include <cfloat>
 #include <cmath>
 
-#include "prove/range.hpp"
+#include "operators/range.hpp"
 
 namespace engine {
 

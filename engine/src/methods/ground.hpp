@@ -5,7 +5,7 @@
 
 #include "linear/linear_model.hpp"
 #include "model/closed_model.hpp"
-#include "prove/propagator.hpp"
+#include "evaluate/propagator.hpp"
 
 namespace engine {
 

@@ -5,7 +5,7 @@
 
 #include "back_ends/rational_certificate.hpp"
 #include "methods/far_bounds.hpp"
-#include "prove/range.hpp"
+#include "operators/range.hpp"
 
 namespace engine {
 namespace {

@@ -1,7 +1,7 @@
 #include "methods/method.hpp"
 
 #include <algorithm>
-#include "prove/range.hpp"
+#include "operators/range.hpp"
 
 namespace engine {
 

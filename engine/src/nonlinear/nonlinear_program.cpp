@@ -5,7 +5,7 @@
 #include <limits>
 #include <utility>
 
-#include "evaluate/distance.hpp"
+#include "operators/relation.hpp"
 
 namespace engine {
 namespace {
@@ -43,7 +43,7 @@ void NonlinearProgram::addRows() {
         const auto x = model_.operandsOf(e);
         const ls_operator op = model_.operatorOf(e);
         if (isRelation(op)) {
-            addRow(isTrue ? op : negated(op), x[0], x[1]);
+            addRow(isTrue ? op : relationOf(op).negation, x[0], x[1]);
         } else if (op == LS_OP_NOT) {
             open.push_back({x[0], !isTrue});
         } else if (op == (isTrue ? LS_OP_AND : LS_OP_OR)) {

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "evaluate/operators.hpp"
+#include "operators/operator_row.hpp"
 
 namespace engine {
 namespace {

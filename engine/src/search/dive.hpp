@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "search/objective_cut.hpp"
-#include "search/random.hpp"
+#include "operators/random.hpp"
 #include "search/restoration.hpp"
 
 namespace engine {

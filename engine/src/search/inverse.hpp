@@ -1,25 +1,12 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "evaluate/evaluator.hpp"
-#include "search/random.hpp"
+#include "operators/inverse.hpp"
 
 namespace engine {
-
-/// What an expression is to become: a truth value or a number.
-struct Goal {
-    bool isTruth;
-    bool truth;
-    double number;
-    int direction;  ///< -1: at most `number`, 1: at least, 0: as near as possible
-
-    static Goal ofTruth(bool truth) { return {true, truth, 0.0, 0}; }
-    static Goal ofNumber(double number, int direction) { return {false, false, number, direction}; }
-};
 
 /// A decision and the value it is to take.
 struct DecisionMove {
@@ -40,8 +27,8 @@ public:
     InverseWalk(const Evaluator& evaluator, const std::vector<Interval>& domain, Random& random)
         : evaluator_(evaluator),
           model_(evaluator.plan().model()),
-          domain_(domain),
-          random_(random) {}
+          surroundings_{evaluator.values(), evaluator.plan().fixed(), evaluator.plan().absorbed(),
+                        domain, random} {}
 
     /// @return nothing when the path chosen leads nowhere or the decision stands there already.
     std::optional<DecisionMove> propose(ExpressionIndex e, Goal goal);
@@ -51,61 +38,11 @@ public:
     [[nodiscard]] Value valueInDomain(DecisionIndex d, double number, int direction) const;
 
 private:
-    struct Step {
-        ExpressionIndex operand;
-        Goal goal;
-    };
-    using MaybeStep = std::optional<Step>;
-
     MaybeStep stepFrom(ExpressionIndex e, const Goal& goal);
-    MaybeStep stepOutOfNan(ExpressionIndex e);
-
-    // Logic (inverse_logic.cpp).
-    MaybeStep throughRelation(ExpressionIndex e, bool truth);
-    MaybeStep throughConnective(ExpressionIndex e, bool truth);
-    MaybeStep throughIf(ExpressionIndex e, const Goal& goal);
-
-    // Arithmetic (inverse_arithmetic.cpp); `t` is the number wanted.
-    MaybeStep throughSum(ExpressionIndex e, const Goal& goal);
-    MaybeStep throughDifference(ExpressionIndex e, const Goal& goal);
-    MaybeStep throughProduct(ExpressionIndex e, const Goal& goal);
-    MaybeStep throughExtreme(ExpressionIndex e, const Goal& goal, int sign);
-    MaybeStep throughDistance(ExpressionIndex e, double t);
-    MaybeStep throughQuotient(ExpressionIndex e, double t);
-    MaybeStep throughElement(ExpressionIndex e, const Goal& goal);
-    MaybeStep throughScalarProduct(ExpressionIndex e, double t);
-    MaybeStep throughPower(ExpressionIndex e, const Goal& goal);
-    MaybeStep throughFunction(ExpressionIndex e, const Goal& goal);
-
-    [[nodiscard]] double number(ExpressionIndex e) const {
-        return evaluator_.valueOf(e).asDouble();
-    }
-    [[nodiscard]] bool isFixed(ExpressionIndex e) const { return evaluator_.plan().isFixed(e); }
-    [[nodiscard]] bool hasRoom(ExpressionIndex e, double wanted) const;
-    /// The `m`-th root that keeps the sign of the current value, with the direction turned along.
-    [[nodiscard]] Goal rootGoal(double current, double m, const Goal& goal) const;
-    /// A random operand for which `accepts` holds, scanning a bounded number of them.
-    template <typename Predicate>
-    std::optional<ExpressionIndex> anyOperand(std::span<const ExpressionIndex> operands,
-                                              Predicate accepts);
 
     const Evaluator& evaluator_;
     const ClosedModel& model_;
-    const std::vector<Interval>& domain_;
-    Random& random_;
+    InverseSurroundings surroundings_;
 };
-
-template <typename Predicate>
-std::optional<ExpressionIndex> InverseWalk::anyOperand(std::span<const ExpressionIndex> operands,
-                                                       Predicate accepts) {
-    constexpr std::size_t longestScan = 64;
-    if (operands.empty()) return std::nullopt;
-    std::size_t k = random_.below(operands.size());
-    for (std::size_t n = 0; n < operands.size() && n < longestScan; ++n) {
-        if (!isFixed(operands[k]) && accepts(operands[k])) return operands[k];
-        if (++k == operands.size()) k = 0;
-    }
-    return std::nullopt;
-}
 
 }  // namespace engine

@@ -12,7 +12,7 @@
 #include "search/dive.hpp"
 #include "search/inverse.hpp"
 #include "search/objective_cut.hpp"
-#include "search/random.hpp"
+#include "operators/random.hpp"
 #include "search/searcher.hpp"
 
 namespace engine {

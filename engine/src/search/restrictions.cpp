@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "evaluate/distance.hpp"
-#include "evaluate/operators.hpp"
+#include "operators/operator_row.hpp"
 
 namespace engine {
 namespace {
@@ -44,15 +43,14 @@ private:
 };
 
 void Collection::expand(const Wanted& wanted) {
-    const ls_operator op = model_.operatorOf(wanted.expression);
     const auto operands = model_.operandsOf(wanted.expression);
-    if (isRelation(op)) {
-        add(wanted);
-    } else if (op == LS_OP_NOT) {
-        open_.push_back({operands[0], !wanted.truth});
-    } else if ((op == LS_OP_AND && wanted.truth) || (op == LS_OP_OR && !wanted.truth)) {
+    const LogicForm form = rowOf(model_.operatorOf(wanted.expression)).logic;
+    if (form == LogicForm::Relation) return add(wanted);
+    if (form == LogicForm::Not) return open_.push_back({operands[0], !wanted.truth});
+    if (form != LogicForm::All && form != LogicForm::Any) return;
+    if (wanted.truth == (form == LogicForm::All)) {
         for (const ExpressionIndex x : operands) open_.push_back({x, wanted.truth});
-    } else if ((op == LS_OP_AND || op == LS_OP_OR) && !operands.empty()) {
+    } else if (!operands.empty()) {
         const auto cost = [&](ExpressionIndex x) {
             const double margin = evaluator_.distanceOf(plan_.logicOf(x)).margin();
             return wanted.truth ? margin : -margin;
@@ -67,38 +65,19 @@ void Collection::expand(const Wanted& wanted) {
 Restriction restrictionOf(const Plan& plan, const Wanted& wanted, Value left, Value right,
                           double room) {
     const auto sides = plan.model().operandsOf(wanted.expression);
-    const ls_operator asked = plan.model().operatorOf(wanted.expression);
-    const ls_operator op = wanted.truth ? asked : negated(asked);
-    double sign = op == LS_OP_GEQ || op == LS_OP_GT ? -1.0 : 1.0;
-    if (op == LS_OP_NEQ) sign = compare(left, right) > 0 ? -1.0 : 1.0;
-    const bool isStrict = op == LS_OP_LT || op == LS_OP_GT || op == LS_OP_NEQ;
-    const double shift = isStrict ? room * toleranceBetween(left, right) : 0.0;
+    const Relation asked = relationOf(plan.model().operatorOf(wanted.expression));
+    const Relation relation = wanted.truth ? asked : negated(asked);
+    double sign = relation.direction > 0 ? -1.0 : 1.0;
+    if (relation.direction == 0 && relation.isStrict) sign = compare(left, right) > 0 ? -1.0 : 1.0;
+    const double shift = relation.isStrict ? room * toleranceBetween(left, right) : 0.0;
     const double scale = plan.scaleOfRelation(wanted.expression);
-    return {sides[0], sides[1], sign, scale, shift, op == LS_OP_EQ};
+    return {sides[0], sides[1], sign, scale, shift, relation.isEquation()};
 }
 
 void Collection::add(const Wanted& wanted) {
     const auto sides = model_.operandsOf(wanted.expression);
     restrictions_.push_back(restrictionOf(plan_, wanted, evaluator_.valueOf(sides[0]),
                                           evaluator_.valueOf(sides[1]), /*room=*/2.0));
-}
-
-/// The numbers that an operator rounds to the same whole number.
-std::optional<Interval> cellOf(ls_operator op, double whole) {
-    const auto above = [](double d) { return std::nextafter(d, HUGE_VAL); };
-    const auto below = [](double d) { return std::nextafter(d, -HUGE_VAL); };
-    switch (op) {
-        case LS_OP_AT:
-        case LS_OP_FLOOR:
-            return Interval{whole, below(whole + 1.0)};
-        case LS_OP_CEIL:
-            return Interval{above(whole - 1.0), whole};
-        case LS_OP_ROUND:
-            return Interval{whole > 0.0 ? whole - 0.5 : above(whole - 0.5),
-                            whole < 0.0 ? whole + 0.5 : below(whole + 0.5)};
-        default:
-            return std::nullopt;
-    }
 }
 
 }  // namespace
@@ -125,13 +104,13 @@ std::vector<Restriction> guardsAt(const Plan& plan, std::span<const Value> value
                 restrictionOf(plan, {e, valueOf(e).isTrue()}, left, right, /*room=*/1.0));
             continue;
         }
-        const ExpressionIndex rounded = operands.empty() ? e : operands.back();
-        const double whole =
-            op == LS_OP_AT ? std::trunc(valueOf(rounded).asDouble()) : valueOf(e).asDouble();
-        const std::optional<Interval> cell = cellOf(op, whole);
-        if (!cell || valueOf(rounded).isInt()) continue;
+        const auto cellOf = rowOf(op).cell;
+        if (cellOf == nullptr) continue;
+        const ExpressionIndex rounded = operands.back();
+        if (valueOf(rounded).isInt()) continue;
+        const Interval cell = cellOf(valueOf(rounded).asDouble());
         for (const double sign : {1.0, -1.0}) {
-            const double border = sign > 0.0 ? cell->upper : cell->lower;
+            const double border = sign > 0.0 ? cell.upper : cell.lower;
             guards.push_back({rounded, Restriction::nothing, sign, /*scale=*/1.0, -sign * border,
                               /*isEquation=*/false});
         }

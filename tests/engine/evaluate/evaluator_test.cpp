@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <string>
 #include <vector>
 
 #include "engine/model_builder.hpp"
-#include "search/random.hpp"
+#include "engine/prove/model_text.hpp"
+#include "operators/random.hpp"
 
 namespace engine {
 namespace {
@@ -181,30 +183,34 @@ TEST(Evaluator, ALongSumKeepsItsPrecisionAndRecoversFromOverflow) {
 }
 
 TEST(Distance, MeasuresTheWayToATruthValue) {
-    const auto i = [](int v) { return Value::ofInt(v); };
     const struct {
         const char* what;
-        ls_operator op;
-        Value left, right;
+        const char* constraint;  ///< over the integers x = 5 and y = 3, in units of 2
         double toTrue, toFalse;
     } cases[] = {
-        {"an inequality's gap in its scale", LS_OP_LEQ, i(7), i(3), 2.0, 0.0},
-        {"its slack and one more step", LS_OP_LEQ, i(3), i(7), 0.0, 2.5},
-        {"a strict one needs one more", LS_OP_LT, i(3), i(3), 0.5, 0.0},
-        {"an equality from above", LS_OP_EQ, i(5), i(3), 1.0, 0.0},
-        {"from below", LS_OP_EQ, i(3), i(5), 1.0, 0.0},
-        {"a disequality", LS_OP_NEQ, i(3), i(3), 0.5, 0.0},
+        {"an inequality's gap in its scale", "leq(sum(prod(x,2)), 6)", 2.0, 0.0},
+        {"its slack and one more step", "leq(sum(prod(x,2)), 14)", 0.0, 2.5},
+        {"a strict one needs one more", "lt(sum(prod(x,2)), 10)", 0.5, 0.0},
+        {"an equality from above", "eq(sum(prod(x,2)), 8)", 1.0, 0.0},
+        {"from below", "eq(sum(prod(y,2)), 8)", 1.0, 0.0},
+        {"a disequality", "neq(x, 5)", 1.0, 0.0},
+        {"a conjunction adds", "and(leq(x,3), geq(y,6))", 5.0, 0.0},
+        {"a disjunction takes the cheapest", "or(leq(x,3), geq(y,6))", 2.0, 0.0},
+        {"all of it must go", "or(leq(x,7), leq(y,6))", 0.0, 7.0},
+        {"the cheapest flip", "xor(leq(x,3), geq(y,6), leq(x,8))", 0.0, 2.0},
+        {"the other branch costs less", "if(leq(x,4), leq(y,9), leq(x,4))", 1.0, 0.0},
+        {"a number is away from 0 by its size", "not(x)", 5.0, 0.0},
     };
     for (const auto& c : cases) {
-        const Distance distance = distanceOfRelation(c.op, c.left, c.right, 2.0);
+        const ClosedModel model =
+            testing::ModelText(std::string("x: int 0 9; y: int 0 9;") + c.constraint).model;
+        Evaluator evaluator(model);
+        evaluator.reset({Value::ofInt(5), Value::ofInt(3)});
+        const Distance distance =
+            evaluator.distanceOf(evaluator.plan().logicOf(model.constraint[0]));
         EXPECT_DOUBLE_EQ(distance.toTrue, c.toTrue) << c.what;
         EXPECT_DOUBLE_EQ(distance.toFalse, c.toFalse) << c.what;
     }
-    const Distance parts[] = {{2.0, 0.0}, {3.0, 0.0}, {0.0, 4.0}};
-    EXPECT_EQ(distanceOfConnective(LS_OP_AND, parts).toTrue, 5.0);
-    EXPECT_EQ(distanceOfConnective(LS_OP_OR, parts).toFalse, 4.0);
-    EXPECT_EQ(distanceOfConnective(LS_OP_XOR, parts).toFalse, 2.0);
-    EXPECT_EQ(distanceOfConnective(LS_OP_IF, parts).toFalse, 2.0) << "the other branch costs less";
 }
 
 }  // namespace

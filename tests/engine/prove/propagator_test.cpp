@@ -1,4 +1,4 @@
-#include "prove/propagator.hpp"
+#include "evaluate/propagator.hpp"
 
 #include <gtest/gtest.h>
 

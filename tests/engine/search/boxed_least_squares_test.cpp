@@ -5,7 +5,7 @@
 #include <cmath>
 #include <vector>
 
-#include "search/random.hpp"
+#include "operators/random.hpp"
 
 namespace engine {
 namespace {

@@ -12,7 +12,7 @@
 #include "engine/model_builder.hpp"
 #include "engine/prove/random_models.hpp"
 #include "search/polish.hpp"
-#include "search/random.hpp"
+#include "operators/random.hpp"
 
 namespace engine {
 namespace {

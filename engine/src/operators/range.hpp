@@ -75,6 +75,21 @@ inline Range product(const Range& a, const Range& b) {
     return {std::min({p, q, r, s}), std::max({p, q, r, s}), a.mayBeNan || b.mayBeNan};
 }
 
+inline Range negated(const Range& r) {
+    return {-r.upper, -r.lower, r.mayBeNan};
+}
+
+inline Range absolute(const Range& r) {
+    if (r.lower >= 0.0 || r.isEmpty()) return r;
+    if (r.upper <= 0.0) return negated(r);
+    return {0.0, std::max(-r.lower, r.upper), r.mayBeNan};
+}
+
+inline Range square(const Range& r) {
+    const Range a = absolute(r);
+    return {times(a.lower, a.lower), times(a.upper, a.upper), a.mayBeNan};
+}
+
 /// Bounds of numerator / denominator; a denominator that contains 0 leaves NaN possible.
 inline Range quotient(const Range& a, const Range& b) {
     Range q{-infinity, infinity, a.mayBeNan || b.mayBeNan || b.contains(0.0)};
@@ -172,5 +187,22 @@ private:
     bool isIntegral_ = true;
     bool mayBeNan_ = false;
 };
+
+inline Range difference(const Range& a, const Range& b) {
+    RangeSum total;
+    total.add(a);
+    total.add(negated(b));
+    return total.total();
+}
+
+/// The range of a truth value.
+inline Range truth(bool canBeFalse, bool canBeTrue, bool mayBeNan) {
+    return {canBeFalse ? 0.0 : 1.0, canBeTrue ? 1.0 : 0.0, mayBeNan};
+}
+
+/// The range of `not`.
+inline Range negation(const Range& r) {
+    return truth(/*canBeFalse=*/!r.cannotBeTrue(), /*canBeTrue=*/r.contains(0.0), r.mayBeNan);
+}
 
 }  // namespace engine

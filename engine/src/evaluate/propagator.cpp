@@ -1,9 +1,11 @@
-#include "prove/propagator.hpp"
+#include "evaluate/propagator.hpp"
 
+#include <algorithm>
 #include <cassert>
+#include <cmath>
 #include <functional>
 
-#include "prove/forward.hpp"
+#include "operators/operator_row.hpp"
 
 namespace engine {
 namespace {
@@ -29,6 +31,14 @@ bool isSignificant(const Range& before, const Range& after, bool isInteger) {
     const double least = std::max(1e-3 * width, 1e-9 * scale);
     return after.lower - before.lower > least || before.upper - after.upper > least ||
            after.isPoint();
+}
+
+/// All values that `e` can take when its operands stay in their ranges.
+Range imageOf(const ClosedModel& model, ExpressionIndex e, const RangeStore& ranges) {
+    const OperatorRow& row = rowOf(model.operatorOf(e));
+    const RangeOperands x(model, e, ranges);
+    if (row.needsNumbers && x.someIsEmpty()) return {infinity, -infinity, /*mayBeNan=*/true};
+    return row.image(x);
 }
 
 }  // namespace
@@ -132,9 +142,12 @@ void Propagator::visitForward(ExpressionIndex e) {
 }
 
 void Propagator::visitBackward(ExpressionIndex e) {
-    if (ranges_.of(e).mayBeNan) return;
+    const Range own = ranges_.of(e);
+    if (own.mayBeNan) return;
     work_ += static_cast<std::int64_t>(model_.operandsOf(e).size()) + 1;
-    narrowOperands(model_, e, *this);
+    // An infinite result may be an overflow: its operands need not be infinite.
+    if (own.lower == infinity || own.upper == -infinity) return;
+    rowOf(model_.operatorOf(e)).narrowing(NarrowingStep(model_, e, *this));
 }
 
 /// Integer expressions have whole values; the infinite ones beyond 64 bits stay.

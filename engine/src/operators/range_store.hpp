@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "model/closed_model.hpp"
-#include "prove/range.hpp"
+#include "operators/range.hpp"
 
 namespace engine {
 

@@ -4,8 +4,7 @@
 #include <vector>
 
 #include "model/closed_model.hpp"
-#include "prove/backward.hpp"
-#include "prove/range_store.hpp"
+#include "operators/narrowing.hpp"
 
 namespace engine {
 
