@@ -11,6 +11,10 @@ import tempfile
 
 OPTIMIZER = "engine/include"
 
+# The rooms of engine/src from the ground up: each may include those below it.
+ROOMS = ["model", "operators", "evaluate", "linear", "nonlinear", "back_ends", "search", "global",
+         "methods", "control", "api"]
+
 # Folder of the including file -> folders whose headers it may include.
 ALLOWED = {
     "src/host": {"src/host", "hostapi"},
@@ -21,26 +25,8 @@ ALLOWED = {
     "src/link": {"src/link", "src/solve", "src/translate", "src/defvars", "src/diag", "src/host",
                  OPTIMIZER},
     "engine/include": {OPTIMIZER},
-    "engine/src/model": {"engine/src/model", OPTIMIZER},
-    "engine/src/evaluate": {"engine/src/evaluate", "engine/src/model", OPTIMIZER},
-    "engine/src/prove": {"engine/src/prove", "engine/src/evaluate", "engine/src/model", OPTIMIZER},
-    "engine/src/nonlinear": {"engine/src/nonlinear", "engine/src/evaluate", "engine/src/model",
-                             OPTIMIZER},
-    "engine/src/linear": {"engine/src/linear", "engine/src/prove", "engine/src/evaluate",
-                          "engine/src/model", OPTIMIZER},
-    "engine/src/back_ends": {"engine/src/back_ends", "engine/src/linear",
-                             "engine/src/nonlinear", "engine/src/prove", "engine/src/evaluate",
-                             "engine/src/model", OPTIMIZER},
-    "engine/src/methods": {"engine/src/methods", "engine/src/back_ends", "engine/src/linear",
-                           "engine/src/nonlinear", "engine/src/prove", "engine/src/evaluate", "engine/src/model",
-                           OPTIMIZER},
-    "engine/src/search": {"engine/src/search", "engine/src/evaluate", "engine/src/model",
-                          OPTIMIZER},
-    "engine/src/control": {"engine/src/control", "engine/src/methods", "engine/src/back_ends",
-                           "engine/src/prove", "engine/src/search", "engine/src/evaluate",
-                           "engine/src/model", OPTIMIZER},
-    "engine/src/api": {"engine/src/api", "engine/src/control", "engine/src/methods",
-                       "engine/src/model", OPTIMIZER},
+    **{f"engine/src/{room}": {f"engine/src/{other}" for other in ROOMS[:k + 1]} | {OPTIMIZER}
+       for k, room in enumerate(ROOMS)},
     "hostapi": {"hostapi"},
     "norv": {"norv", "hostapi"},
 }

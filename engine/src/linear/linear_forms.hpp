@@ -4,9 +4,9 @@
 #include <optional>
 #include <vector>
 
-#include "linear/linear_model.hpp"
-#include "linear/curvature.hpp"
 #include "evaluate/propagator.hpp"
+#include "linear/curvature.hpp"
+#include "linear/linear_model.hpp"
 
 namespace engine {
 

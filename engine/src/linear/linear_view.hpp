@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "linear/linear_model.hpp"
 #include "evaluate/propagator.hpp"
+#include "linear/linear_model.hpp"
 
 namespace engine {
 

@@ -3,9 +3,9 @@
 #include <optional>
 #include <utility>
 
+#include "evaluate/propagator.hpp"
 #include "linear/linear_model.hpp"
 #include "model/closed_model.hpp"
-#include "evaluate/propagator.hpp"
 
 namespace engine {
 

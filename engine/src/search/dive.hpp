@@ -4,8 +4,8 @@
 #include <optional>
 #include <vector>
 
-#include "search/objective_cut.hpp"
 #include "operators/random.hpp"
+#include "search/objective_cut.hpp"
 #include "search/restoration.hpp"
 
 namespace engine {

@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "evaluate/evaluator.hpp"
+#include "operators/random.hpp"
 #include "search/best_point.hpp"
 #include "search/continuous_descent.hpp"
 #include "search/dive.hpp"
 #include "search/inverse.hpp"
 #include "search/objective_cut.hpp"
-#include "operators/random.hpp"
 #include "search/searcher.hpp"
 
 namespace engine {

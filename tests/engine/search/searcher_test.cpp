@@ -11,8 +11,8 @@
 
 #include "engine/model_builder.hpp"
 #include "engine/prove/random_models.hpp"
-#include "search/polish.hpp"
 #include "operators/random.hpp"
+#include "search/polish.hpp"
 
 namespace engine {
 namespace {
