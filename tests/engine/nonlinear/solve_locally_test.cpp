@@ -15,7 +15,7 @@ using LocalSolver = NonlinearAnswer (*)(LocalProblem&, const NonlinearSettings&)
 
 /// The solvers of this build by name.
 std::vector<std::pair<const char*, LocalSolver>> solvers() {
-    std::vector<std::pair<const char*, LocalSolver>> all;
+    std::vector<std::pair<const char*, LocalSolver>> all{{"interior point", solveByInteriorPoint}};
     if (!nonlinearBackEndName().empty()) all.emplace_back("back end", solveByBackEnd);
     return all;
 }
