@@ -102,7 +102,6 @@ inline Curvature absCurvature(const CurvatureOperands& x) {
 }
 
 inline MaybeStep absInverse(const InverseOperands& x, const Goal& goal) {
-    x.random().unit();
     const bool negative = (x.number(0) < 0.0) != x.random().chance(0.1);
     const double size = std::fmax(goal.number, 0.0);
     return InverseStep{x.indexOf(0), Goal::ofNumber(negative ? -size : size,

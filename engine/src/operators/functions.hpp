@@ -54,7 +54,6 @@ inline void sqrtNarrowing(const NarrowingStep& x) {
 }
 
 inline MaybeStep sqrtInverse(const InverseOperands& x, const Goal& goal) {
-    x.random().unit();
     const double t = goal.number;
     return InverseStep{x.indexOf(0), Goal::ofNumber(t > 0.0 ? t * t : 0.0, goal.direction)};
 }
@@ -89,7 +88,6 @@ inline void logNarrowing(const NarrowingStep& x) {
 }
 
 inline MaybeStep logInverse(const InverseOperands& x, const Goal& goal) {
-    x.random().unit();
     return InverseStep{x.indexOf(0), Goal::ofNumber(std::exp(goal.number), goal.direction)};
 }
 
@@ -131,7 +129,6 @@ inline Curvature expCurvature(const CurvatureOperands& x) {
 }
 
 inline MaybeStep expInverse(const InverseOperands& x, const Goal& goal) {
-    x.random().unit();
     const double t = goal.number;
     const double wanted = t > 0.0 ? std::log(t) : x.number(0) - 1.0;
     return InverseStep{x.indexOf(0), Goal::ofNumber(wanted, goal.direction)};
@@ -365,7 +362,6 @@ inline Range tanImage(const RangeOperands& x) {
 }
 
 inline MaybeStep tanInverse(const InverseOperands& x, const Goal& goal) {
-    x.random().unit();
     return nearestSolution(x, std::atan(goal.number), std::numbers::pi);
 }
 

@@ -228,7 +228,6 @@ inline Range modImage(const RangeOperands& x) {
 }
 
 inline MaybeStep modInverse(const InverseOperands& x, const Goal& goal) {
-    x.random().unit();
     return InverseStep{x.indexOf(0),
                        Goal::ofNumber(x.number(0) + goal.number - x.ownNumber(), goal.direction)};
 }

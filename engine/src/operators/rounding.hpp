@@ -26,7 +26,6 @@ Range image(const RangeOperands& x) {
 
 /// Wanted of the argument what is wanted of the result.
 inline MaybeStep inverse(const InverseOperands& x, const Goal& goal) {
-    x.random().unit();
     return InverseStep{x.indexOf(0), goal};
 }
 

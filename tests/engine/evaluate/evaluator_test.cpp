@@ -6,71 +6,23 @@
 #include <string>
 #include <vector>
 
-#include "engine/model_builder.hpp"
-#include "engine/prove/model_text.hpp"
+#include "engine/random_models.hpp"
 #include "operators/random.hpp"
 
 namespace engine {
 namespace {
 
-using testing::ModelBuilder;
-
-std::size_t arityOf(ls_operator op, Random& random) {
-    switch (op) {
-        case LS_OP_SUM:
-        case LS_OP_PROD:
-        case LS_OP_AND:
-        case LS_OP_OR:
-        case LS_OP_XOR:
-            return random.below(5);
-        case LS_OP_MAX:
-        case LS_OP_MIN:
-        case LS_OP_ARRAY:
-            return 1 + random.below(4);
-        case LS_OP_IF:
-            return 3;
-        default:
-            return op == LS_OP_SUB || op == LS_OP_DIST || op == LS_OP_DIV || op == LS_OP_MOD ||
-                           op == LS_OP_POW || (op >= LS_OP_EQ && op <= LS_OP_LT)
-                       ? 2
-                       : 1;
-    }
-}
-
-/// A graph over all operators; every expression can be used by later ones, arrays only where an
-/// array is asked for.
-ClosedModel randomModel(Random& random) {
-    ModelBuilder b;
-    std::vector<ExpressionIndex> pool;
-    std::vector<ExpressionIndex> arrays;
-    for (int k = 0; k < 4; ++k) {
-        pool.push_back(b.boolean());
-        pool.push_back(b.integer(-5.0, 5.0));
-        pool.push_back(b.real(-3.0, 3.0));
-        pool.push_back(b.constant(k - 1));
-        pool.push_back(b.constant(0.75 * k));
-    }
-    pool.push_back(b.constant(Value::ofInt(INT64_MAX / 2)));
-    const auto any = [&] { return pool[random.below(pool.size())]; };
-    for (int k = 0; k < 60; ++k) {
-        const auto op =
-            static_cast<ls_operator>(LS_OP_SUM + random.below(LS_OP_TAN - LS_OP_SUM + 1));
-        std::vector<ExpressionIndex> operands;
-        if (op == LS_OP_AT || op == LS_OP_SCALARPROD) {
-            if (arrays.empty()) continue;
-            operands = {arrays[random.below(arrays.size())],
-                        op == LS_OP_AT ? any() : arrays[random.below(arrays.size())]};
-        } else {
-            for (std::size_t n = arityOf(op, random); n > 0; --n) operands.push_back(any());
-        }
-        const ExpressionIndex e = b.apply(op, operands);
-        (op == LS_OP_ARRAY ? arrays : pool).push_back(e);
-        if (random.chance(0.3) && op != LS_OP_ARRAY) b.require(e);
+/// Expressions over all operators, each of which can be used by later ones; some are constraints.
+ClosedModel randomModel(std::uint32_t seed) {
+    testing::RandomModels random(seed);
+    std::string text = random.decisions(/*withReals=*/true) + "h = 4611686018427387903;";
+    for (int k = 0; k < 30; ++k) {
+        text += random.definition(2);
+        if (random.below(3) == 0) text += random.expression(1) + ";";
         // The shape that sums absorb.
-        pool.push_back(b.apply(LS_OP_SUM, {b.apply(LS_OP_PROD, {any(), b.constant(-2)}), any()}));
+        text += random.name() + " + -2*" + random.name() + " <= h*" + random.name() + ";";
     }
-    b.minimise(pool.back());
-    return b.close();
+    return testing::ModelText(text + "minimise " + random.expression(1) + ";").model;
 }
 
 Value randomValue(const ClosedModel& model, std::size_t d, Random& random) {
@@ -125,7 +77,7 @@ TEST(Evaluator, AgreesWithTheJudgeThroughMovesNestedUndosAndCommits) {
     for (std::uint64_t seed = 1; seed <= 40; ++seed) {
         SCOPED_TRACE(seed);
         Random random(seed);
-        const ClosedModel model = randomModel(random);
+        const ClosedModel model = randomModel(static_cast<std::uint32_t>(seed));
         Point point(model.decision.size());
         for (std::size_t d = 0; d < point.size(); ++d) point[d] = randomValue(model, d, random);
         Evaluator evaluator(model);
@@ -154,17 +106,16 @@ TEST(Evaluator, AgreesWithTheJudgeThroughMovesNestedUndosAndCommits) {
 }
 
 TEST(Evaluator, ALongSumKeepsItsPrecisionAndRecoversFromOverflow) {
-    ModelBuilder b;
-    std::vector<ExpressionIndex> x;
-    std::vector<double> coefficients;
+    std::string decisions;
+    std::string terms = "s = exp(x0)";
     for (int k = 0; k < 1000; ++k) {
-        x.push_back(b.real(-1e15, 1e15));
-        coefficients.push_back(1.0 + 1e-3 * k);
+        const std::string name = "x" + std::to_string(k);
+        decisions += name + ": real -1e15 1e15;";
+        terms.append(" + ").append(name).append("*").append(std::to_string(1.0 + 1e-3 * k));
     }
-    x.push_back(b.apply(LS_OP_EXP, {x[0]}));
-    coefficients.push_back(1.0);
-    const ExpressionIndex sum = b.linear<double>(x, coefficients);
-    const ClosedModel model = b.close();
+    const testing::ModelText text(decisions + terms + ";");
+    const ClosedModel& model = text.model;
+    const ExpressionIndex sum = text.named("s");
     Evaluator evaluator(model);
     Point point(1000, Value::ofDouble(0.0));
     evaluator.reset(point);
@@ -180,37 +131,6 @@ TEST(Evaluator, ALongSumKeepsItsPrecisionAndRecoversFromOverflow) {
     EXPECT_TRUE(std::isnan(evaluator.valueOf(sum).asDouble()));
     for (std::size_t d = 0; d < point.size(); ++d) set(d, d == 1 ? 1.0 : 0.0);
     EXPECT_EQ(evaluator.valueOf(sum).asDouble(), 2.001);
-}
-
-TEST(Distance, MeasuresTheWayToATruthValue) {
-    const struct {
-        const char* what;
-        const char* constraint;  ///< over the integers x = 5 and y = 3, in units of 2
-        double toTrue, toFalse;
-    } cases[] = {
-        {"an inequality's gap in its scale", "leq(sum(prod(x,2)), 6)", 2.0, 0.0},
-        {"its slack and one more step", "leq(sum(prod(x,2)), 14)", 0.0, 2.5},
-        {"a strict one needs one more", "lt(sum(prod(x,2)), 10)", 0.5, 0.0},
-        {"an equality from above", "eq(sum(prod(x,2)), 8)", 1.0, 0.0},
-        {"from below", "eq(sum(prod(y,2)), 8)", 1.0, 0.0},
-        {"a disequality", "neq(x, 5)", 1.0, 0.0},
-        {"a conjunction adds", "and(leq(x,3), geq(y,6))", 5.0, 0.0},
-        {"a disjunction takes the cheapest", "or(leq(x,3), geq(y,6))", 2.0, 0.0},
-        {"all of it must go", "or(leq(x,7), leq(y,6))", 0.0, 7.0},
-        {"the cheapest flip", "xor(leq(x,3), geq(y,6), leq(x,8))", 0.0, 2.0},
-        {"the other branch costs less", "if(leq(x,4), leq(y,9), leq(x,4))", 1.0, 0.0},
-        {"a number is away from 0 by its size", "not(x)", 5.0, 0.0},
-    };
-    for (const auto& c : cases) {
-        const ClosedModel model =
-            testing::ModelText(std::string("x: int 0 9; y: int 0 9;") + c.constraint).model;
-        Evaluator evaluator(model);
-        evaluator.reset({Value::ofInt(5), Value::ofInt(3)});
-        const Distance distance =
-            evaluator.distanceOf(evaluator.plan().logicOf(model.constraint[0]));
-        EXPECT_DOUBLE_EQ(distance.toTrue, c.toTrue) << c.what;
-        EXPECT_DOUBLE_EQ(distance.toFalse, c.toFalse) << c.what;
-    }
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "engine/prove/random_models.hpp"
+#include "engine/random_models.hpp"
 #include "methods/method_list.hpp"
 
 namespace engine::testing {

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "engine/prove/model_text.hpp"
+#include "engine/model_text.hpp"
 #include "evaluate/judge.hpp"
 
 namespace engine {

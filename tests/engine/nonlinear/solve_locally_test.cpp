@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "back_ends/nonlinear_back_end.hpp"
-#include "engine/prove/model_text.hpp"
+#include "engine/model_text.hpp"
 #include "nonlinear/interior_point.hpp"
 
 namespace engine {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/prove/model_text.hpp"
+#include "engine/model_text.hpp"
 #include "evaluate/judge.hpp"
 
 namespace engine::testing {
@@ -39,17 +39,53 @@ public:
         }
         return text;
     }
+    /// A name for an expression, which later ones may use.
+    std::string definition(int depth) {
+        const std::string name = "t" + std::to_string(names_.size());
+        const std::string text = name + " = " + expression(depth) + ";";
+        names_.push_back(name);
+        return text;
+    }
     /// Any operator over the decisions and constants, nested at most `depth` deep.
     std::string expression(int depth) {
         if (depth == 0 || below(5) == 0) return below(4) == 0 ? constant() : name();
-        static const char* const shapes[] = {
-            "sum(#,#,#)",       "sub(#,#)", "prod(#,#)", "prod(#,#,#)", "max(#,#)",
-            "min(#,#,#)",       "eq(#,#)",  "neq(#,#)",  "geq(#,#)",    "leq(#,#)",
-            "gt(#,#)",          "lt(#,#)",  "if(#,#,#)", "not(#)",      "and(#,#)",
-            "or(#,#)",          "xor(#,#)", "abs(#)",    "dist(#,#)",   "div(#,#)",
-            "mod(#,#)",         "ceil(#)",  "floor(#)",  "round(#)",    "sqrt(#)",
-            "log(#)",           "exp(#)",   "pow(#,2)",  "pow(#,3)",    "pow(#,0.5)",
-            "at(array(#,#),#)", "cos(#)",   "sin(#)",    "pow(#,-1)",   "sum(prod(#,2.5),#)"};
+        static const char* const shapes[] = {"sum(#,#,#)",
+                                             "sub(#,#)",
+                                             "prod(#,#)",
+                                             "prod(#,#,#)",
+                                             "max(#,#)",
+                                             "min(#,#,#)",
+                                             "eq(#,#)",
+                                             "neq(#,#)",
+                                             "geq(#,#)",
+                                             "leq(#,#)",
+                                             "gt(#,#)",
+                                             "lt(#,#)",
+                                             "if(#,#,#)",
+                                             "not(#)",
+                                             "and(#,#)",
+                                             "or(#,#)",
+                                             "xor(#,#)",
+                                             "abs(#)",
+                                             "dist(#,#)",
+                                             "div(#,#)",
+                                             "mod(#,#)",
+                                             "ceil(#)",
+                                             "floor(#)",
+                                             "round(#)",
+                                             "sqrt(#)",
+                                             "log(#)",
+                                             "exp(#)",
+                                             "pow(#,2)",
+                                             "pow(#,3)",
+                                             "pow(#,0.5)",
+                                             "at(array(#,#),#)",
+                                             "cos(#)",
+                                             "sin(#)",
+                                             "pow(#,-1)",
+                                             "sum(prod(#,2.5),#)",
+                                             "tan(#)",
+                                             "scalarprod(array(#,2),array(#,#))"};
         std::string text = shapes[below(static_cast<int>(std::size(shapes)))];
         for (std::size_t at = text.find('#'); at != std::string::npos; at = text.find('#', at)) {
             const std::string operand =

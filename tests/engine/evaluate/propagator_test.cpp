@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/prove/random_models.hpp"
+#include "engine/random_models.hpp"
 #include "methods/propagation.hpp"
 
 namespace engine {
