@@ -7,12 +7,16 @@
 
 namespace doubles {
 
-/// Calls as a text, one after another, broken into lines.
+/// Calls as a text, one after another, broken into lines. The calls met most have short forms:
+///   log "…" | both "…"     nevLog, nevLogStat; "log+", "both+": the forms that end no line
+///   model=N | solve=N      nmoModelStatSet, nmoSolveStatSet
+///   find NAME | check "…"  of the bindings
 class CallLog {
 public:
-    /// @param kind  which calls are shown, as in whole_call.hpp; `show` adds, `hide` removes.
-    CallLog(const std::string& kind, const std::vector<std::string>& show,
-            std::vector<std::string> hide);
+    /// @param kind   which calls are shown, as in whole_call.hpp.
+    /// @param rules  more of them: a pattern shows, one behind '-' hides; the last that fits
+    /// counts.
+    CallLog(const std::string& kind, const std::vector<std::string>& rules);
 
     /// From now on `text` is written in place of `path`.
     void abbreviate(const std::string& path, const std::string& text);
@@ -23,24 +27,25 @@ public:
     void addLines(const std::string& lines);
     /// An entry point is over. Failures are shown always, of a setup nothing else.
     void end(const char* entryPoint, int result);
-    /// The contents of a file that the link wrote. Times, the fourth field of a record, become "t".
+    /// The lines of a file that the link wrote, of a trace without its two head lines unless
+    /// "heads" are to be shown. Times, the fourth field of a record, become "t".
     void addFile(const std::filesystem::path& file);
 
     [[nodiscard]] std::string text();
 
 private:
     [[nodiscard]] bool shows(const std::string& name) const;
-    void addCall(const std::string& call);
     [[nodiscard]] std::string abbreviated(std::string text) const;
+    void addPiece(const std::string& piece);
     void flush();
 
-    std::vector<std::string> shown, hidden;
-    std::vector<std::pair<std::string, std::string>> abbreviations;
-    bool isShown = true;
-    bool hasSolver = false;  ///< whether this step has come to the optimizer's creation
-    bool waitsForSolver;
-    std::string line;  ///< being filled
-    std::string all;
+    std::vector<std::string> rules_;
+    std::vector<std::pair<std::string, std::string>> abbreviations_;
+    bool isSetup_;
+    bool isShown_ = true;
+    bool hasSolver_ = false;  ///< whether this step has come to the optimizer's creation
+    std::string line_;        ///< being filled
+    std::string all_;
 };
 
 }  // namespace doubles

@@ -103,43 +103,33 @@ std::string modelText(ls_solver* solver) {
         const int e = ls_get_constraint(solver, k);
         text += nameOf(solver, e) + ": " + writer.full(e) + "\n";
     }
-    std::string decisions;
+    std::string line;
+    std::string domain;
     std::string definitions;
-    std::size_t lineStart = 0;
     for (const int e : own) {
-        const std::string line = writer.reference(e) + " = " + writer.full(e);
         if (ls_expr_is_decision(solver, e) == 0) {
-            definitions += line + "\n";
+            definitions += writer.reference(e) + " = " + writer.full(e) + "\n";
             continue;
         }
-        const bool isFull = decisions.size() + line.size() > lineStart + longestLine;
-        if (isFull) lineStart = decisions.size();
-        decisions += (decisions.empty() ? "" : isFull ? "\n" : " ") + line;
+        if (writer.full(e) != domain && !domain.empty()) line += " = " + domain;
+        if (line.size() + writer.reference(e).size() + domain.size() > longestLine) {
+            text += line + (line.ends_with(")") ? "\n" : " = " + domain + "\n");
+            line.clear();
+        }
+        domain = writer.full(e);
+        line += (line.empty() ? "" : " ") + writer.reference(e);
     }
-    return text + decisions + (decisions.empty() ? "" : "\n") + definitions;
+    return text + line + (line.empty() ? "" : " = " + domain + "\n") + definitions;
 }
 
 std::string modelSize(ls_solver* solver) {
     const Silence silence;
     int nbDecisions = 0;
     for (int e = 0; e < ls_nb_expressions(solver); ++e)
-        nbDecisions += ls_expr_is_decision(solver, e) != 0 ? 1 : 0;
+        nbDecisions += ls_expr_is_decision(solver, e);
     return std::to_string(ls_nb_objectives(solver)) + " objectives, " +
            std::to_string(ls_nb_constraints(solver)) + " constraints, " +
            std::to_string(nbDecisions) + " decisions\n";
-}
-
-std::string expressionText(ls_solver* solver, int expression) {
-    const Silence silence;
-    Writer writer(solver);
-    int nbDecisions = 0;
-    for (int e = 0; e < ls_nb_expressions(solver); ++e) {
-        if (ls_expr_is_decision(solver, e) == 0) continue;
-        ++nbDecisions;
-        const std::string name = nameOf(solver, e);
-        writer.label(e, name.empty() ? "$" + std::to_string(nbDecisions) : name);
-    }
-    return writer.reference(expression);
 }
 
 }  // namespace doubles

@@ -9,16 +9,12 @@ namespace doubles {
 /// Name of an expression, empty without one.
 std::string nameOf(ls_solver* solver, int expression);
 
-/// The model as it stands, typed: a line an objective and constraint; then the decisions, one after
-/// another in the order of creation; then a line an expression that has a name or is used more than
-/// once. These are called by their names and, where there are none, $1, $2, …
+/// The model as it stands, typed: a line an objective and constraint; then the decisions in the
+/// order of creation, neighbours of one domain together; then a line an expression that has a name
+/// or is used more than once. These are called by their names and, where there are none, $1, $2, …
 std::string modelText(ls_solver* solver);
 
 /// "N objectives, M constraints, K decisions".
 std::string modelSize(ls_solver* solver);
-
-/// One expression in full down to decisions, doubles with a point, integers without; decisions
-/// without name by their number in the order of creation.
-std::string expressionText(ls_solver* solver, int expression);
 
 }  // namespace doubles

@@ -79,7 +79,7 @@ private:
 
 template <class Result, class... Arguments>
 Result decode(const std::string& answer, Arguments... arguments) {
-    OutputWriter writer(split(answer, ";"));
+    OutputWriter writer(split(answer, ","));
     if constexpr (std::is_same_v<Result, char*>) {
         if (answer == "null") return nullptr;
         char* buffer = nullptr;

@@ -27,18 +27,6 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-Words wordsOf(const std::string& line) {
-    std::istringstream stream(line);
-    Words words;
-    for (std::string word; stream >> word;) words.push_back(word);
-    return words;
-}
-
-std::string behindFirstWord(const std::string& line) {
-    const std::size_t blank = line.find(' ');
-    return blank == std::string::npos ? "" : line.substr(blank + 1);
-}
-
 /// A folder to work in, gone at the end.
 class ScratchFolder {
 public:
@@ -70,60 +58,57 @@ private:
 struct Case {
     std::string instance;
     std::string kind = "setup";
-    Words steps, show, hide, options;
+    Words steps, rules, options, levels;
     std::vector<Words> searches = {{"1"}};
-    Words levels;
     bool ownOptions = false;
     bool hasAnswers = false;
+
+    void read(const std::string& statement);
 };
 
-std::vector<Words> searchesOf(const std::string& scripts) {
-    std::vector<Words> searches;
-    for (const std::string& script : split(scripts, "|")) searches.push_back(wordsOf(script));
-    return searches;
+void Case::read(const std::string& statement) {
+    const std::string first = statement.substr(0, statement.find(' '));
+    const std::string rest =
+        first.size() < statement.size() ? statement.substr(first.size() + 1) : "";
+    const Words words = split(rest, " ");
+    if (first == "setup" || first == "solve" || first == "whole") {
+        kind = first;
+    } else if (first == "do") {
+        steps = words;
+    } else if (first == "show" || first == "hide") {
+        for (const std::string& word : words) rules.push_back((first == "hide" ? "-" : "") + word);
+    } else if (first == "level") {
+        levels = words;
+    } else if (first == "search") {
+        searches.clear();
+        for (const std::string& script : split(rest, "|")) searches.push_back(split(script, " "));
+    } else if (first == "option") {
+        for (const std::string& option : split(rest, " | ")) options.push_back(option);
+    } else if (first == "pairs") {
+        for (int k = 1; k <= std::stoi(rest); ++k)
+            options.push_back("defvar x" + std::to_string(k) + " e" + std::to_string(k));
+    } else if (first == "own") {
+        ownOptions = true;
+    } else if (first == "answer") {
+        hasAnswers = true;
+        for (const std::string& answer : split(rest, " | ")) {
+            const std::size_t equals = answer.find(" = ");
+            exchange().answer(answer.substr(0, equals), answer.substr(equals + 3));
+        }
+    } else {
+        instance += statement + " ;";
+    }
 }
 
-Case read(const std::vector<std::string>& lines) {
+Case readCase(const std::vector<std::string>& lines) {
     Case c;
     for (const std::string& line : lines) {
-        const Words words = wordsOf(line);
-        const std::string& first = words.at(0);
-        const auto append = [&words](Words& list) {
-            list.insert(list.end(), words.begin() + 1, words.end());
-        };
-        if (first == "setup" || first == "solve" || first == "whole")
-            c.kind = first;
-        else if (first == "do")
-            append(c.steps);
-        else if (first == "show")
-            append(c.show);
-        else if (first == "hide")
-            append(c.hide);
-        else if (first == "level")
-            append(c.levels);
-        else if (first == "search")
-            c.searches = searchesOf(behindFirstWord(line));
-        else if (first == "option")
-            for (const std::string& option : split(behindFirstWord(line), " | "))
-                c.options.push_back(option);
-        else if (first == "pairs")
-            for (int k = 1; k <= std::stoi(words.at(1)); ++k)
-                c.options.push_back("defvar x" + std::to_string(k) + " e" + std::to_string(k));
-        else if (first == "own")
-            c.ownOptions = true;
-        else if (first == "answer" && (c.hasAnswers = true))
-            for (const std::string& answer : split(behindFirstWord(line), " | "))
-                exchange().answer(split(answer, " = ").at(0),
-                                  answer.substr(answer.find(" = ") + 3));
-        else
-            c.instance += line + " ;";
+        for (const std::string& statement : split(line, ";")) c.read(statement);
     }
-    const bool defaultSteps = c.steps.empty();
-    for (std::size_t k = 0; defaultSteps && c.kind != "setup" && k < c.searches.size(); ++k) {
-        c.steps.push_back("ready");
-        c.steps.push_back("solve");
-    }
-    if (c.steps.empty()) c.steps = {"ready"};
+    if (!c.steps.empty()) return c;
+    if (c.kind == "setup") c.steps = {"ready"};
+    for (std::size_t k = 0; k < c.searches.size() && c.kind != "setup"; ++k)
+        c.steps.insert(c.steps.end(), {"ready", "solve"});
     return c;
 }
 
@@ -153,7 +138,7 @@ std::string bindAnew(const std::string& prefix, bool asCallersDo) {
 class Run {
 public:
     explicit Run(const Case& c)
-        : asked(c), model(readInstance(c.instance, environment)), log(c.kind, c.show, c.hide) {
+        : asked(c), model(readInstance(c.instance, environment)), log(c.kind, c.rules) {
         log.abbreviate(scratch.path.string(), "$tmp");
         log.abbreviate(std::string("64") + vex::librarySuffix + "\"", "64.lib\"");
         log.abbreviate(std::string("64") + vex::librarySuffix + ":", "64.lib:");
@@ -197,8 +182,8 @@ private:
 
     void addModel() {
         ls_solver* solver = link().solver->getHandle();
-        const auto& hidden = asked.hide;
-        const bool inFull = std::find(hidden.begin(), hidden.end(), "ls_close") == hidden.end();
+        const auto& rules = asked.rules;
+        const bool inFull = std::find(rules.begin(), rules.end(), "-ls_close") == rules.end();
         log.addLines(inFull ? modelText(solver) : modelSize(solver));
     }
 
@@ -236,7 +221,7 @@ private:
 
     void perform(const std::string& step) {
         // The preparation of a solve is shown when it fails.
-        log.begin(step, /*isShown=*/asked.kind != "solve" || step != "ready");
+        log.begin(step, /*isShown=*/(asked.kind != "solve" || step != "ready") && step != "throws");
         if (step == "ready") {
             log.end("vexReadyAPI", vexReadyAPI(handle, model.handle(),
                                                asked.ownOptions ? nullptr : options.handle()));
@@ -245,7 +230,9 @@ private:
         } else if (step == "free") {
             vexFree(&handle);
         } else if (step == "throws") {
-            setUpAlone();
+            const std::string exception = setUpAlone();
+            log.begin(step, /*isShown=*/true);
+            log.addLines(exception);
         } else if (step.starts_with("load:") || step.starts_with("bind:")) {
             log.addLines(bindAnew(step.substr(5), step.starts_with("bind:")));
         } else {
@@ -253,19 +240,19 @@ private:
         }
     }
 
-    void setUpAlone() {
+    /// The reason is in the log of the preparation.
+    std::string setUpAlone() {
         link().resetTranslation();
-        link().solver.reset();
         link().solver = std::make_unique<localsolver::LocalSolver>();
         try {
             link().setupModel();
         } catch (const localsolver::LSException& error) {
-            log.addLines("LSException " + std::to_string(error.getErrorCode()) + ", " +
-                         error.getFileName() + ", " + error.getFunctionName() + ": " +
-                         error.what() + "\n");
+            return "LSException " + std::to_string(error.getErrorCode()) + " of " +
+                   error.getFileName() + ", " + error.getFunctionName() + "\n";
         } catch (const vex::RecursionDepthLimitReached&) {
-            log.addLines("RecursionDepthLimitReached\n");
+            return "RecursionDepthLimitReached\n";
         }
+        return "no exception\n";
     }
 
     const Case& asked;
@@ -283,7 +270,7 @@ std::string runCase(const std::vector<std::string>& lines,
                     const std::function<void()>& beforehand) {
     bindHost();
     exchange().reset();
-    const Case c = read(lines);
+    const Case c = readCase(lines);
     Run run(c);
     beforehand();
     return run.text();

@@ -6,19 +6,19 @@
 
 /// Whole calls of the link's entry points as text, between the doubles of host and optimizer.
 ///
-/// A case is a list of lines. Lines of an instance (instance_text.hpp) and, in any order:
+/// A case is a list of statements, separated by ';' or on lines of their own. Those of an instance
+/// (instance_text.hpp) and, in any order:
 ///   setup | solve | whole    which calls are shown: of model setup with the model built, and what
 ///                            differs by value (value_check.hpp); of the solve; all that change
 ///                            something. At first setup.
 ///   do STEP…                 in place of "ready" (setup) and of "ready solve" for each search:
-///                            steps ready, solve, free; throws: model setup alone, with the
-///                            exception that leaves it; bind:PREFIX, load:PREFIX: a fresh binding
-///                            of that interface, made ready or loaded, and what it says
-///   show PATTERN… | hide PATTERN…   calls to show besides, or not; "name" or "beginning*";
-///                            without ls_close a model is shown by its size alone
+///                            steps ready, solve, free; throws: model setup alone, the exception
+///                            that leaves it; bind:PREFIX, load:PREFIX: a fresh binding of that
+///                            interface, made ready or loaded, and what it says
+///   show PATTERN… | hide PATTERN…   more calls to show, or not; "name" or "beginning*", the last
+///                            that fits counts; without ls_close a model is shown by its size alone
 ///   option NAME VALUE | NAME VALUE…   lines of the option file; $tmp stands for a folder of its
-///   own,
-///                            whose files dump and trace are shown at the end
+///                            own, whose files dump and trace are shown at the end
 ///   pairs N                  as option lines: defvar x1 e1, … defvar xN eN
 ///   own                      the host hands over no option object: the file is read for real
 ///   level NAME VALUE…        the variables' levels before

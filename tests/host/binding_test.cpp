@@ -168,7 +168,7 @@ TEST(BindingDeathTest, AMissingFunctionEndsTheProcessWithItsLine) {
         {
             showStandardOutput();
             exchange().answer(R"(CnmoXCheck("nmoNameOptFile 1: 12 12"))",
-                              "0 ; this host is too old.");
+                              "0, this host is too old.");
             setUpBindingLocks();
             doubles::bindHost();
             nmoNameOptFile(nullptr, message);

@@ -48,12 +48,9 @@ class Measurement:
             self.nb_running += mutation is not None
             return mutation
 
-    def order_for(self, mutation):
-        """The programs of the mutated folder first, then those that kill most in a second."""
-        def key(program):
-            at_home = f"/{program.folder}/" in f"/{mutation.path}"
-            return not at_home, -(1 + program.nb_kills) / (0.2 + program.seconds)
-        return sorted(self.programs, key=key)
+    def order(self):
+        """The programs that kill most in a second first."""
+        return sorted(self.programs, key=lambda p: -(1 + p.nb_kills) / (0.2 + p.cpu_seconds))
 
     def note(self, mutation, verdict):
         with self.condition:
@@ -70,7 +67,7 @@ class Measurement:
     def work(self, scratch):
         try:
             while (mutation := self.next()) is not None:
-                self.note(mutation, scratch.judge(mutation, self.order_for(mutation)))
+                self.note(mutation, scratch.judge(mutation, self.order()))
         except BaseException:
             with self.condition:
                 self.has_failed = True
