@@ -81,7 +81,7 @@ TEST(Detection, AgreesWithThePlainSearchOnRandomInstances) {
     doubles::bindHost();
     int nbCircular = 0;
     int nbDefined = 0;
-    for (unsigned seed = 0; seed < 6000; ++seed) {
+    for (unsigned seed = 0; seed < 2000; ++seed) {
         Dice dice(seed);
         const int size = seed % 20 == 0 ? 60 : 8;
         const std::string instance = randomInstance(dice, 2 + dice(size), 1 + dice(size));
@@ -99,8 +99,8 @@ TEST(Detection, AgreesWithThePlainSearchOnRandomInstances) {
         ASSERT_EQ(search, reference);
         nbDefined += static_cast<int>(search.definedVariables.size());
     }
-    EXPECT_GT(nbCircular, 100);
-    EXPECT_GT(nbDefined, 10000);
+    EXPECT_GT(nbCircular, 30);
+    EXPECT_GT(nbDefined, 3000);
 }
 
 }  // namespace

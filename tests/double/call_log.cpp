@@ -1,6 +1,5 @@
 #include "double/call_log.hpp"
 
-#include <algorithm>
 #include <fstream>
 #include <map>
 
@@ -62,11 +61,13 @@ void CallLog::begin(const std::string& step, bool isShown) {
     hasSolver_ = !isSetup_ || step != "ready";
 }
 
-bool CallLog::shows(const std::string& name) const {
-    const auto rule = std::find_if(rules_.rbegin(), rules_.rend(), [&name](std::string_view r) {
-        return fits(name, r.substr(r[0] == '-' ? 1 : 0));
-    });
-    return rule != rules_.rend() && (*rule)[0] != '-';
+bool CallLog::shows(const std::string& name) {
+    const auto [place, isNew] = shows_.try_emplace(name, false);
+    for (std::size_t k = 0; k < rules_.size() && isNew; ++k) {
+        const bool hides = rules_[k][0] == '-';
+        if (fits(name, std::string_view(rules_[k]).substr(hides ? 1 : 0))) place->second = !hides;
+    }
+    return place->second;
 }
 
 void CallLog::add(const std::string& name, const std::string& arguments,
@@ -98,10 +99,10 @@ void CallLog::addLines(const std::string& lines) {
     all_ += abbreviated(lines);
 }
 
-void CallLog::end(const char* entryPoint, int result) {
+void CallLog::end(const char* step, int result) {
     isShown_ = isShown_ || result != 0;
     if (!isShown_ || (result == 0 && isSetup_)) return;
-    addPiece(entryPoint + (" = " + std::to_string(result)));
+    addPiece(step + (" -> " + std::to_string(result)));
     flush();
 }
 

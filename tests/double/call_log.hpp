@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +12,7 @@ namespace doubles {
 ///   log "…" | both "…"     nevLog, nevLogStat; "log+", "both+": the forms that end no line
 ///   model=N | solve=N      nmoModelStatSet, nmoSolveStatSet
 ///   find NAME | check "…"  of the bindings
+///   ready -> N | solve -> N  the end of vexReadyAPI, vexCallSolver
 class CallLog {
 public:
     /// @param kind   which calls are shown, as in whole_call.hpp.
@@ -26,7 +28,7 @@ public:
     /// Whole lines, of whatever kind.
     void addLines(const std::string& lines);
     /// An entry point is over. Failures are shown always, of a setup nothing else.
-    void end(const char* entryPoint, int result);
+    void end(const char* step, int result);
     /// The lines of a file that the link wrote, of a trace without its two head lines unless
     /// "heads" are to be shown. Times, the fourth field of a record, become "t".
     void addFile(const std::filesystem::path& file);
@@ -34,12 +36,13 @@ public:
     [[nodiscard]] std::string text();
 
 private:
-    [[nodiscard]] bool shows(const std::string& name) const;
+    [[nodiscard]] bool shows(const std::string& name);
     [[nodiscard]] std::string abbreviated(std::string text) const;
     void addPiece(const std::string& piece);
     void flush();
 
     std::vector<std::string> rules_;
+    std::map<std::string, bool> shows_;  ///< what the rules say, by name
     std::vector<std::pair<std::string, std::string>> abbreviations_;
     bool isSetup_;
     bool isShown_ = true;

@@ -1,6 +1,5 @@
 #include "double/host_double.hpp"
 
-#include <set>
 #include <string>
 
 #include "double/exchange.hpp"
@@ -16,29 +15,11 @@ using vex::AnyFunction;
 
 /// What a host must be able to rely on in its own answers: counts, handles, settings; and freeing,
 /// which runs in destructors.
-const std::set<std::string, std::less<>> trusted = {"nmoM",
-                                                    "nmoN",
-                                                    "nmoUseQ",
-                                                    "nmoMaxQNZ",
-                                                    "nmoNLCodeSizeMaxRow",
-                                                    "nmoValNAInt",
-                                                    "nmoGetjSolver",
-                                                    "nmoGetRowQNZOne",
-                                                    "nmoObjVar",
-                                                    "nmoObjNZ",
-                                                    "nmoObjQNZ",
-                                                    "nmoObjStyle",
-                                                    "nmoGetEquTypeCnt",
-                                                    "nmoPinf",
-                                                    "nmoMinf",
-                                                    "nmoIndexBaseSet",
-                                                    "nmoObjStyleSet",
-                                                    "nmoObjReformSet",
-                                                    "nmoSetNRowPerm",
-                                                    "nmoEnvironment",
-                                                    "nmoPPool",
-                                                    "optMessageCount",
-                                                    "optVarEquMapCount"};
+constexpr std::string_view trusted =
+    " nmoM nmoN nmoUseQ nmoMaxQNZ nmoNLCodeSizeMaxRow nmoValNAInt nmoGetjSolver nmoGetRowQNZOne "
+    "nmoObjVar nmoObjNZ nmoObjQNZ nmoObjStyle nmoGetEquTypeCnt nmoPinf nmoMinf nmoIndexBaseSet "
+    "nmoObjStyleSet nmoObjReformSet nmoSetNRowPerm nmoEnvironment nmoPPool optMessageCount "
+    "optVarEquMapCount ";
 
 template <class Function>
 Function* builtIn(const char* symbol) {
@@ -60,8 +41,9 @@ template <class Traits, class Result, class Object, class... Arguments>
 struct Double<Traits, Result(Object, Arguments...)> {
     static Result call(Object object, Arguments... arguments) {
         static auto* const real = builtIn<Result(Object, Arguments...)>(Traits::symbol);
-        static const bool mayFail = !(std::is_void_v<Result> && (isOutput<Arguments> || ...)) &&
-                                    trusted.count(Traits::name) == 0;
+        static const bool mayFail =
+            !(std::is_void_v<Result> && (isOutput<Arguments> || ...)) &&
+            trusted.find(" " + std::string(Traits::name) + " ") == trusted.npos;
         const auto forward = [object](Arguments... a) -> Result { return real(object, a...); };
         return respond<Result>(Traits::name, mayFail, forward, arguments...);
     }

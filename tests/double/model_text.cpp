@@ -94,10 +94,14 @@ std::string modelText(ls_solver* solver) {
         own.push_back(e);
         writer.label(e, name.empty() ? "$" + std::to_string(own.size()) : name);
     }
-    std::string text;
+    std::string text = ls_nb_objectives(solver) == 0 ? "no objective\n" : "";
     for (int k = 0; k < ls_nb_objectives(solver); ++k) {
+        const int e = ls_get_objective(solver, k);
+        if (ls_nb_objectives(solver) == 1 && ls_expr_get_operator(solver, e) == LS_OP_SUM &&
+            ls_expr_nb_operands(solver, e) == 0)
+            continue;
         const bool minimise = ls_get_objective_direction(solver, k) == LS_MINIMIZE;
-        text += (minimise ? "min " : "max ") + writer.reference(ls_get_objective(solver, k)) + "\n";
+        text += (minimise ? "min " : "max ") + writer.reference(e) + "\n";
     }
     for (int k = 0; k < ls_nb_constraints(solver); ++k) {
         const int e = ls_get_constraint(solver, k);

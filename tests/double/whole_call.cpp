@@ -223,10 +223,10 @@ private:
         // The preparation of a solve is shown when it fails.
         log.begin(step, /*isShown=*/(asked.kind != "solve" || step != "ready") && step != "throws");
         if (step == "ready") {
-            log.end("vexReadyAPI", vexReadyAPI(handle, model.handle(),
-                                               asked.ownOptions ? nullptr : options.handle()));
+            log.end("ready", vexReadyAPI(handle, model.handle(),
+                                         asked.ownOptions ? nullptr : options.handle()));
         } else if (step == "solve") {
-            log.end("vexCallSolver", vexCallSolver(handle));
+            log.end("solve", vexCallSolver(handle));
         } else if (step == "free") {
             vexFree(&handle);
         } else if (step == "throws") {

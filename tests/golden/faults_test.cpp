@@ -38,9 +38,9 @@ int lastNumber(const std::string& text, const std::string& mark) {
 void expectClearEnd(const std::string& text) {
     const int modelStatus = lastNumber(text, "model=");
     const int solveStatus = lastNumber(text, "solve=");
-    const bool failed = text.find("vexReadyAPI = 1") != std::string::npos ||
-                        text.find("vexCallSolver = 1") != std::string::npos ||
-                        text.find("vexCallSolver = 3") != std::string::npos;
+    const bool failed = text.find("ready -> 1") != std::string::npos ||
+                        text.find("solve -> 1") != std::string::npos ||
+                        text.find("solve -> 3") != std::string::npos;
     if (modelStatus == 14)
         EXPECT_EQ(solveStatus, 6);
     else if (modelStatus == 13)
@@ -94,13 +94,12 @@ TEST(Faults, LeaveTheLinkObjectFitForTheNextRun) {
     const std::int64_t nbCalls = exchange().nbCalls();
     twice.back() = "do ready solve ready solve free";
     const std::string ending = lastSetupAndSolve(doubles::runCase(twice));
-    for (const Fault fault : {Fault::low, Fault::thrown}) {
-        for (std::int64_t k = 1; k <= nbCalls; ++k) {
-            testing::internal::CaptureStderr();
-            const std::string text = doubles::runCase(twice, [&] { exchange().spoil(k, fault); });
-            testing::internal::GetCapturedStderr();
-            ASSERT_EQ(lastSetupAndSolve(text), ending) << k << ": " << exchange().spoiled();
-        }
+    for (std::int64_t k = 1; k <= nbCalls; ++k) {
+        const Fault fault = k % 2 == 0 ? Fault::low : Fault::thrown;
+        testing::internal::CaptureStderr();
+        const std::string text = doubles::runCase(twice, [&] { exchange().spoil(k, fault); });
+        testing::internal::GetCapturedStderr();
+        ASSERT_EQ(lastSetupAndSolve(text), ending) << k << ": " << exchange().spoiled();
     }
 }
 

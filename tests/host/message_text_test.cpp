@@ -3,50 +3,40 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 namespace vex {
 namespace {
 
 TEST(MessageText, CutsEachPieceToTheRoomLeftAndNeverOverruns) {
-    struct Case {
-        const char* what;
+    const struct {
         std::int32_t length;
-        std::vector<std::string> pieces;
-        const char* text;
+        std::string first, second, text;
+    } cases[] = {
+        {12, "Could ", "not", "Could not"},    {6, "Could", "", "Could"},  {5, "Could", "", "Coul"},
+        {9, "Could ", "not load", "Could no"}, {4, "Could", "not", "Cou"}, {1, "Could", "", ""},
     };
-    const Case cases[] = {
-        {"all fits", 12, {"Could ", "not"}, "Could not"},
-        {"exactly the room", 6, {"Could"}, "Could"},
-        {"one too many", 5, {"Could"}, "Coul"},
-        {"cut inside the second piece", 9, {"Could ", "not load"}, "Could no"},
-        {"pieces after a full buffer", 4, {"Could", "not", ""}, "Cou"},
-        {"room for the terminator alone", 1, {"Could"}, ""},
-        {"no pieces", 5, {}, ""},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& [length, first, second, expected] : cases) {
         std::string buffer(20, '#');
-        MessageText text(buffer.data(), c.length);
+        MessageText text(buffer.data(), length);
+        EXPECT_EQ(buffer[static_cast<std::size_t>(length) - 1], '\0');
+        text << "stale";
         text.clear();
-        for (const std::string& piece : c.pieces) text << piece;
-        EXPECT_STREQ(buffer.c_str(), c.text);
-        EXPECT_EQ(buffer.substr(static_cast<std::size_t>(c.length)),
-                  std::string(20 - static_cast<std::size_t>(c.length), '#'));
+        EXPECT_STREQ(buffer.c_str(), "");
+        text << first << second;
+        EXPECT_STREQ(buffer.c_str(), expected.c_str());
+        EXPECT_EQ(buffer.substr(static_cast<std::size_t>(length)),
+                  std::string(20 - static_cast<std::size_t>(length), '#'));
     }
 }
 
 TEST(MessageText, LeavesBuffersWithoutRoomAlone) {
     char buffer[] = "##";
-    for (const std::int32_t length : {0, -1}) {
-        MessageText text(buffer, length);
+    for (const std::int32_t length : {0, -1, 10}) {
+        MessageText text(length < 10 ? buffer : nullptr, length);
         text.clear();
         text << "text";
         EXPECT_STREQ(buffer, "##");
     }
-    MessageText nowhere(nullptr, 10);
-    nowhere.clear();
-    nowhere << "text";
 }
 
 }  // namespace

@@ -1,6 +1,9 @@
 #include "link/entry_points.hpp"
 
 #include <gmock/gmock.h>
+#ifndef _WIN32
+#include <dlfcn.h>
+#endif
 
 #include <cstdlib>
 #include <cstring>
@@ -9,6 +12,7 @@
 #include <sstream>
 #include <string>
 
+#include "double/instance_text.hpp"
 #include "link/build_banner.hpp"
 
 // The allocation that fails next, counted from 1; 0: none.
@@ -28,6 +32,37 @@ static int failingAllocation = 0;
     std::free(memory);
 }
 // NOLINTEND(cppcoreguidelines-*)
+
+#ifndef _WIN32
+/// Part of the name of a library that cannot be loaded.
+static const char* missingLibrary = "hubdclib64";
+
+extern "C" void* dlopen(const char* file, int mode) noexcept {
+    static auto* const real =
+        reinterpret_cast<void* (*)(const char*, int)>(dlsym(RTLD_NEXT, "dlopen"));
+    if (file != nullptr && std::strstr(file, missingLibrary) != nullptr) return nullptr;
+    return real(file, mode);
+}
+
+/// Comes first: bindings stay for the life of the process.
+TEST(EntryPoints, AreNotReadyWithoutTheHostsLibraries) {
+    void* handle = nullptr;
+    xcreate(&handle);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(vexReadyAPI(handle, nullptr, nullptr), 1);
+    missingLibrary = "prmdclib64";
+    norv::Environment environment;
+    std::string log;
+    environment.setLogSink([&log](std::string_view text) { log += text; });
+    const norv::Model model = readInstance("min x", environment);
+    EXPECT_EQ(vexReadyAPI(handle, model.handle(), nullptr), 1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_THAT(log, testing::EndsWith("\n*** Can't load option library: Could not load shared "
+                                       "library prmdclib64.so: unknown error\n"));
+    xfree(&handle);
+    missingLibrary = "none";
+}
+#endif
 
 namespace {
 
@@ -61,18 +96,15 @@ TEST(EntryPoints, CreateTellsAboutMissingMemory) {
     EXPECT_EQ(handle, &untouched);
     EXPECT_EQ(message.substr(0, 9), std::string("std::ba\0#", 9));
 
-    struct Case {
-        std::int32_t length;
-        const char* text;
-    };
-    for (const Case& c :
-         {Case{100, "Error while creating object"}, Case{6, "Error"}, Case{1, ""}}) {
+    const std::pair<std::int32_t, const char*> cut[] = {
+        {100, "Error while creating object"}, {6, "Error"}, {1, ""}};
+    for (const auto& [length, text] : cut) {
         std::string buffer(101, '#');
         failingAllocation = 1;
-        EXPECT_EQ(vexcreate(&handle, buffer.data(), c.length), 0);
+        EXPECT_EQ(vexcreate(&handle, buffer.data(), length), 0);
         EXPECT_EQ(handle, nullptr);
-        EXPECT_STREQ(buffer.c_str(), c.text);
-        EXPECT_EQ(buffer[static_cast<std::size_t>(c.length)], '#');
+        EXPECT_STREQ(buffer.c_str(), text);
+        EXPECT_EQ(buffer[static_cast<std::size_t>(length)], '#');
     }
     failingAllocation = 1;
     EXPECT_EQ(xcreate(&handle), 1);
