@@ -51,6 +51,9 @@ public:
     /// The function whose call was spoiled, or the empty text.
     [[nodiscard]] const std::string& spoiled() const { return spoiledName; }
 
+    /// Whether the link's own code is running: in an entry point, in no double.
+    bool isInLink = false;
+
 private:
     struct Answers {
         std::vector<std::string> values;

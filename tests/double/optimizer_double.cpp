@@ -65,6 +65,7 @@ const std::map<std::string, std::string> statistics = {{"status", "ls_get_soluti
 void runEvent(ls_solver* solver, int type) {
     State& s = state();
     for (const auto& [wanted, callback, userData] : s.callbacks) {
+        const Holding inside(exchange().isInLink, true);
         if (wanted == type) callback(solver, type, userData);
     }
     if (!s.interruption) return;
@@ -153,6 +154,7 @@ struct Call<Function> {
             return perform<Function, Result>(name, a...);
         };
         Exchange& shared = exchange();
+        const Holding outside(shared.isInLink, false);
         const Fault fault = shared.isSilent() ? Fault::none : shared.faultOf(name, mayFail);
         if (fault != Fault::none) {
             report(fault == Fault::low ? LS_ERROR_CALLER : LS_ERROR_INTERNAL, "planned failure",

@@ -219,14 +219,20 @@ private:
         }
     }
 
+    template <class Call>
+    static std::int32_t inLink(const Call& call) {
+        const Holding inside(exchange().isInLink, true);
+        return call();
+    }
+
     void perform(const std::string& step) {
         // The preparation of a solve is shown when it fails.
         log.begin(step, /*isShown=*/(asked.kind != "solve" || step != "ready") && step != "throws");
+        const vex::OptionHandle given = asked.ownOptions ? nullptr : options.handle();
         if (step == "ready") {
-            log.end("ready", vexReadyAPI(handle, model.handle(),
-                                         asked.ownOptions ? nullptr : options.handle()));
+            log.end("ready", inLink([&] { return vexReadyAPI(handle, model.handle(), given); }));
         } else if (step == "solve") {
-            log.end("solve", vexCallSolver(handle));
+            log.end("solve", inLink([&] { return vexCallSolver(handle); }));
         } else if (step == "free") {
             vexFree(&handle);
         } else if (step == "throws") {

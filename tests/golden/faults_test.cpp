@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <new>
 #include <set>
 #include <string>
 #include <vector>
@@ -11,6 +14,25 @@
 #include "host/host_interfaces.hpp"
 
 /// Whole runs in which one call after the other goes wrong.
+
+// The allocation of the link's own code that fails next, counted from 1; 0: none.
+static int failingAllocation = 0;
+
+// Not inlined: the compiler would take the pair below for a mismatch of new and free.
+// NOLINTBEGIN(cppcoreguidelines-*): this is where memory is managed by hand
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    if (failingAllocation > 0 && doubles::exchange().isInLink && --failingAllocation == 0)
+        throw std::bad_alloc();
+    if (void* memory = std::malloc(size)) return memory;
+    throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+// NOLINTEND(cppcoreguidelines-*)
 
 namespace {
 
@@ -90,17 +112,24 @@ TEST(Faults, LeaveTheLinkObjectFitForTheNextRun) {
     twice.pop_back();
     twice.emplace_back("hide ls_expr_set*");  // starting values: what the first run left
     twice.emplace_back("do ready solve");
-    doubles::runCase(twice, [] { exchange().spoil(0, Fault::none); });
-    const std::int64_t nbCalls = exchange().nbCalls();
+    doubles::runCase(twice, [] { exchange().spoil(failingAllocation = 1000000, Fault::none); });
+    const int nbAllocations = 1000000 - failingAllocation;
+    const int nbCalls = static_cast<int>(exchange().nbCalls());
+    EXPECT_GT(nbAllocations, 50);
+    failingAllocation = 0;
     twice.back() = "do ready solve ready solve free";
     const std::string ending = lastSetupAndSolve(doubles::runCase(twice));
-    for (std::int64_t k = 1; k <= nbCalls; ++k) {
-        const Fault fault = k % 2 == 0 ? Fault::low : Fault::thrown;
+    const auto expectEnding = [&](const std::function<void()>& spoil, int number) {
         testing::internal::CaptureStderr();
-        const std::string text = doubles::runCase(twice, [&] { exchange().spoil(k, fault); });
+        const std::string text = doubles::runCase(twice, spoil);
         testing::internal::GetCapturedStderr();
-        ASSERT_EQ(lastSetupAndSolve(text), ending) << k << ": " << exchange().spoiled();
+        ASSERT_EQ(lastSetupAndSolve(text), ending) << number << ": " << exchange().spoiled();
+    };
+    for (int k = 1; k <= nbCalls; ++k) {
+        const Fault fault = k % 2 == 0 ? Fault::low : Fault::thrown;
+        expectEnding([k, fault] { exchange().spoil(k, fault); }, k);
     }
+    for (int k = 1; k <= nbAllocations; ++k) expectEnding([k] { failingAllocation = k; }, -k);
 }
 
 }  // namespace
