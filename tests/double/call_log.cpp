@@ -9,7 +9,7 @@ namespace doubles {
 
 namespace {
 
-constexpr std::size_t longestLine = 99;
+constexpr std::size_t longestLine = 100;
 
 constexpr const char* ofSetup =
     "nevLogStat nevLogStatPChar nevLog nevLogPChar nmoModelStatSet nmoSolveStatSet optSetIntStr";
@@ -74,6 +74,7 @@ void CallLog::add(const std::string& name, const std::string& arguments,
                   const std::string& result) {
     hasSolver_ = hasSolver_ || name == "ls_create_solver";
     if (!isShown_ || !hasSolver_ || !shows(name)) return;
+    if (name == "nevLogStatPChar" && arguments == "\"\\n\"") return addPiece("\\n");
     const auto found = shortForms.find(name);
     addPiece(found != shortForms.end() ? found->second + arguments + result
                                        : name + "(" + arguments + ")" + result);
@@ -89,7 +90,7 @@ std::string CallLog::abbreviated(std::string text) const {
 
 void CallLog::addPiece(const std::string& piece) {
     const std::string text = abbreviated(piece);
-    if (line_.size() + text.size() > longestLine) flush();
+    if (line_.size() + 1 + text.size() > longestLine) flush();
     line_ += (line_.empty() ? "" : " ") + text;
 }
 
@@ -99,10 +100,10 @@ void CallLog::addLines(const std::string& lines) {
     all_ += abbreviated(lines);
 }
 
-void CallLog::end(const char* step, int result) {
+void CallLog::end(int result) {
     isShown_ = isShown_ || result != 0;
     if (!isShown_ || (result == 0 && isSetup_)) return;
-    addPiece(step + (" -> " + std::to_string(result)));
+    addPiece("->" + std::to_string(result));
     flush();
 }
 

@@ -9,10 +9,11 @@
 namespace doubles {
 
 /// Calls as a text, one after another, broken into lines. The calls met most have short forms:
-///   log "…" | both "…"     nevLog, nevLogStat; "log+", "both+": the forms that end no line
+///   log "…" | both "…"     nevLog, nevLogStat; "log+", "both+": the forms that end no line; of
+///                          these the bare line end to both: \n
 ///   model=N | solve=N      nmoModelStatSet, nmoSolveStatSet
 ///   find NAME | check "…"  of the bindings
-///   ready -> N | solve -> N  the end of vexReadyAPI, vexCallSolver
+///   ->N                    the end of vexReadyAPI, vexCallSolver
 class CallLog {
 public:
     /// @param kind   which calls are shown, as in whole_call.hpp.
@@ -28,7 +29,7 @@ public:
     /// Whole lines, of whatever kind.
     void addLines(const std::string& lines);
     /// An entry point is over. Failures are shown always, of a setup nothing else.
-    void end(const char* step, int result);
+    void end(int result);
     /// The lines of a file that the link wrote, of a trace without its two head lines unless
     /// "heads" are to be shown. Times, the fourth field of a record, become "t".
     void addFile(const std::filesystem::path& file);

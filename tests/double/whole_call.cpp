@@ -230,9 +230,9 @@ private:
         log.begin(step, /*isShown=*/(asked.kind != "solve" || step != "ready") && step != "throws");
         const vex::OptionHandle given = asked.ownOptions ? nullptr : options.handle();
         if (step == "ready") {
-            log.end("ready", inLink([&] { return vexReadyAPI(handle, model.handle(), given); }));
+            log.end(inLink([&] { return vexReadyAPI(handle, model.handle(), given); }));
         } else if (step == "solve") {
-            log.end("solve", inLink([&] { return vexCallSolver(handle); }));
+            log.end(inLink([&] { return vexCallSolver(handle); }));
         } else if (step == "free") {
             vexFree(&handle);
         } else if (step == "throws") {
