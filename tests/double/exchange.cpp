@@ -1,9 +1,31 @@
 #include "double/exchange.hpp"
 
 #include <cstdlib>
+#include <new>
 #include <stdexcept>
 
+// Not inlined: the compiler would take the pair below for a mismatch of new and free.
+// NOLINTBEGIN(cppcoreguidelines-*): this is where memory is managed by hand
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    using doubles::failingAllocation;
+    void* const memory = doubles::isInLink && failingAllocation > 0 && --failingAllocation == 0
+                             ? nullptr
+                             : std::malloc(size);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+// NOLINTEND(cppcoreguidelines-*)
+
 namespace doubles {
+
+thread_local bool isInLink = false;
+thread_local int failingAllocation = 0;
 
 Exchange& exchange() {
     static Exchange instance;

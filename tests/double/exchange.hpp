@@ -51,9 +51,6 @@ public:
     /// The function whose call was spoiled, or the empty text.
     [[nodiscard]] const std::string& spoiled() const { return spoiledName; }
 
-    /// Whether the link's own code is running: in an entry point, in no double.
-    bool isInLink = false;
-
 private:
     struct Answers {
         std::vector<std::string> values;
@@ -70,6 +67,12 @@ private:
 };
 
 Exchange& exchange();
+
+/// Whether this thread is in the link's own code: in an entry point, in no double.
+extern thread_local bool isInLink;
+/// The allocation of the link's own code that fails next, counted from 1; 0: none. For this every
+/// program with doubles has an allocation of its own.
+extern thread_local int failingAllocation;
 
 /// For the scope's time calls go through untouched: neither recorded nor answered nor spoiled.
 class Silence {

@@ -6,10 +6,13 @@
 #include <vector>
 
 #include "double/exchange.hpp"
+#include "localsolver.hpp"
 
 namespace doubles {
 
 namespace {
+
+using localsolver::LSExpression;
 
 /// By operator code; spelt here, so that a wrong table elsewhere shows.
 constexpr std::array<std::string_view, 37> operators = {
@@ -18,112 +21,109 @@ constexpr std::array<std::string_view, 37> operators = {
     "dist", "div",   "mod",   "array", "at",  "scalarprod", "ceil", "floor", "round", "sqrt",
     "log",  "exp",   "pow",   "cos",   "sin", "tan",        "int"};
 
-constexpr std::size_t longestLine = 99;
+constexpr std::size_t longestLine = 100;
 
 class Writer {
 public:
-    explicit Writer(ls_solver* solver_) : solver(solver_) {}
-
-    void label(int e, const std::string& text) { labels[e] = text; }
-
-    /// What stands for `e` as an operand.
-    std::string reference(int e) const {
-        const auto found = labels.find(e);
-        return found != labels.end() ? found->second : full(e);
+    explicit Writer(ls_solver* owner) : solver(owner), nbUses(nbExpressions()) {
+        // What is left over from building is not counted.
+        for (int k = 0; k < ls_nb_objectives(solver); ++k) use(at(ls_get_objective(solver, k)));
+        for (int k = 0; k < ls_nb_constraints(solver); ++k)
+            use(at(ls_get_constraint(solver, k)), /*isConstraint=*/true);
+        for (int e = 0; e < static_cast<int>(nbUses.size()); ++e) nameIfOwn(at(e));
     }
 
-    std::string full(int e) const {
-        const int op = ls_expr_get_operator(solver, e);
-        if (op == LS_OP_CONST) {
-            return ls_expr_is_double(solver, e) != 0
-                       ? typedNumber(ls_expr_get_double_value(solver, e))
-                       : std::to_string(ls_expr_get_int_value(solver, e));
+    std::string objectives() const {
+        const int nb = ls_nb_objectives(solver);
+        std::string text = nb == 0 ? "no objective\n" : "";
+        for (int k = 0; k < nb; ++k) {
+            const bool minimise = ls_get_objective_direction(solver, k) == LS_MINIMIZE;
+            text += minimise ? "min " : "max ";
+            text += reference(at(ls_get_objective(solver, k))) + "\n";
         }
-        std::string text = std::string(operators.at(static_cast<std::size_t>(op))) + "(";
-        for (int k = 0; k < ls_expr_nb_operands(solver, e); ++k)
-            text += (k > 0 ? ", " : "") + reference(ls_expr_get_operand(solver, e, k));
-        return text + ")";
+        return text == "min sum()\n" ? "" : text;
+    }
+
+    std::string constraints() const {
+        std::string text;
+        for (int k = 0; k < ls_nb_constraints(solver); ++k) {
+            const LSExpression e = at(ls_get_constraint(solver, k));
+            text += (e.isNamed() ? e.getName() : "") + ": " + full(e) + "\n";
+        }
+        return text;
+    }
+
+    std::string decisionsAndDefinitions() const {
+        std::string decisions, definitions, line, domain;
+        for (const LSExpression e : own) {
+            if (!e.isDecision()) {
+                definitions += reference(e) + " = " + full(e) + "\n";
+                continue;
+            }
+            if (full(e) != domain && !domain.empty()) line += " = " + domain;
+            if (line.size() + reference(e).size() + domain.size() > longestLine) {
+                decisions += line + (line.ends_with(")") ? "\n" : " = " + domain + "\n");
+                line.clear();
+            }
+            domain = full(e);
+            line += (line.empty() ? "" : " ") + reference(e);
+        }
+        return decisions + line + (line.empty() ? "" : " = " + domain + "\n") + definitions;
     }
 
 private:
+    std::size_t nbExpressions() const {
+        return static_cast<std::size_t>(ls_nb_expressions(solver));
+    }
+    LSExpression at(int e) const { return {solver, e}; }
+
+    void use(LSExpression root, bool isConstraint = false) {
+        std::vector<LSExpression> open = {root};
+        while (!open.empty()) {
+            const LSExpression e = open.back();
+            open.pop_back();
+            if (++nbUses[static_cast<std::size_t>(e.getIndex())] > 1) continue;
+            for (int k = 0; k < e.getNbOperands(); ++k) open.push_back(e.getOperand(k));
+        }
+        if (isConstraint) labels[root.getIndex()] = "";
+    }
+
+    void nameIfOwn(LSExpression e) {
+        const bool isShared = nbUses[static_cast<std::size_t>(e.getIndex())] > 1;
+        if (!e.isDecision() && (e.getOperator() == LS_OP_CONST || labels.count(e.getIndex()) != 0 ||
+                                (!e.isNamed() && !isShared)))
+            return;
+        own.push_back(e);
+        labels[e.getIndex()] = e.isNamed() ? e.getName() : "$" + std::to_string(own.size());
+    }
+
+    /// What stands for `e` as an operand.
+    std::string reference(LSExpression e) const {
+        const auto found = labels.find(e.getIndex());
+        return found != labels.end() && !found->second.empty() ? found->second : full(e);
+    }
+
+    std::string full(LSExpression e) const {
+        if (e.getOperator() == LS_OP_CONST)
+            return e.isDouble() ? typedNumber(e.getDoubleValue()) : std::to_string(e.getIntValue());
+        std::string text(operators.at(static_cast<std::size_t>(e.getOperator())));
+        for (int k = 0; k < e.getNbOperands(); ++k)
+            text += (k > 0 ? ", " : "(") + reference(e.getOperand(k));
+        return text + (e.getNbOperands() > 0 ? ")" : "()");
+    }
+
     ls_solver* solver;
-    std::map<int, std::string> labels;
+    std::vector<int> nbUses;            ///< by expression
+    std::map<int, std::string> labels;  ///< of what has a line of its own; empty: constraints
+    std::vector<LSExpression> own;
 };
 
 }  // namespace
 
-std::string nameOf(ls_solver* solver, int expression) {
-    if (ls_expr_is_named(solver, expression) == 0) return {};
-    std::string name(static_cast<std::size_t>(ls_expr_get_name(solver, expression, nullptr, 0)),
-                     '\0');
-    ls_expr_get_name(solver, expression, name.data(), static_cast<int>(name.size()));
-    name.pop_back();
-    return name;
-}
-
 std::string modelText(ls_solver* solver) {
     const Silence silence;
-    Writer writer(solver);
-    const int nbExpressions = ls_nb_expressions(solver);
-    std::vector<int> nbUses(static_cast<std::size_t>(nbExpressions));
-    std::vector<bool> isConstraint(nbUses.size());
-    std::vector<int> open;
-    const auto use = [&](int e) {  // what is left over from building it is not counted
-        if (++nbUses[static_cast<std::size_t>(e)] == 1) open.push_back(e);
-    };
-    for (int k = 0; k < ls_nb_objectives(solver); ++k) use(ls_get_objective(solver, k));
-    for (int k = 0; k < ls_nb_constraints(solver); ++k) {
-        use(ls_get_constraint(solver, k));
-        isConstraint[static_cast<std::size_t>(ls_get_constraint(solver, k))] = true;
-    }
-    while (!open.empty()) {
-        const int e = open.back();
-        open.pop_back();
-        for (int k = 0; k < ls_expr_nb_operands(solver, e); ++k)
-            use(ls_expr_get_operand(solver, e, k));
-    }
-
-    std::vector<int> own;
-    for (int e = 0; e < nbExpressions; ++e) {
-        const auto at = static_cast<std::size_t>(e);
-        const std::string name = nameOf(solver, e);
-        const bool isOwn = ls_expr_is_decision(solver, e) != 0 ||
-                           (ls_expr_get_operator(solver, e) != LS_OP_CONST && !isConstraint[at] &&
-                            (!name.empty() || nbUses[at] > 1));
-        if (!isOwn) continue;
-        own.push_back(e);
-        writer.label(e, name.empty() ? "$" + std::to_string(own.size()) : name);
-    }
-    std::string text = ls_nb_objectives(solver) == 0 ? "no objective\n" : "";
-    for (int k = 0; k < ls_nb_objectives(solver); ++k) {
-        const int e = ls_get_objective(solver, k);
-        if (ls_nb_objectives(solver) == 1 && ls_expr_get_operator(solver, e) == LS_OP_SUM &&
-            ls_expr_nb_operands(solver, e) == 0)
-            continue;
-        const bool minimise = ls_get_objective_direction(solver, k) == LS_MINIMIZE;
-        text += (minimise ? "min " : "max ") + writer.reference(e) + "\n";
-    }
-    for (int k = 0; k < ls_nb_constraints(solver); ++k) {
-        const int e = ls_get_constraint(solver, k);
-        text += nameOf(solver, e) + ": " + writer.full(e) + "\n";
-    }
-    std::string line;
-    std::string domain;
-    std::string definitions;
-    for (const int e : own) {
-        if (ls_expr_is_decision(solver, e) == 0) {
-            definitions += writer.reference(e) + " = " + writer.full(e) + "\n";
-            continue;
-        }
-        if (writer.full(e) != domain && !domain.empty()) line += " = " + domain;
-        if (line.size() + writer.reference(e).size() + domain.size() > longestLine) {
-            text += line + (line.ends_with(")") ? "\n" : " = " + domain + "\n");
-            line.clear();
-        }
-        domain = writer.full(e);
-        line += (line.empty() ? "" : " ") + writer.reference(e);
-    }
-    return text + line + (line.empty() ? "" : " = " + domain + "\n") + definitions;
+    const Writer writer(solver);
+    return writer.objectives() + writer.constraints() + writer.decisionsAndDefinitions();
 }
 
 std::string modelSize(ls_solver* solver) {

@@ -6,9 +6,6 @@
 
 namespace doubles {
 
-/// Name of an expression, empty without one.
-std::string nameOf(ls_solver* solver, int expression);
-
 /// The model as it stands, typed: a line an objective and constraint, none for a single objective
 /// without terms; then the decisions in the
 /// order of creation, neighbours of one domain together; then a line an expression that has a name

@@ -7,8 +7,8 @@
 #include <tuple>
 
 #include "double/exchange.hpp"
-#include "double/model_text.hpp"
 #include "host/library_loading.hpp"
+#include "localsolver.hpp"
 
 namespace doubles {
 
@@ -47,13 +47,11 @@ void report(int code, const char* text, const char* function) {
 
 void setDecision(ls_solver* solver, const std::string& name, double value) {
     const Silence silence;
-    for (int e = 0; e < ls_nb_expressions(solver); ++e) {
-        if (nameOf(solver, e) != name || ls_expr_is_decision(solver, e) == 0) continue;
-        if (ls_expr_is_double(solver, e) != 0)
-            ls_expr_set_double_value(solver, e, value);
-        else
-            ls_expr_set_int_value(solver, e, static_cast<std::int64_t>(value));
-        return;
+    for (int k = 0; k < ls_nb_expressions(solver); ++k) {
+        const localsolver::LSExpression e(solver, k);
+        if (!e.isDecision() || !e.isNamed() || e.getName() != name) continue;
+        return e.isDouble() ? e.setDoubleValue(value)
+                            : e.setIntValue(static_cast<std::int64_t>(value));
     }
     throw std::invalid_argument("no decision " + name);
 }
@@ -65,7 +63,7 @@ const std::map<std::string, std::string> statistics = {{"status", "ls_get_soluti
 void runEvent(ls_solver* solver, int type) {
     State& s = state();
     for (const auto& [wanted, callback, userData] : s.callbacks) {
-        const Holding inside(exchange().isInLink, true);
+        const Holding inside(isInLink, true);
         if (wanted == type) callback(solver, type, userData);
     }
     if (!s.interruption) return;
@@ -154,7 +152,7 @@ struct Call<Function> {
             return perform<Function, Result>(name, a...);
         };
         Exchange& shared = exchange();
-        const Holding outside(shared.isInLink, false);
+        const Holding outside(isInLink, false);
         const Fault fault = shared.isSilent() ? Fault::none : shared.faultOf(name, mayFail);
         if (fault != Fault::none) {
             report(fault == Fault::low ? LS_ERROR_CALLER : LS_ERROR_INTERNAL, "planned failure",

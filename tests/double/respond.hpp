@@ -137,7 +137,7 @@ private:
 template <class Result, class Real, class... Arguments>
 Result respond(const char* name, bool mayFail, Real&& real, Arguments... arguments) {
     Exchange& shared = exchange();
-    const Holding outside(shared.isInLink, false);
+    const Holding outside(isInLink, false);
     if (shared.isSilent()) return real(arguments...);
     const auto tell = [&](const std::string& result) {
         if (shared.isListening()) shared.tell(name, textOfAll(arguments...), result);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <random>
 #include <sstream>
@@ -27,30 +28,22 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// A folder to work in, gone at the end.
-class ScratchFolder {
-public:
-    ScratchFolder() : path(claimed()) { std::filesystem::current_path(path); }
+/// A folder to work in, gone at the end. Other test programs run at the same time.
+struct ScratchFolder {
+    ScratchFolder() {
+        std::filesystem::create_directory(path);
+        std::filesystem::current_path(path);
+    }
     ~ScratchFolder() {
         std::filesystem::current_path(before, ignored);
         std::filesystem::remove_all(path, ignored);
     }
     ScratchFolder(const ScratchFolder&) = delete;
     ScratchFolder& operator=(const ScratchFolder&) = delete;
-    const std::filesystem::path path;
-
-private:
-    /// One that did not exist: other test programs run at the same time.
-    static std::filesystem::path claimed() {
-        std::random_device number;
-        while (true) {
-            std::filesystem::path folder =
-                std::filesystem::temp_directory_path() / ("vexcc_case_" + std::to_string(number()));
-            if (std::filesystem::create_directory(folder)) return folder;
-        }
-    }
 
     const std::filesystem::path before = std::filesystem::current_path();
+    const std::filesystem::path path = std::filesystem::temp_directory_path() /
+                                       ("vexcc_case_" + std::to_string(std::random_device()()));
     std::error_code ignored;
 };
 
@@ -113,11 +106,12 @@ Case readCase(const std::vector<std::string>& lines) {
 }
 
 const vex::HostInterface& interfaceOf(const std::string& prefix) {
-    if (prefix == "nmo") return vex::nmoInterface;
-    if (prefix == "nev") return vex::nevInterface;
-    if (prefix == "hux") return vex::huxInterface;
-    if (prefix == "opt") return vex::optInterface;
-    throw std::invalid_argument("no interface " + prefix);
+    static const std::map<std::string, const vex::HostInterface*> all = {
+        {"nmo", &vex::nmoInterface},
+        {"nev", &vex::nevInterface},
+        {"hux", &vex::huxInterface},
+        {"opt", &vex::optInterface}};
+    return *all.at(prefix);
 }
 
 /// What a fresh binding of the interface says. The slots hold the double again afterwards.
@@ -221,7 +215,7 @@ private:
 
     template <class Call>
     static std::int32_t inLink(const Call& call) {
-        const Holding inside(exchange().isInLink, true);
+        const Holding inside(isInLink, true);
         return call();
     }
 

@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <functional>
-#include <new>
 #include <set>
 #include <string>
 #include <vector>
@@ -15,28 +13,10 @@
 
 /// Whole runs in which one call after the other goes wrong.
 
-// The allocation of the link's own code that fails next, counted from 1; 0: none.
-static int failingAllocation = 0;
-
-// Not inlined: the compiler would take the pair below for a mismatch of new and free.
-// NOLINTBEGIN(cppcoreguidelines-*): this is where memory is managed by hand
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    if (failingAllocation > 0 && doubles::exchange().isInLink && --failingAllocation == 0)
-        throw std::bad_alloc();
-    if (void* memory = std::malloc(size)) return memory;
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-// NOLINTEND(cppcoreguidelines-*)
-
 namespace {
 
 using doubles::exchange;
+using doubles::failingAllocation;
 using doubles::Fault;
 using Lines = std::vector<std::string>;
 

@@ -5,33 +5,14 @@
 #include <dlfcn.h>
 #endif
 
-#include <cstdlib>
 #include <cstring>
 #include <functional>
-#include <new>
 #include <sstream>
 #include <string>
 
+#include "double/exchange.hpp"
 #include "double/instance_text.hpp"
 #include "link/build_banner.hpp"
-
-// The allocation that fails next, counted from 1; 0: none.
-static int failingAllocation = 0;
-
-// Not inlined: the compiler would take the pair below for a mismatch of new and free.
-// NOLINTBEGIN(cppcoreguidelines-*): this is where memory is managed by hand
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    if (failingAllocation > 0 && --failingAllocation == 0) throw std::bad_alloc();
-    if (void* memory = std::malloc(size)) return memory;
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-// NOLINTEND(cppcoreguidelines-*)
 
 #ifndef _WIN32
 /// Part of the name of a library that cannot be loaded.
@@ -88,10 +69,11 @@ TEST(EntryPoints, CreatesAndFreesPairUp) {
 }
 
 TEST(EntryPoints, CreateTellsAboutMissingMemory) {
+    const doubles::Holding inside(doubles::isInLink, true);
     char untouched = 0;
     void* handle = &untouched;
     std::string message(20, '#');
-    failingAllocation = 1;
+    doubles::failingAllocation = 1;
     EXPECT_EQ(vexCreate(&handle, message.data(), 8), 1);
     EXPECT_EQ(handle, &untouched);
     EXPECT_EQ(message.substr(0, 9), std::string("std::ba\0#", 9));
@@ -100,16 +82,16 @@ TEST(EntryPoints, CreateTellsAboutMissingMemory) {
         {100, "Error while creating object"}, {6, "Error"}, {1, ""}};
     for (const auto& [length, text] : cut) {
         std::string buffer(101, '#');
-        failingAllocation = 1;
+        doubles::failingAllocation = 1;
         EXPECT_EQ(vexcreate(&handle, buffer.data(), length), 0);
         EXPECT_EQ(handle, nullptr);
         EXPECT_STREQ(buffer.c_str(), text);
         EXPECT_EQ(buffer[static_cast<std::size_t>(length)], '#');
     }
-    failingAllocation = 1;
+    doubles::failingAllocation = 1;
     EXPECT_EQ(xcreate(&handle), 1);
     EXPECT_EQ(handle, nullptr);
-    failingAllocation = 0;
+    doubles::failingAllocation = 0;
 }
 
 TEST(EntryPoints, MessageIsEmptiedOnSuccessAndLeftAloneWithoutLength) {
