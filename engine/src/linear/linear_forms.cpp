@@ -4,6 +4,8 @@
 #include <cmath>
 #include <set>
 
+#include "operators/operator_row.hpp"
+
 namespace engine {
 namespace {
 
@@ -116,41 +118,18 @@ std::optional<LinearForm> LinearForms::formOf(ExpressionIndex e, double factor,
 bool LinearForms::expand(const Term& term) {
     const auto e = static_cast<std::size_t>(term.expression);
     if (isConstant(term.expression)) {
-        constant_ += term.factor * values_[e].asDouble();
+        constant_ += term.factor * numberOf(term.expression);
         return true;
     }
     if (model_.decisionOf[e] >= 0) {
         addColumn(columnOf(model_.decisionOf[e]), term.factor);
         return true;
     }
-    const auto operands = model_.operandsOf(term.expression);
-    switch (model_.operatorOf(term.expression)) {
-        case LS_OP_SUM:
-            if (side_ != 0 && (*curvature_)[e].isWhole) return addCurved(term);
-            workLeft_ -= static_cast<std::int64_t>(operands.size());
-            for (const ExpressionIndex x : operands) stack_.push_back({x, term.factor});
-            return true;
-        case LS_OP_SUB:
-            stack_.push_back({operands[0], term.factor});
-            stack_.push_back({operands[1], -term.factor});
-            return true;
-        case LS_OP_PROD:
-            return expandProduct(term) || addCurved(term);
-        case LS_OP_DIV: {
-            if (!isConstant(operands[1])) return addCurved(term);
-            const double divisor = values_[static_cast<std::size_t>(operands[1])].asDouble();
-            if (divisor == 0.0) return false;
-            stack_.push_back({operands[0], term.factor / divisor});
-            return true;
-        }
-        case LS_OP_NOT:
-            if (!isBinary(operands[0])) return false;
-            constant_ += term.factor;
-            stack_.push_back({operands[0], -term.factor});
-            return true;
-        default:
-            return addCurved(term);
-    }
+    // What curves the right way as a whole would lose that in its terms.
+    if (side_ != 0 && (*curvature_)[e].isWhole) return addCurved(term);
+    const Operands operands(model_, term.expression);
+    return rowOf(model_.operatorOf(term.expression)).linear(operands, term.factor, *this) ||
+           addCurved(term);
 }
 
 /// Columns for all decisions that `e` depends on.
@@ -186,13 +165,12 @@ bool LinearForms::addCurved(const Term& term) {
     return true;
 }
 
-bool LinearForms::expandProduct(const Term& term) {
-    double factor = term.factor;
+bool LinearForms::addProduct(std::span<const ExpressionIndex> factors, double factor) {
     std::vector<ExpressionIndex> binaries;
     ExpressionIndex other = noExpression;
-    for (const ExpressionIndex x : model_.operandsOf(term.expression)) {
+    for (const ExpressionIndex x : factors) {
         if (isConstant(x)) {
-            factor *= values_[static_cast<std::size_t>(x)].asDouble();
+            factor *= numberOf(x);
         } else if (isBinary(x)) {
             binaries.push_back(x);
         } else if (other == noExpression) {

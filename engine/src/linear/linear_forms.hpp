@@ -2,11 +2,13 @@
 
 #include <map>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "evaluate/propagator.hpp"
 #include "linear/curvature.hpp"
 #include "linear/linear_model.hpp"
+#include "operators/linear.hpp"
 
 namespace engine {
 
@@ -14,7 +16,7 @@ namespace engine {
 ///
 /// Columns are made when first used: one per decision, one per product of booleans. The model and
 /// the vectors handed in must outlive it.
-class LinearForms {
+class LinearForms final : public LinearTerms {
 public:
     LinearForms(const ClosedModel& model, const Propagator& propagator,
                 const std::vector<Value>& values, LinearModel& out);
@@ -33,11 +35,11 @@ public:
         return formOf(first, 1.0, second);
     }
     /// Whether `e` depends on no decision.
-    [[nodiscard]] bool isConstant(ExpressionIndex e) const {
+    [[nodiscard]] bool isConstant(ExpressionIndex e) const override {
         return !depends_[static_cast<std::size_t>(e)];
     }
     /// A boolean decision or an integer one within [0, 1].
-    [[nodiscard]] bool isBinary(ExpressionIndex e) const;
+    [[nodiscard]] bool isBinary(ExpressionIndex e) const override;
     std::int32_t makeColumn(double lower, double upper, bool isInteger);
     /// Adds lower <= form <= upper; the form's constant is moved to the sides.
     /// @param tolerance  of the judge, absolute.
@@ -52,7 +54,15 @@ private:
 
     std::optional<LinearForm> formOf(ExpressionIndex e, double factor, ExpressionIndex minus);
     bool expand(const Term& term);
-    bool expandProduct(const Term& term);
+    [[nodiscard]] double numberOf(ExpressionIndex e) const override {
+        return values_[static_cast<std::size_t>(e)].asDouble();
+    }
+    void addConstant(double constant) override { constant_ += constant; }
+    void addTerm(ExpressionIndex e, double factor) override {
+        --workLeft_;
+        stack_.push_back({e, factor});
+    }
+    bool addProduct(std::span<const ExpressionIndex> factors, double factor) override;
     bool addCurved(const Term& term);
     void addColumnsBelow(ExpressionIndex e);
     void addColumn(std::int32_t column, double factor);

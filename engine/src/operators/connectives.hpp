@@ -25,6 +25,14 @@ inline void notNarrowing(const NarrowingStep& x) {
     if (x.own().mustBeZero()) x.restrictToTrue(0);
 }
 
+/// 1 - b.
+inline bool notLinear(const Operands& x, double factor, LinearTerms& to) {
+    if (!to.isBinary(x.indexOf(0))) return false;
+    to.addConstant(factor);
+    to.addTerm(x.indexOf(0), -factor);
+    return true;
+}
+
 inline MaybeStep notInverse(const InverseOperands& x, const Goal& goal) {
     if (x.own().isTrue() == goal.truth) return std::nullopt;
     return InverseStep{x.indexOf(0), Goal::ofTruth(!goal.truth)};
@@ -36,6 +44,7 @@ constexpr OperatorRow negation{.op = LS_OP_NOT,
                                .distance = notDistance,
                                .image = notImage,
                                .narrowing = notNarrowing,
+                               .linear = notLinear,
                                .inverse = notInverse};
 
 /// `and` (absorbing false) and `or` (absorbing true): an absorbing operand hides a NaN.

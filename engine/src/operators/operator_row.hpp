@@ -10,6 +10,7 @@
 #include "operators/curvature.hpp"
 #include "operators/distance.hpp"
 #include "operators/inverse.hpp"
+#include "operators/linear.hpp"
 #include "operators/narrowing.hpp"
 #include "operators/operands.hpp"
 #include "operators/relation.hpp"
@@ -59,6 +60,9 @@ inline void narrowing(const NarrowingStep&) {}
 inline Curvature curvature(const CurvatureOperands&) {
     return Curvature::Unknown;
 }
+inline bool linear(const Operands&, double, LinearTerms&) {
+    return false;
+}
 inline MaybeStep inverse(const InverseOperands&, const Goal&) {
     return std::nullopt;
 }
@@ -94,6 +98,9 @@ struct OperatorRow {
     void (*narrowing)(const NarrowingStep& x) = neutral::narrowing;
     /// Not all operands are constant.
     Curvature (*curvature)(const CurvatureOperands& x) = neutral::curvature;
+    /// Adds `factor` times the expression as a constant and terms in its operands.
+    /// @return false: it is not linear in them; nothing was added.
+    bool (*linear)(const Operands& x, double factor, LinearTerms& to) = neutral::linear;
     /// Solved for one operand, the others standing still: a truth for relations and connectives,
     /// whatever was asked for a choice, else a number, and its own value is one.
     MaybeStep (*inverse)(const InverseOperands& x, const Goal& goal) = neutral::inverse;

@@ -111,6 +111,10 @@ inline Curvature prodCurvature(const CurvatureOperands& x) {
     return factor < 0.0 ? flipped(curvature) : curvature;
 }
 
+inline bool prodLinear(const Operands& x, double factor, LinearTerms& to) {
+    return to.addProduct(x.indices(), factor);
+}
+
 /// Where the others give 0, nothing helps but another operand: the one that is 0 must leave it.
 inline MaybeStep leaveZero(const InverseOperands& x, const Goal& goal) {
     const auto zero = x.anyOperand([&](ExpressionIndex e) { return x.numberOf(e) == 0.0; });
@@ -140,6 +144,7 @@ constexpr OperatorRow prod{.op = LS_OP_PROD,
                            .image = prodImage,
                            .narrowing = prodNarrowing,
                            .curvature = prodCurvature,
+                           .linear = prodLinear,
                            .inverse = prodInverse};
 
 inline Value divValue(const ValueOperands& x) {
@@ -186,6 +191,12 @@ inline Curvature divCurvature(const CurvatureOperands& x) {
     return x.number(0) < 0.0 ? flipped(reciprocal) : reciprocal;
 }
 
+inline bool divLinear(const Operands& x, double factor, LinearTerms& to) {
+    if (!to.isConstant(x.indexOf(1))) return false;
+    to.addTerm(x.indexOf(0), factor / to.numberOf(x.indexOf(1)));
+    return true;
+}
+
 inline MaybeStep divInverse(const InverseOperands& x, const Goal& goal) {
     const double t = goal.number;
     const ExpressionIndex a = x.indexOf(0);
@@ -201,6 +212,7 @@ constexpr OperatorRow div{.op = LS_OP_DIV,
                           .image = divImage,
                           .narrowing = divNarrowing,
                           .curvature = divCurvature,
+                          .linear = divLinear,
                           .inverse = divInverse};
 
 inline Value modValue(const ValueOperands& x) {

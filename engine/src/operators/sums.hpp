@@ -43,6 +43,11 @@ inline Curvature sumCurvature(const CurvatureOperands& x) {
     return total;
 }
 
+inline bool sumLinear(const Operands& x, double factor, LinearTerms& to) {
+    for (const ExpressionIndex e : x.indices()) to.addTerm(e, factor);
+    return true;
+}
+
 inline MaybeStep sumInverse(const InverseOperands& x, const Goal& goal) {
     constexpr int nbDraws = 12;
     const double missing = goal.number - x.ownNumber();
@@ -69,6 +74,7 @@ constexpr OperatorRow sum{.op = LS_OP_SUM,
                           .image = sumImage,
                           .narrowing = sumNarrowing,
                           .curvature = sumCurvature,
+                          .linear = sumLinear,
                           .inverse = sumInverse};
 
 inline Value subValue(const ValueOperands& x) {
@@ -102,6 +108,12 @@ inline Curvature subCurvature(const CurvatureOperands& x) {
     return added(x.curvature(0), flipped(x.curvature(1)));
 }
 
+inline bool subLinear(const Operands& x, double factor, LinearTerms& to) {
+    to.addTerm(x.indexOf(0), factor);
+    to.addTerm(x.indexOf(1), -factor);
+    return true;
+}
+
 inline MaybeStep subInverse(const InverseOperands& x, const Goal& goal) {
     const ExpressionIndex a = x.indexOf(0);
     const ExpressionIndex b = x.indexOf(1);
@@ -117,6 +129,7 @@ constexpr OperatorRow sub{.op = LS_OP_SUB,
                           .image = subImage,
                           .narrowing = subNarrowing,
                           .curvature = subCurvature,
+                          .linear = subLinear,
                           .inverse = subInverse};
 
 }  // namespace engine::sums
