@@ -4,6 +4,21 @@
 #include "nonlinear/interior_point.hpp"
 
 namespace engine {
+namespace {
+
+/// Entries of the derivatives from which on a problem is large.
+constexpr std::size_t largeProblem = 20'000;
+
+bool isLarge(const LocalProblem& problem) {
+    return problem.jacobianRow().size() + problem.hessianRow().size() >= largeProblem;
+}
+
+bool hasPoint(const NonlinearAnswer& answer) {
+    return answer.status == NonlinearAnswer::Status::Optimal ||
+           answer.status == NonlinearAnswer::Status::Feasible;
+}
+
+}  // namespace
 
 NonlinearAnswer solveLocally(const NonlinearProblem& problem, const NonlinearSettings& settings) {
     LocalProblem local(problem);
@@ -17,8 +32,13 @@ NonlinearAnswer solveLocally(const NonlinearProblem& problem, const NonlinearSet
                 .multipliers = local.multipliers(nothing),
                 .violation = violation};
     }
-    return nonlinearBackEndName().empty() ? solveByInteriorPoint(local, settings)
-                                          : solveByBackEnd(local, settings);
+    if (nonlinearBackEndName().empty()) return solveByInteriorPoint(local, settings);
+    if (isLarge(local) || settings.isBarrierAdaptive) return solveByBackEnd(local, settings);
+    NonlinearAnswer own = solveByInteriorPoint(local, settings);
+    if (hasPoint(own) || settings.pace.mustEnd()) return own;
+    LocalProblem again(problem);
+    NonlinearAnswer other = solveByBackEnd(again, settings);
+    return hasPoint(other) || own.levels.empty() ? other : own;
 }
 
 }  // namespace engine
