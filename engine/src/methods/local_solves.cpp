@@ -9,6 +9,7 @@
 #include "back_ends/solve_locally.hpp"
 #include "methods/enumeration.hpp"
 #include "model/domain.hpp"
+#include "model/refusal.hpp"
 #include "nonlinear/nonlinear_program.hpp"
 
 namespace engine {
@@ -351,38 +352,85 @@ void LocalSolves::goOn() {
     }
 }
 
-class LocalSolvesMethod final : public Method {
+/// Ends a first attempt early, so that others get their turn.
+class ShortPace final : public Pace {
 public:
-    explicit LocalSolvesMethod(Ground& ground) : Method(ground) {}
-    [[nodiscard]] std::string_view name() const override { return "local solves"; }
+    ShortPace(Pace& pace, std::int64_t budget) : pace_(pace), left_(budget) {}
+    bool spend(std::int64_t work) override {
+        left_ -= work;
+        return pace_.spend(work) && left_ > 0;
+    }
+    [[nodiscard]] bool mustEnd() override { return left_ <= 0 || pace_.mustEnd(); }
+
+private:
+    Pace& pace_;
+    std::int64_t left_;
+};
+
+class LocalSolvesMethod : public Method {
+public:
+    using Method::Method;
     [[nodiscard]] std::string reasonAgainst() override {
         if (!looksNonlinear(model())) return "nothing in the model is nonlinear and smooth";
         if (model().operand.size() > largestModel) return "the model is too large for curvature";
         return {};
     }
-    [[nodiscard]] double weight() const override { return hasIntegers() ? 1.0 : 3.0; }
+};
+
+/// At once and alone, for about a second: what it finds serves all others.
+class FirstLocalSolves final : public LocalSolvesMethod {
+public:
+    using LocalSolvesMethod::LocalSolvesMethod;
+    [[nodiscard]] std::string_view name() const override { return "first local solves"; }
+    [[nodiscard]] double weight() const override { return infinity; }
+    void run(Pace& pace) override {
+        if (pace.mustEnd()) return;
+        constexpr std::int64_t budget = 100'000'000;
+        ShortPace shortly(pace, budget);
+        LocalSolves(ground(), findings().incumbent, name(), shortly).begin();
+    }
+};
+
+class FurtherLocalSolves final : public LocalSolvesMethod {
+public:
+    using LocalSolvesMethod::LocalSolvesMethod;
+    [[nodiscard]] std::string_view name() const override { return "local solves"; }
+    [[nodiscard]] std::string reasonAgainst() override {
+        // The stage that enumerates what is small enough would wait for this one to end.
+        const double size = sizeOfSpace(model(), ground().propagator);
+        if (size <= largestSpace) return formatText("%.3g points are enumerated instead", size);
+        return LocalSolvesMethod::reasonAgainst();
+    }
+    /// Where all is discrete, moves of the search find more.
+    [[nodiscard]] double weight() const override {
+        const auto isFree = [this](DecisionIndex d) {
+            const Interval i = ground().propagator.domainOf(d);
+            return i.lower < i.upper;
+        };
+        bool hasReals = false;
+        bool hasIntegers = false;
+        for (DecisionIndex d = 0; d < model().nbDecisions(); ++d) {
+            if (isFree(d)) (model().isDiscrete(d) ? hasIntegers : hasReals) = true;
+        }
+        if (!hasReals) return 1.0;
+        return hasIntegers ? 4.0 : 9.0;
+    }
     void run(Pace& pace) override {
         if (pace.mustEnd()) return;
         LocalSolves solves(ground(), findings().incumbent, name(), pace);
-        solves.begin();
-        // The stage that enumerates what is small enough waits for this one to end.
-        if (sizeOfSpace(model(), ground().propagator) > largestSpace) solves.goOn();
-    }
-
-private:
-    [[nodiscard]] bool hasIntegers() const {
-        for (DecisionIndex d = 0; d < model().nbDecisions(); ++d) {
-            const Interval i = ground().propagator.domainOf(d);
-            if (model().isDiscrete(d) && i.lower < i.upper) return true;
-        }
-        return false;
+        if (!findings().incumbent.hasPoint()) solves.begin();
+        solves.goOn();
     }
 };
 
 }  // namespace
 
+std::unique_ptr<Method> makeFirstLocalSolves(Ground& ground) {
+    return std::make_unique<FirstLocalSolves>(ground);
+}
+
 std::unique_ptr<Method> makeLocalSolves(Ground& ground) {
-    return std::make_unique<LocalSolvesMethod>(ground);
+    return std::make_unique<FurtherLocalSolves>(ground);
 }
 
 }  // namespace engine

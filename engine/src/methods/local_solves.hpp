@@ -15,6 +15,10 @@ namespace engine {
 /// neighborhoods to improve MIP solutions", Mathematical Programming 102, 2005, with random
 /// portions where there is no relaxation to compare with). Points of others are solved again with
 /// their integers. Every point is judged before it counts.
+///
+/// The first ones start before all others, from the starting point and for mixed models with dives,
+/// and end after about a second; the further ones go on to the end of the solve.
+std::unique_ptr<Method> makeFirstLocalSolves(Ground& ground);
 std::unique_ptr<Method> makeLocalSolves(Ground& ground);
 
 }  // namespace engine

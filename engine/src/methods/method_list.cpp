@@ -28,6 +28,7 @@ std::vector<Stage> makeStages(Ground& ground, bool withExactBackEnds) {
     stages.push_back(stageOf(makePropagation(ground)));
     stages.push_back(stageOf(makeTrivialClosing(ground)));
     stages.push_back(stageOf(makeEnumeration(ground, smallSpace)));
+    stages.push_back(stageOf(makeFirstLocalSolves(ground)));
     if (withExactBackEnds) {
         stages.push_back(stageOf(makeLocalSolves(ground), makeSimplex(ground),
                                  makeBranchAndCut(ground), makeOuterApproximation(ground)));

@@ -561,7 +561,7 @@ bool InteriorPoint::restore() {
 
 /// Tells the pace what an iteration or a factorisation costs.
 bool InteriorPoint::spend() {
-    const std::int64_t work = problem_.workPerIteration() + 10 * system_.nbFactorEntries();
+    const std::int64_t work = problem_.workPerIteration() + system_.work();
     return settings_.pace.spend(work) && !settings_.pace.mustEnd();
 }
 

@@ -45,13 +45,16 @@ public:
     /// After a factorisation: replaces the right side by the solution, refined.
     /// @return the largest residual relative to the right side.
     double solve(std::span<double> rightSide);
-    /// Entries of L, for reckoning work; 0 before the first factorisation.
-    [[nodiscard]] std::int64_t nbFactorEntries() const;
+    /// Of one factorisation, in operand visits; 0 before the first.
+    [[nodiscard]] std::int64_t work() const { return work_; }
 
 private:
     struct Factor;
+    void countWork();
+
     Pattern pattern_;
     std::unique_ptr<Factor> factor_;
+    std::int64_t work_ = 0;
 };
 
 }  // namespace engine

@@ -145,7 +145,7 @@ std::vector<double> LocalProblem::start() const {
 std::int64_t LocalProblem::workPerIteration() const {
     // A sparse factorisation fills in; a solver's own vectors cost too.
     const std::size_t fill =
-        30 * (hessianRow_.size() + jacobianRow_.size()) + 100 * (nbColumns() + nbRows());
+        6 * (hessianRow_.size() + jacobianRow_.size()) + 30 * (nbColumns() + nbRows());
     return static_cast<std::int64_t>(5000 + problem_.program.work() + fill);
 }
 

@@ -129,7 +129,7 @@ void NonlinearProgram::addCone(std::size_t function, std::vector<std::int32_t>& 
 }
 
 std::size_t NonlinearProgram::work() const {
-    return graph_.nbOperands() + 4 * cone_.size() + hessian_->work();
+    return 3 * graph_.nbOperands() + 2 * cone_.size() + hessian_->work() / 2;
 }
 
 void NonlinearProgram::moveTo(std::span<const double> x) {
