@@ -1,6 +1,7 @@
 #include "control/search_team.hpp"
 
 #include <algorithm>
+#include <utility>
 
 namespace engine {
 
@@ -17,12 +18,6 @@ std::uint64_t seedOf(int seed, int worker) {
     return z ^ (z >> 31U);
 }
 
-/// Large models cost more a move, and a round must stay short of a tick.
-std::int64_t roundLength(const ClosedModel& model) {
-    const auto nbOperands = static_cast<std::int64_t>(model.operand.size());
-    return std::clamp<std::int64_t>(1'000'000 / (nbOperands + 1000), 200, 1000);
-}
-
 }  // namespace
 
 SearchTeam::SearchTeam(const ClosedModel& model, const Parameters& parameters,
@@ -30,7 +25,6 @@ SearchTeam::SearchTeam(const ClosedModel& model, const Parameters& parameters,
     : model_(model),
       parameters_(parameters),
       domain_(std::move(domain)),
-      movesPerRound_(roundLength(model)),
       searchers_(static_cast<std::size_t>(nbWorkers)),
       mustAdopt_(static_cast<std::size_t>(nbWorkers), 0) {}
 
@@ -41,13 +35,13 @@ void SearchTeam::create(int k, const Point& start) {
     searcher->startFrom(start);
 }
 
-void SearchTeam::run(int k, std::int64_t nbMoves, const std::atomic<bool>& halt,
+void SearchTeam::run(int k, std::int64_t work, const std::atomic<bool>& halt,
                      const Incumbent& shared) {
     Searcher& searcher = *searchers_[static_cast<std::size_t>(k)];
     char& mustAdopt = mustAdopt_[static_cast<std::size_t>(k)];
     if (mustAdopt != 0) searcher.adopt(shared);
     mustAdopt = 0;
-    searcher.run(nbMoves, halt);
+    searcher.spend(work, halt);
 }
 
 bool SearchTeam::share(Solution& solution) {
@@ -67,19 +61,19 @@ void SearchTeam::spread() {
     std::fill(mustAdopt_.begin(), mustAdopt_.end(), char{1});
 }
 
-void SearchTeam::addTo(Statistics& statistics) {
+std::int64_t SearchTeam::addTo(Statistics& statistics) {
     SearchStatistics total;
     for (const auto& searcher : searchers_) {
         if (!searcher) continue;
+        total.work += searcher->statistics().work;
         total.iterations += searcher->statistics().iterations;
         total.accepted += searcher->statistics().accepted;
         total.improving += searcher->statistics().improving;
     }
-    statistics.iterations += total.iterations - counted_.iterations;
     statistics.moves += total.iterations - counted_.iterations;
     statistics.accepted += total.accepted - counted_.accepted;
     statistics.improving += total.improving - counted_.improving;
-    counted_ = total;
+    return total.work - std::exchange(counted_, total).work;
 }
 
 }  // namespace engine

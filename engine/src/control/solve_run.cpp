@@ -179,32 +179,36 @@ void SolveRun::runRound(std::int64_t iterations) {
     tellMethods();
     // A round ends where a limit or a tick comes: exactly, when it is the search's alone.
     const std::int64_t sinceTick = context_.statistics.iterations - lastTickIterations_;
-    const std::int64_t total = std::min({nbWorkers * workPerRound / workPerIteration, iterations,
-                                         context_.parameters.iterationsBetweenTicks - sinceTick});
-    const std::int64_t share = total / nbWorkers;
-    const std::int64_t rest = total % nbWorkers;
+    const std::int64_t toEvent =
+        std::min(iterations, context_.parameters.iterationsBetweenTicks - sinceTick);
+    const std::int64_t fullRound = nbWorkers * workPerRound;
+    const std::int64_t total = toEvent > fullRound / workPerIteration
+                                   ? fullRound
+                                   : toEvent * workPerIteration - workToCount_;
     std::vector<std::int64_t> spent(slots.size(), 0);
-    team_.start(static_cast<int>(share > 0 ? nbWorkers : rest), [&](int worker) {
+    team_.start(static_cast<int>(nbWorkers), [&](int worker) {
         const auto k = static_cast<std::size_t>(worker);
-        const std::int64_t own = share + (worker < rest ? 1 : 0);
+        const std::int64_t own = total / nbWorkers + (worker < total % nbWorkers ? 1 : 0);
         if (slots[k].turn == Turn::OfMethod) {
-            spent[k] = schedule_.advance(slots[k].method, own * workPerIteration);
+            spent[k] = schedule_.advance(slots[k].method, own);
         } else if (slots[k].turn == Turn::OfSearch) {
             searchers_->run(worker, own, context_.stopSignal.workersHalt(),
                             context_.solution.claimed());
         }
     });
     awaitJob();
-    workToCount_ += std::accumulate(spent.begin(), spent.end(), std::int64_t{0});
-    context_.statistics.iterations += workToCount_ / workPerIteration;
-    workToCount_ %= workPerIteration;
     for (std::size_t k = 0; k < schedule_.nbRunning(); ++k) accept(schedule_.method(k));
     schedule_.dropEnded();
-    if (!searchers_) return;
-    const std::int64_t before = context_.statistics.iterations;
-    searchers_->addTo(context_.statistics);
-    schedule_.chargeSearch((context_.statistics.iterations - before) * workPerIteration);
-    searchers_->share(context_.solution);
+    std::int64_t work = std::accumulate(spent.begin(), spent.end(), std::int64_t{0});
+    if (searchers_) {
+        const std::int64_t ofSearch = searchers_->addTo(context_.statistics);
+        schedule_.chargeSearch(ofSearch);
+        work += ofSearch;
+        searchers_->share(context_.solution);
+    }
+    workToCount_ += work;
+    context_.statistics.iterations += workToCount_ / workPerIteration;
+    workToCount_ %= workPerIteration;
 }
 
 void SolveRun::concludeMethods() {

@@ -82,7 +82,7 @@ private:
     std::int64_t phaseStartIterations_ = 0;
     std::int64_t lastTickIterations_ = 0;
 
-    std::int64_t workToCount_ = 0;  ///< of methods, not yet a whole iteration
+    std::int64_t workToCount_ = 0;  ///< not yet a whole iteration
     std::vector<Interval> domain_;  ///< [nbDecisions] as tightened by the methods
 
     std::optional<SearchTeam> searchers_;

@@ -7,7 +7,7 @@ namespace engine {
 
 /// Totals of the last solve. Written by the solve thread while the workers rest.
 struct Statistics {
-    std::int64_t iterations = 0;  ///< of proving and of all searchers
+    std::int64_t iterations = 0;  ///< whole ones of all work, see workPerIteration
     std::int64_t moves = 0;       ///< of all searchers
     std::int64_t accepted = 0;
     std::int64_t improving = 0;

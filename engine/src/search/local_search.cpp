@@ -17,8 +17,9 @@ struct Shares {
 };
 constexpr Shares feasibleShares{2.0, 0.5};
 constexpr Shares infeasibleShares{1.0, 4.0};
-/// Work of an iteration beside the values that it computes.
-constexpr double workPerIteration = 100.0;
+/// What an iteration costs beside the values that it computes, in values.
+constexpr double valuesPerIteration = 100.0;
+constexpr std::int64_t visitsPerValue = 4;
 
 double initialStep(const Interval& domain) {
     return std::fmin(1.0, 0.1 * (domain.upper - domain.lower));
@@ -84,17 +85,34 @@ void LocalSearch::adopt(const Incumbent& incumbent) {
 }
 
 void LocalSearch::run(std::int64_t nbIterations, const std::atomic<bool>& stop) {
-    for (std::int64_t n = 0; n < nbIterations && !stop.load(std::memory_order_relaxed); ++n) {
-        ++statistics_.iterations;
-        work_ = 0;
-        if (movable_.empty()) continue;
-        iterate();
-        const double spent = workPerIteration + static_cast<double>(work_);
-        const bool isFeasible = best_.claimed().verdict.feasible;
-        const Shares& shares = isFeasible ? feasibleShares : infeasibleShares;
-        if (descent_.isUseful()) descend(shares.descent * spent);
-        if (dive_.isUseful()) dive(shares.dive * spent);
-    }
+    for (std::int64_t n = 0; n < nbIterations && !stop.load(std::memory_order_relaxed); ++n) step();
+    confirm();
+}
+
+void LocalSearch::spend(std::int64_t work, const std::atomic<bool>& stop) {
+    workLeft_ += work;
+    statistics_.work += work;
+    while (workLeft_ > 0 && !stop.load(std::memory_order_relaxed)) workLeft_ -= step();
+    if (workLeft_ > 0) statistics_.work -= std::exchange(workLeft_, 0);
+    confirm();
+}
+
+std::int64_t LocalSearch::step() {
+    ++statistics_.iterations;
+    work_ = 0;
+    if (movable_.empty()) return visitsPerValue * static_cast<std::int64_t>(valuesPerIteration);
+    iterate();
+    const double spent = valuesPerIteration + static_cast<double>(work_);
+    const bool isFeasible = best_.claimed().verdict.feasible;
+    const Shares& shares = isFeasible ? feasibleShares : infeasibleShares;
+    const std::int64_t before = descent_.work() + dive_.work();
+    if (descent_.isUseful()) descend(shares.descent * spent);
+    if (dive_.isUseful()) dive(shares.dive * spent);
+    const std::int64_t beside = descent_.work() + dive_.work() - before;
+    return visitsPerValue * (static_cast<std::int64_t>(spent) + beside);
+}
+
+void LocalSearch::confirm() {
     if (!best_.confirm()) moveTo(best_.incumbent().point);
 }
 

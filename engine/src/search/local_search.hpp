@@ -41,6 +41,7 @@ public:
 
     void startFrom(const Point& point);
     void run(std::int64_t nbIterations, const std::atomic<bool>& stop);
+    void spend(std::int64_t work, const std::atomic<bool>& stop);
     void adopt(const Incumbent& incumbent);
     [[nodiscard]] const Incumbent& best() const { return best_.incumbent(); }
     [[nodiscard]] const SearchStatistics& statistics() const { return statistics_; }
@@ -63,6 +64,10 @@ private:
         double lossShare;     ///< of local minima at which the best candidate is taken at a loss
     };
 
+    /// An iteration and what runs beside it. @return the work, in operand visits.
+    std::int64_t step();
+    /// After some steps: what they claim is judged.
+    void confirm();
     // The iteration's steps (local_search.cpp).
     void iterate();
     [[nodiscard]] double score() const { return evaluator_.ledger().weighted() + cut_.weighted(); }
@@ -154,6 +159,7 @@ private:
     std::vector<DecisionMove> chain_;      ///< scratch: the chain's moves so far
     std::vector<Value> chainStart_;        ///< scratch: the decisions' values before it
     std::size_t work_ = 0;                 ///< values computed in this iteration
+    std::int64_t workLeft_ = 0;            ///< of what was granted; negative: owed
     std::int64_t sinceProgress_ = 0;
     std::int64_t sinceFeasible_ = 0;
     double typicalLoss_ = 0.0;  ///< running mean of the score lost at local minima

@@ -21,6 +21,9 @@ void Searcher::startFrom(const Point& point) {
 void Searcher::run(std::int64_t nbIterations, const std::atomic<bool>& stop) {
     impl_->run(nbIterations, stop);
 }
+void Searcher::spend(std::int64_t work, const std::atomic<bool>& stop) {
+    impl_->spend(work, stop);
+}
 const Incumbent& Searcher::best() const {
     return impl_->best();
 }

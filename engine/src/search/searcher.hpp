@@ -17,6 +17,7 @@ struct SearchSettings {
 
 /// Counters of one searcher, all from its creation.
 struct SearchStatistics {
+    std::int64_t work = 0;  ///< operand visits of spend()
     std::int64_t iterations = 0;
     std::int64_t accepted = 0;
     std::int64_t improving = 0;
@@ -40,6 +41,11 @@ public:
     /// Runs `nbIterations` moves, fewer only when `stop` becomes true. Work per iteration is
     /// bounded, so that a call of some hundred iterations ends within milliseconds.
     void run(std::int64_t nbIterations, const std::atomic<bool>& stop);
+
+    /// Runs moves until `work` operand visits are spent, fewer only when `stop` becomes true. What
+    /// the last move takes beyond them is owed, and taken from the next call's: so that the work
+    /// counts exactly as it was granted.
+    void spend(std::int64_t work, const std::atomic<bool>& stop);
 
     [[nodiscard]] const Incumbent& best() const;
     /// Takes over a better point found by another searcher.
