@@ -123,6 +123,7 @@ void CbcSolve::readContinuous() {
 
 void CbcSolve::solveInteger() {
     answer_.status = ExactAnswer::Status::Open;
+    if (settings_.onBound) settings_.onBound(answer_.bound, 0);
     if (isCalm_) CbcTree(solver_, settings_, watch_).run(answer_);
 }
 

@@ -105,6 +105,12 @@ int CbcTree::onStage(CbcModel* tree, int stage) {
 
 void CbcTree::onNode(CbcModel& tree) {
     if (isIncomplete_) completePoint();
+    if (settings_.onBound) {
+        // What was cut off is no better than a cutoff.
+        const double proved =
+            std::min({tree.getBestPossibleObjValue(), lowestCutoff_, bestObjective_});
+        settings_.onBound(proved, tree.getNodeCount());
+    }
     if (!settings_.cutoff) return;
     const double cutoff = settings_.cutoff();
     if (cutoff >= tree.getCutoff()) return;

@@ -30,6 +30,9 @@ struct ExactSettings {
     std::int64_t grace = 0;
     /// Costs from here on are of no interest; asked at every node, or none.
     std::function<double()> cutoff = {};
+    /// Receives the best proved lower bound of the cost and the number of nodes searched, at every
+    /// node; or none.
+    std::function<void(double bound, std::int64_t nbNodes)> onBound = {};
     /// Receives the levels [nbColumns] of points as they are found, within the tolerances; or none.
     std::function<void(const std::vector<double>&)> onPoint = {};
 };

@@ -1,11 +1,12 @@
 #include "control/description.hpp"
 
-#include <algorithm>
+#include <chrono>
 #include <cinttypes>
+#include <cmath>
+#include <optional>
 
 #include "control/solver.hpp"
 #include "model/number_text.hpp"
-#include "model/operator_table.hpp"
 #include "model/refusal.hpp"
 
 namespace engine {
@@ -26,16 +27,78 @@ const char* statusName(ls_solution_status status) {
     return "unknown";
 }
 
-std::string limitText(std::int64_t limit, std::int64_t unlimited) {
-    return limit == unlimited ? "none" : numberText(Value::ofInt(limit));
+/// "1 objective", "2 objectives"; `kind` in the singular, with a regular plural.
+std::string countText(std::size_t n, const char* kind) {
+    return std::to_string(n) + " " + kind + (n == 1 ? "" : "s");
 }
 
-int nbDecisions(const Model& model) {
-    int n = 0;
+std::string sizesText(const Model& model) {
+    std::size_t nbFloats = 0;
+    std::size_t nbIntegers = 0;
+    std::size_t nbBooleans = 0;
     for (ExpressionIndex e = 0; e < model.nbExpressions(); ++e) {
-        if (isDecisionOperator(model.operatorOf(e))) ++n;
+        const ls_operator op = model.operatorOf(e);
+        nbFloats += op == LS_OP_FLOAT ? 1 : 0;
+        nbIntegers += op == LS_OP_INT ? 1 : 0;
+        nbBooleans += op == LS_OP_BOOL ? 1 : 0;
     }
-    return n;
+    return "model: " + countText(nbFloats + nbIntegers + nbBooleans, "decision") + " (" +
+           countText(nbFloats, "float") + ", " + countText(nbIntegers, "integer") + ", " +
+           countText(nbBooleans, "boolean") + "), " +
+           countText(model.constraints().size(), "constraint") + ", " +
+           countText(model.objectives().size(), "objective") + ", " +
+           countText(static_cast<std::size_t>(model.nbExpressions()), "expression") + ", " +
+           countText(static_cast<std::size_t>(model.nbOperands()), "operand");
+}
+
+std::string limitsText(const std::vector<Phase>& phases) {
+    std::string text;
+    for (std::size_t k = 0; k < phases.size(); ++k) {
+        const Phase& phase = phases[k];
+        text += phases.size() == 1 ? "\nlimits: "
+                                   : formatText("\nlimits of phase %d: ", static_cast<int>(k) + 1);
+        text += phase.timeLimit == timeLimitRange.highest
+                    ? "no time limit"
+                    : formatText("%d seconds", phase.timeLimit);
+        text += phase.iterationLimit == iterationLimitRange.highest
+                    ? ", no iteration limit"
+                    : formatText(", %" PRId64 " iterations", phase.iterationLimit);
+    }
+    return text;
+}
+
+std::string methodsText(const std::vector<MethodChoice>& choices) {
+    std::string applying;
+    std::string others;
+    for (const MethodChoice& c : choices) {
+        if (c.reasonAgainst.empty()) {
+            applying.append(c.name).append(", ");
+        } else {
+            others.append("\nnot used: ").append(c.name).append(", because ");
+            others += c.reasonAgainst;
+        }
+    }
+    return "\nmethods: " + applying + "local search" + others;
+}
+
+std::string violationsText(const Solver& solver, const Solution& solution) {
+    const Solution::Violations violations = solution.violations();
+    if (violations.worst < 0) return "no feasible point known";
+    const NameTable& names = solver.model.names;
+    const std::string worst = names.isNamed(violations.worst)
+                                  ? names.nameOf(violations.worst)
+                                  : formatText("expression %d", violations.worst);
+    return formatText("%zu of %zu constraints violated, worst by ", violations.nb,
+                      solver.model.constraints().size()) +
+           worst;
+}
+
+std::string objectiveText(const Solution& solution) {
+    std::string text;
+    for (const Value objective : solution.verdict().objectives) {
+        text += (text.empty() ? ", objective " : " | ") + numberText(objective);
+    }
+    return text;
 }
 
 }  // namespace
@@ -56,47 +119,49 @@ const char* stateName(int state) {
 }
 
 std::string solverInfo(Solver& solver) {
-    std::string text = formatText("%" PRId64 " s, %" PRId64 " iterations, ",
-                                  solver.statistics.seconds(), solver.statistics.iterations);
+    const Statistics& s = solver.statistics;
+    std::string text = formatText("%.1f s, %" PRId64 " iterations, ",
+                                  std::chrono::duration<double>(s.elapsed).count(), s.iterations);
     if (!solver.model.isClosed()) return text + "modelling";
     const Solution& solution = solver.solution();
-    text += statusName(solution.status());
-    const char* separator = ", objectives ";
-    for (const Value objective : solution.verdict().objectives) {
-        text += separator + numberText(objective);
-        separator = " | ";
+    const ls_solution_status status = solution.status();
+    text += statusName(status);
+    const bool isFeasible = status >= LS_STATUS_FEASIBLE;
+    text += isFeasible ? objectiveText(solution) : ", " + violationsText(solver, solution);
+    if (!solution.bounds().empty() && std::isfinite(solution.bounds().front())) {
+        text += ", bound " + numberText(Value::ofDouble(solution.bounds().front()));
     }
+    if (const std::optional<double> gap = solution.gap()) {
+        text += formatText(", gap %.3g%%", 100.0 * *gap);
+    }
+    const std::string_view finder = solution.claimed().finder;
+    if (isFeasible && !finder.empty()) text.append(", found by ").append(finder);
     return text;
 }
 
 std::string statisticsInfo(const Solver& solver) {
     const Statistics& s = solver.statistics;
-    return formatText("%" PRId64 " moves, %" PRId64 " accepted, %" PRId64 " improving", s.moves,
-                      s.accepted, s.improving);
+    std::string text = formatText("%" PRId64 " moves, %" PRId64 " accepted, %" PRId64 " improving",
+                                  s.moves, s.accepted, s.improving);
+    if (s.nodes > 0) text += formatText(", %" PRId64 " nodes", s.nodes);
+    return text;
 }
 
 std::string solverDescription(const Solver& solver) {
-    const Model& model = solver.model;
     const Parameters& p = solver.parameters;
-    std::string text = formatText(
-        "model: %d expressions, %" PRId64
-        " operands, %d decisions, %d constraints, %d objectives\n"
-        "parameters: threads %d, seed %d, annealing level %d, iterations between ticks "
-        "%" PRId64 ", seconds between ticks %d",
-        model.nbExpressions(), model.nbOperands(), nbDecisions(model),
-        static_cast<int>(model.constraints().size()), static_cast<int>(model.objectives().size()),
-        p.nbThreads, p.seed, p.annealingLevel, p.iterationsBetweenTicks, p.secondsBetweenTicks);
+    std::string text =
+        sizesText(solver.model) +
+        formatText(
+            "\nparameters: threads %d, seed %d, annealing level %d, iterations between ticks "
+            "%" PRId64 ", seconds between ticks %d",
+            p.nbThreads, p.seed, p.annealingLevel, p.iterationsBetweenTicks, p.secondsBetweenTicks);
     for (std::size_t k = 0; k < p.thresholds.size(); ++k) {
         if (!p.thresholds[k]) continue;
-        text += formatText("\nobjective %d: threshold %s", static_cast<int>(k),
+        text += formatText("\nthreshold of objective %d: %s", static_cast<int>(k) + 1,
                            numberText(Value::ofDouble(*p.thresholds[k])).c_str());
     }
-    for (std::size_t k = 0; k < solver.phases.size(); ++k) {
-        const Phase& phase = solver.phases[k];
-        text += formatText("\nphase %d: time limit %s, iteration limit %s", static_cast<int>(k),
-                           limitText(phase.timeLimit, timeLimitRange.highest).c_str(),
-                           limitText(phase.iterationLimit, iterationLimitRange.highest).c_str());
-    }
+    text += limitsText(solver.phases);
+    if (!solver.methodChoices.empty()) text += methodsText(solver.methodChoices);
     return text;
 }
 

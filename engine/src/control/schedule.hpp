@@ -2,10 +2,9 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
-#include <string>
 #include <vector>
 
+#include "control/method_choice.hpp"
 #include "control/paced_thread.hpp"
 #include "methods/method_list.hpp"
 
@@ -50,12 +49,9 @@ public:
     /// Has all end with what they have in hand.
     void conclude();
 
-    /// What was said by a method that was asked whether it applies.
-    struct Choice {
-        std::string_view name;
-        std::string reasonAgainst;  ///< empty: it applies
-    };
-    [[nodiscard]] const std::vector<Choice>& choices() const { return choices_; }
+    /// All methods have been asked, but for those that come when nothing else is left.
+    [[nodiscard]] bool hasChosen() const { return next_ + 1 >= stages_.size(); }
+    [[nodiscard]] const std::vector<MethodChoice>& choices() const { return choices_; }
 
 private:
     struct Running {
@@ -69,7 +65,7 @@ private:
     Ground ground_;
     std::vector<Stage> stages_;
     std::size_t next_ = 0;  ///< stage to be opened
-    std::vector<Choice> choices_;
+    std::vector<MethodChoice> choices_;
     std::int64_t searchSpent_ = 0;
     std::vector<Running> running_;  ///< last: their threads work on the above
 };

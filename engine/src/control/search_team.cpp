@@ -48,7 +48,9 @@ bool SearchTeam::share(Solution& solution) {
     std::size_t owner = searchers_.size();
     for (std::size_t k = 0; k < searchers_.size(); ++k) {
         if (!solution.isImprovedBy(searchers_[k]->best())) continue;
-        solution.replace(searchers_[k]->best());
+        Incumbent best = searchers_[k]->best();
+        best.finder = "local search";
+        solution.replace(std::move(best));
         owner = k;
     }
     if (owner == searchers_.size()) return false;

@@ -4,10 +4,25 @@
 #include <cmath>
 #include <limits>
 
+#include "evaluate/distance.hpp"
 #include "model/domain.hpp"
 #include "model/extended_precision.hpp"
 
 namespace engine {
+namespace {
+
+double distanceFromHolding(const ClosedModel& model, ExpressionIndex e,
+                           const std::vector<Value>& values) {
+    const Value own = values[static_cast<std::size_t>(e)];
+    const ls_operator op = model.operatorOf(e);
+    if (!isRelation(op)) return distanceOfNumber(own).toTrue;
+    const auto sides = model.operandsOf(e);
+    return distanceOfRelation(op, values[static_cast<std::size_t>(sides[0])],
+                              values[static_cast<std::size_t>(sides[1])], /*scale=*/1.0)
+        .toTrue;
+}
+
+}  // namespace
 
 Solution::Solution(const ClosedModel& model) : model_(model) {
     hasEmptyDomain_ = std::any_of(model.domain.begin(), model.domain.end(),
@@ -38,6 +53,7 @@ void Solution::setDecision(DecisionIndex d, Value wanted) {
 
 void Solution::replace(Incumbent incumbent) {
     current_ = std::move(incumbent);
+    if (current_.verdict.feasible) dropRefutedBounds();
     isOptimal_ = false;
     isJudged_ = false;
 }
@@ -90,6 +106,7 @@ bool Solution::proveInconsistent() {
 bool Solution::proveOptimal() {
     if (!verdict().feasible) return false;
     isOptimal_ = true;
+    if (!bound_.empty()) bound_.front() = verdict().objectives.front().asDouble();
     return true;
 }
 
@@ -97,6 +114,34 @@ void Solution::tightenBound(std::size_t objective, double bound) {
     double& known = bound_[objective];
     const bool isTighter = model_.objective[objective].maximise ? bound < known : bound > known;
     if (isTighter) known = bound;
+}
+
+/// A point that beats a bound by more than tolerances explain has refuted it.
+void Solution::dropRefutedBounds() {
+    for (std::size_t k = 0; k < bound_.size(); ++k) {
+        const double value = current_.verdict.objectives[k].asDouble();
+        const double sign = model_.objective[k].maximise ? -1.0 : 1.0;
+        const double tolerance = 2.0 * relationTolerance * std::max(1.0, std::abs(value));
+        if (sign * (bound_[k] - value) > tolerance) {
+            bound_[k] = -sign * std::numeric_limits<double>::infinity();
+        }
+    }
+}
+
+Solution::Violations Solution::violations() const {
+    judgeIfNeeded();
+    Violations result;
+    double largest = -1.0;
+    for (const ExpressionIndex e : model_.constraint) {
+        const auto k = static_cast<std::size_t>(e);
+        if (values_[k].isTrue()) continue;
+        ++result.nb;
+        const double distance = distanceFromHolding(model_, e, values_);
+        if (distance <= largest) continue;
+        largest = distance;
+        result.worst = e;
+    }
+    return result;
 }
 
 std::optional<double> Solution::gap() const {

@@ -60,12 +60,21 @@ public:
     /// objective, a feasible point or a bound.
     [[nodiscard]] std::optional<double> gap() const;
 
+    /// The constraints that do not hold at the current point.
+    struct Violations {
+        std::size_t nb = 0;
+        ExpressionIndex worst = -1;  ///< the one farthest from holding, in its own units
+    };
+    /// O(constraints).
+    [[nodiscard]] Violations violations() const;
+
     /// Is the model proved inconsistent, or the current point proved optimal? Costs nothing.
     [[nodiscard]] bool isProved() const { return isInconsistent_ || isOptimal_; }
     [[nodiscard]] ls_solution_status status() const;
 
 private:
     void judgeIfNeeded() const;
+    void dropRefutedBounds();
 
     const ClosedModel& model_;
     std::vector<double> bound_;

@@ -21,6 +21,14 @@ constexpr auto pausePatience = std::chrono::milliseconds(100);
 /// writes something once a period is never late by one.
 constexpr int ticksPerPeriod = 4;
 
+/// How long the start of a phase may wait for the choice of methods to be told with it.
+constexpr auto patienceAtStart = std::chrono::milliseconds(200);
+
+/// By this many iterations a second it is judged whether an iteration tick is overdue, and after
+/// this long at the earliest.
+constexpr double iterationsPerSecond = 70'000.0;
+constexpr std::chrono::duration<double> longestSilence{1.4};
+
 /// Of one worker in a round.
 constexpr std::int64_t workPerRound = 1'000'000;
 
@@ -50,6 +58,7 @@ SolveRun::SolveRun(RunContext context)
       start_(Clock::now()),
       deadline_(start_),
       nextTimeTick_(start_),
+      lastIterationTick_(start_),
       domain_(context_.model.domain),
       team_(nbThreadsOf(context_.parameters)),
       schedule_(context_.model, context_.solution.point(), context_.parameters.seed, [this] {
@@ -75,9 +84,12 @@ void SolveRun::runPhase(const Phase& phase) {
     const auto phaseStart = Clock::now();
     deadline_ = phaseStart + std::chrono::seconds(phase.timeLimit);
     phaseStartIterations_ = context_.statistics.iterations;
-    emit(LS_CALLBACK_PHASE_STARTED);
+    isPhaseStartUntold_ = true;
+    phaseStartTime_ = phaseStart + patienceAtStart;
     while (!context_.stopSignal.isStopped() && !isFinished() && !isLimitReached(phase)) {
         context_.stopSignal.letWork();
+        emitPhaseStartIfDue(schedule_.hasChosen());
+        if (context_.stopSignal.isStopped()) break;
         if (schedule_.isStageDue()) {
             openStage();
         } else {
@@ -86,6 +98,7 @@ void SolveRun::runPhase(const Phase& phase) {
         emitTimeTickIfDue();
         emitIterationTickIfDue();
     }
+    emitPhaseStartIfDue(/*mustNotWait=*/true);
     const bool isLast = &phase == &context_.phases.back();
     if (isLast || context_.stopSignal.isStopped()) concludeMethods();
     if (context_.statistics.iterations > phaseStartIterations_) polish();
@@ -101,7 +114,7 @@ void SolveRun::polish() {
     if (!point) return;
     Incumbent before = solution.claimed();
     std::vector<Value> values;
-    Incumbent after{*std::move(point), {}, 0.0};
+    Incumbent after{*std::move(point), {}, 0.0, before.finder};
     after.verdict = judge(context_.model, after.point, values);
     solution.replace(std::move(after));
     // A threshold that was reached only by the grace of the tolerance was reached all the same.
@@ -155,6 +168,7 @@ bool SolveRun::isLimitReached(const Phase& phase) const {
 void SolveRun::openStage() {
     team_.start(1, [this](int) { schedule_.openStage(); });
     awaitJob();
+    context_.methodChoices = schedule_.choices();
 }
 
 void SolveRun::tellMethods() {
@@ -220,6 +234,7 @@ void SolveRun::concludeMethods() {
 void SolveRun::accept(Method& method) {
     Solution& solution = context_.solution;
     const Findings& findings = method.findings();
+    context_.statistics.nodes = std::max(context_.statistics.nodes, findings.nbNodes);
     for (std::size_t k = 0; k < findings.bound.size(); ++k) {
         solution.tightenBound(k, findings.bound[k]);
     }
@@ -259,14 +274,17 @@ void SolveRun::makeSearchers() {
 void SolveRun::awaitJob() {
     bool isHalted = false;
     while (true) {
-        const auto wakeTime = isHalted ? nextTimeTick_ : std::min(nextTimeTick_, deadline_);
+        auto wakeTime = isHalted ? nextTimeTick_ : std::min(nextTimeTick_, deadline_);
+        if (isPhaseStartUntold_) wakeTime = std::min(wakeTime, phaseStartTime_);
         if (team_.waitUntil(wakeTime)) break;
         if (Clock::now() >= deadline_ && !isHalted) {
             context_.stopSignal.halt();
             isHalted = true;
         }
-        if (Clock::now() >= nextTimeTick_) {
+        if (Clock::now() >= nextTimeTick_ ||
+            (isPhaseStartUntold_ && Clock::now() >= phaseStartTime_)) {
             team_.pause(pausePatience);
+            emitPhaseStartIfDue(/*mustNotWait=*/false);
             emitTimeTickIfDue();
             team_.resume();
         }
@@ -279,11 +297,25 @@ void SolveRun::emit(ls_callback_type type) {
     context_.emit(type);
 }
 
+void SolveRun::emitPhaseStartIfDue(bool mustNotWait) {
+    if (!isPhaseStartUntold_ || (!mustNotWait && Clock::now() < phaseStartTime_)) return;
+    isPhaseStartUntold_ = false;
+    emit(LS_CALLBACK_PHASE_STARTED);
+}
+
 void SolveRun::emitTimeTickIfDue() {
     if (Clock::now() < nextTimeTick_) return;
+    emitPhaseStartIfDue(/*mustNotWait=*/true);
     nbTimeTicks_ = (nbTimeTicks_ + 1) % ticksPerPeriod;
     if (nbTimeTicks_ == 0) emit(LS_CALLBACK_DISPLAY);
     emit(LS_CALLBACK_TIME_TICKED);
+    // Where a back end counts nothing for long, the log must not stand still.
+    const std::chrono::duration<double> usual(
+        static_cast<double>(context_.parameters.iterationsBetweenTicks) / iterationsPerSecond);
+    if (Clock::now() - lastIterationTick_ > std::max(usual, longestSilence)) {
+        lastIterationTick_ = Clock::now();
+        emit(LS_CALLBACK_ITERATION_TICKED);
+    }
     nextTimeTick_ = Clock::now() + timeBetweenTicks();
 }
 
@@ -295,7 +327,8 @@ SolveRun::Clock::duration SolveRun::timeBetweenTicks() const {
 void SolveRun::emitIterationTickIfDue() {
     const std::int64_t sinceTick = context_.statistics.iterations - lastTickIterations_;
     if (sinceTick < context_.parameters.iterationsBetweenTicks) return;
-    // A turn of proving may pass several ticks at once; they come as one.
+    lastIterationTick_ = Clock::now();
+    // A turn of a method may pass several ticks at once; they come as one.
     lastTickIterations_ =
         context_.statistics.iterations - sinceTick % context_.parameters.iterationsBetweenTicks;
     emit(LS_CALLBACK_ITERATION_TICKED);

@@ -21,6 +21,7 @@ struct RunContext {
     const std::vector<Phase>& phases;
     Solution& solution;
     Statistics& statistics;
+    std::vector<MethodChoice>& methodChoices;
     StopSignal& stopSignal;
     /// Runs the callbacks of a type on this thread; throws nothing.
     std::function<void(ls_callback_type)> emit;
@@ -70,6 +71,9 @@ private:
     /// Waits for the job under way, ticks meanwhile, and halts it at the deadline.
     void awaitJob();
     void emit(ls_callback_type type);
+    /// The start of a phase is told when the methods are chosen, so that the description at the
+    /// start says which apply; but not later than a moment after it.
+    void emitPhaseStartIfDue(bool mustNotWait);
     void emitTimeTickIfDue();
     [[nodiscard]] Clock::duration timeBetweenTicks() const;
     void emitIterationTickIfDue();
@@ -78,7 +82,10 @@ private:
     Clock::time_point start_;
     Clock::time_point deadline_;  ///< of the phase under way
     Clock::time_point nextTimeTick_;
-    int nbTimeTicks_ = 0;  ///< since the last display
+    bool isPhaseStartUntold_ = false;
+    Clock::time_point phaseStartTime_;     ///< until which it may stay so
+    Clock::time_point lastIterationTick_;  ///< by the clock
+    int nbTimeTicks_ = 0;                  ///< since the last display
     std::int64_t phaseStartIterations_ = 0;
     std::int64_t lastTickIterations_ = 0;
 

@@ -48,11 +48,12 @@ SolveEnding Solver::solve(ls_solver* handle) {
     SolveEnding ending;
     stopSignal.reset();
     statistics = {};
+    methodChoices.clear();
     state_ = LS_STATE_RUNNING;
     const SolvedAtEnd solvedAtEnd{state_};
     const ExtendedPrecision precision;
-    SolveRun run({model.closed(), parameters, phases, solution(), statistics, stopSignal,
-                  [&](ls_callback_type type) { emit(type, handle, ending); }});
+    SolveRun run({model.closed(), parameters, phases, solution(), statistics, methodChoices,
+                  stopSignal, [&](ls_callback_type type) { emit(type, handle, ending); }});
     run.run();
     ending.interruptText = stopSignal.interruptText();
     return ending;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "control/method_choice.hpp"
 #include "control/parameters.hpp"
 #include "control/solution.hpp"
 #include "control/statistics.hpp"
@@ -40,6 +41,8 @@ public:
     std::vector<CallbackEntry> callbacks;
     Statistics statistics;
     StopSignal stopSignal;
+    /// Of the last solve.
+    std::vector<MethodChoice> methodChoices;
 
     [[nodiscard]] ls_state state() const { return state_; }
 

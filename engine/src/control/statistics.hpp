@@ -11,6 +11,7 @@ struct Statistics {
     std::int64_t moves = 0;       ///< of all searchers
     std::int64_t accepted = 0;
     std::int64_t improving = 0;
+    std::int64_t nodes = 0;  ///< of trees
     /// Since the solve began; stands still while a callback runs, so that a text fetched in two
     /// calls is the same both times.
     std::chrono::steady_clock::duration elapsed{};

@@ -18,6 +18,11 @@ bool hasIntegers(const LinearModel& linear) {
     return std::find(linear.isInteger.begin(), linear.isInteger.end(), 1) != linear.isInteger.end();
 }
 
+/// A bound on its way is loosened by what the back end's tolerances may have added to it.
+double relaxed(double bound) {
+    return bound - backEndTolerance * std::fmax(1.0, std::fabs(bound));
+}
+
 /// One solve from the first objective to the last.
 class LinearProof {
 public:
@@ -38,6 +43,9 @@ private:
     void proveInconsistency(const ExactAnswer& answer);
     bool isProved(const LinearForm& form, double sign, std::size_t position, double bound) const;
     void offer(const std::vector<double>& levels);
+    void noteBound(double bound) {
+        if (!model_.objective.empty()) findings_.tighten(model_, 0, bound);
+    }
     void offerSolvedAgain(ExactProblem problem, const std::vector<double>& levels);
     void fixObjective(const LinearForm& form, double sign, std::size_t position);
 
@@ -205,6 +213,12 @@ bool LinearProof::proveObjective(const LinearForm& form, bool maximise) {
     const ExactProblem problem = problemFor(form, sign);
     ExactSettings withPoints = settings(backEndTolerance);
     withPoints.cutoff = [&] { return cutoffOf(form, sign); };
+    if (nbProved_ == 0) {
+        withPoints.onBound = [&](double bound, std::int64_t nbNodes) {
+            noteBound(sign * relaxed(bound) + form.constant);
+            findings_.nbNodes = nbNodes;
+        };
+    }
     withPoints.onPoint = [&](const std::vector<double>& levels) { offer(levels); };
     const ExactAnswer answer = solveWithoutFarBounds(problem, withPoints);
     if (answer.status == Status::Infeasible) {
@@ -212,9 +226,7 @@ bool LinearProof::proveObjective(const LinearForm& form, bool maximise) {
         return false;
     }
     const bool isOptimal = answer.status == Status::Optimal;
-    if (isOptimal && nbProved_ == 0 && !model_.objective.empty()) {
-        findings_.tighten(model_, 0, sign * answer.bound + form.constant);
-    }
+    if (isOptimal && nbProved_ == 0) noteBound(sign * answer.bound + form.constant);
     if (answer.levels.empty() && !isOptimal) return false;
     // Solved again first: its point uses up less of the tolerance.
     if (hasIntegers(linear_) && !answer.levels.empty()) offerSolvedAgain(problem, answer.levels);

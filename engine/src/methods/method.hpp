@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,8 +27,7 @@ struct Findings {
     std::vector<Interval> domain;
     /// Optimal: the incumbent is. Ends the whole solve.
     Conclusion conclusion;
-    /// What it is at, for the log: "120 nodes, 14000 pivots"; or empty.
-    std::string progress;
+    std::int64_t nbNodes = 0;  ///< of a tree so far, for the log
 
     /// Replaces the bound of an objective if `proved` is tighter.
     void tighten(const ClosedModel& model, std::size_t objective, double proved);

@@ -82,15 +82,16 @@ TEST(Environment, AFullDiskIsReported) {
 TEST(Environment, TheDescriptionGivesSizesParametersAndLimits) {
     const SolverHandle s = makeNamedModel();
     EXPECT_EQ(text([&](char* t, int n) { return ls_solver_to_string(s.get(), t, n); }),
-              "model: 8 expressions, 6 operands, 2 decisions, 1 constraints, 2 objectives\n"
+              "model: 2 decisions (1 float, 1 integer, 0 booleans), 1 constraint, 2 objectives, "
+              "8 expressions, 6 operands\n"
               "parameters: threads 2, seed 0, annealing level 1, iterations between ticks 10000, "
               "seconds between ticks 1\n"
-              "objective 1: threshold 1\n"
-              "phase 0: time limit 60, iteration limit none");
+              "threshold of objective 2: 1\n"
+              "limits: 60 seconds, no iteration limit");
     EXPECT_EQ(text([&](char* t, int n) { return ls_stats_info(s.get(), t, n); }),
               "0 moves, 0 accepted, 0 improving");
     EXPECT_EQ(text([&](char* t, int n) { return ls_solver_info(s.get(), t, n); }),
-              "0 s, 0 iterations, feasible, objectives 0.30000000000000004 | 0");
+              "0.0 s, 0 iterations, feasible, objective 0.30000000000000004 | 0");
     EXPECT_NE(text([](char* t, int n) { return ls_info(t, n); }).find("built-in engine"),
               std::string::npos);
 }
