@@ -82,7 +82,7 @@ TEST(Environment, AFullDiskIsReported) {
 TEST(Environment, TheDescriptionGivesSizesParametersAndLimits) {
     const SolverHandle s = makeNamedModel();
     EXPECT_EQ(text([&](char* t, int n) { return ls_solver_to_string(s.get(), t, n); }),
-              "model: 2 decisions (1 float, 1 integer, 0 booleans), 1 constraint, 2 objectives, "
+              "model: 2 decisions (1 float, 0 integers, 1 boolean), 1 constraint, 2 objectives, "
               "8 expressions, 6 operands\n"
               "parameters: threads 2, seed 0, annealing level 1, iterations between ticks 10000, "
               "seconds between ticks 1\n"
