@@ -31,7 +31,7 @@ public:
     }
     /// Once true, true for ever: a solver that is told to stop may ask again.
     bool mustStop() noexcept {
-        if (finishing_) return effort_ >= finishEnd_;
+        if (finishing_) return effort_ >= finishEnd_ || isOverdue();
         if (!stopped_ && mayHold_) stopped_ = wantsStop();
         return stopped_;
     }
@@ -43,12 +43,17 @@ public:
     void finish(std::int64_t enough) {
         finishing_ = true;
         finishEnd_ = effort_ + enough;
+        finishTime_ = Clock::now() + urgentFinish;
     }
     void rethrow() const {
         if (thrown_) std::rethrow_exception(thrown_);
     }
 
 private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr auto urgentFinish = std::chrono::milliseconds(100);
+
+    [[nodiscard]] bool isOverdue() const { return pace_.isUrgent() && Clock::now() > finishTime_; }
     void tell() noexcept {
         try {
             if (!pace_.spend(std::exchange(nbUntold_, 0) * workPerStep_)) stopped_ = true;
@@ -58,7 +63,7 @@ private:
     }
     bool wantsStop() noexcept {
         constexpr auto interval = std::chrono::milliseconds(20);
-        const auto now = std::chrono::steady_clock::now();
+        const auto now = Clock::now();
         if (now < nextQuestion_) return false;
         nextQuestion_ = now + interval;
         try {
@@ -82,7 +87,8 @@ private:
     bool mayHold_ = true;
     bool stopped_ = false;
     bool finishing_ = false;
-    std::chrono::steady_clock::time_point nextQuestion_{};
+    Clock::time_point nextQuestion_{};
+    Clock::time_point finishTime_{};  ///< of an urgent finish
     std::exception_ptr thrown_;
 };
 

@@ -17,7 +17,7 @@ PacedThread::PacedThread(Job job, std::function<bool()> mustHold) : mustHold_(st
 }
 
 PacedThread::~PacedThread() {
-    isEnding_ = true;
+    isEnding_ = isUrgent_ = true;
     if (!hasEnded_) letRun();
     thread_.join();
 }
@@ -63,8 +63,9 @@ std::int64_t PacedThread::advance(std::int64_t steps) {
     return spent_ - before;
 }
 
-void PacedThread::conclude() {
+void PacedThread::conclude(bool isUrgent) {
     isEnding_ = true;
+    isUrgent_ = isUrgent;
     if (!hasEnded_) letRun();
     if (exception_) std::rethrow_exception(std::exchange(exception_, nullptr));
 }

@@ -31,12 +31,14 @@ public:
     /// Throws what the job has thrown.
     std::int64_t advance(std::int64_t steps);
     /// Tells the job to end with what it has in hand, and waits for it.
-    void conclude();
+    /// @param isUrgent  at once, rather than as well as it can.
+    void conclude(bool isUrgent);
     [[nodiscard]] bool hasEnded() const { return hasEnded_; }
 
 private:
     bool spend(std::int64_t steps) override;
     [[nodiscard]] bool mustEnd() override;
+    [[nodiscard]] bool isUrgent() const override { return isUrgent_; }
 
     void work(const Job& job);
     void hold();
@@ -47,6 +49,7 @@ private:
     std::condition_variable turnChanges_;
     bool isJobsTurn_ = false;
     bool isEnding_ = false;
+    bool isUrgent_ = false;
     bool hasEnded_ = false;
     std::int64_t spent_ = 0;
     std::int64_t allowance_ = 0;  ///< of `spent_`

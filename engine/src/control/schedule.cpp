@@ -59,9 +59,9 @@ void Schedule::dropEnded() {
     std::erase_if(running_, [](const Running& r) { return r.thread->hasEnded(); });
 }
 
-void Schedule::conclude() {
+void Schedule::conclude(bool isUrgent) {
     for (Running& r : running_) {
-        if (!r.thread->hasEnded()) r.thread->conclude();
+        if (!r.thread->hasEnded()) r.thread->conclude(isUrgent);
     }
 }
 

@@ -46,8 +46,8 @@ public:
     void chargeSearch(std::int64_t work) { searchSpent_ += work; }
     /// Takes those that have ended from the list, after a turn and a look at what they found.
     void dropEnded();
-    /// Has all end with what they have in hand.
-    void conclude();
+    /// Has all end with what they have in hand, see PacedThread::conclude.
+    void conclude(bool isUrgent);
 
     /// All methods have been asked, but for those that come when nothing else is left.
     [[nodiscard]] bool hasChosen() const { return next_ + 1 >= stages_.size(); }

@@ -4,22 +4,18 @@
 #include <cmath>
 #include <limits>
 
-#include "evaluate/distance.hpp"
 #include "model/domain.hpp"
 #include "model/extended_precision.hpp"
+#include "operators/operator_row.hpp"
 
 namespace engine {
 namespace {
 
 double distanceFromHolding(const ClosedModel& model, ExpressionIndex e,
                            const std::vector<Value>& values) {
-    const Value own = values[static_cast<std::size_t>(e)];
     const ls_operator op = model.operatorOf(e);
-    if (!isRelation(op)) return distanceOfNumber(own).toTrue;
-    const auto sides = model.operandsOf(e);
-    return distanceOfRelation(op, values[static_cast<std::size_t>(sides[0])],
-                              values[static_cast<std::size_t>(sides[1])], /*scale=*/1.0)
-        .toTrue;
+    if (isConnective(op)) return 1.0;
+    return rowOf(op).distance({model, e, values, {}, {}, /*scale=*/1.0}).toTrue;
 }
 
 }  // namespace

@@ -226,7 +226,7 @@ void SolveRun::runRound(std::int64_t iterations) {
 }
 
 void SolveRun::concludeMethods() {
-    schedule_.conclude();
+    schedule_.conclude(Clock::now() >= deadline_ || context_.stopSignal.isStopped());
     for (std::size_t k = 0; k < schedule_.nbRunning(); ++k) accept(schedule_.method(k));
     schedule_.dropEnded();
 }

@@ -30,6 +30,9 @@ public:
     /// Asked at least ten times a second where possible; may wait here. True: to end with what is
     /// in hand. Once true, true for ever.
     [[nodiscard]] virtual bool mustEnd() = 0;
+    /// Once mustEnd(): somebody waits, a tenth of a second is what is left; otherwise what is in
+    /// hand may be cleaned at leisure.
+    [[nodiscard]] virtual bool isUrgent() const { return false; }
 };
 
 /// Never holds; ends at a budget, or when told to.

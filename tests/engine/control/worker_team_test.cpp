@@ -76,7 +76,7 @@ TEST(PacedThread, GoesOnWhereItWasHeldAndEndsWhenTold) {
     mustHold = true;
     EXPECT_EQ(thread.advance(1000), 0) << "held at once";
     EXPECT_FALSE(thread.hasEnded());
-    thread.conclude();
+    thread.conclude(/*isUrgent=*/false);
     EXPECT_TRUE(thread.hasEnded());
     EXPECT_EQ(nbSteps, -4);
     EXPECT_EQ(thread.advance(10), 0);
