@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "model/domain.hpp"
 #include "model/extended_precision.hpp"
@@ -29,7 +28,6 @@ Solution::Solution(const ClosedModel& model) : model_(model) {
         std::any_of(model.constraint.begin(), model.constraint.end(), [&model](ExpressionIndex e) {
             return model.decisionOf[static_cast<std::size_t>(e)] >= 0;
         });
-    constexpr double infinity = std::numeric_limits<double>::infinity();
     for (const Objective& o : model.objective) bound_.push_back(o.maximise ? infinity : -infinity);
     current_.violation = infinity;
     current_.point.reserve(model.domain.size());
@@ -42,7 +40,7 @@ Solution::Solution(const ClosedModel& model) : model_(model) {
 void Solution::setDecision(DecisionIndex d, Value wanted) {
     const auto k = static_cast<std::size_t>(d);
     current_.point[k] = nearestValue(wanted, model_.domain[k], model_.isDiscrete(d));
-    current_.violation = std::numeric_limits<double>::infinity();
+    current_.violation = infinity;
     isOptimal_ = false;
     isJudged_ = false;
 }
@@ -119,7 +117,7 @@ void Solution::dropRefutedBounds() {
         const double sign = model_.objective[k].maximise ? -1.0 : 1.0;
         const double tolerance = 2.0 * relationTolerance * std::max(1.0, std::abs(value));
         if (sign * (bound_[k] - value) > tolerance) {
-            bound_[k] = -sign * std::numeric_limits<double>::infinity();
+            bound_[k] = -sign * infinity;
         }
     }
 }

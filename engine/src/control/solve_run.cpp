@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numeric>
 #include <thread>
+#include <utility>
 
 #include "evaluate/pace.hpp"
 #include "model/tolerances.hpp"
@@ -29,8 +30,13 @@ constexpr auto patienceAtStart = std::chrono::milliseconds(200);
 constexpr double iterationsPerSecond = 70'000.0;
 constexpr std::chrono::duration<double> longestSilence{1.4};
 
-/// Of one worker in a round.
-constexpr std::int64_t workPerRound = 1'000'000;
+/// Of one worker in a round: some milliseconds, and many times what judging the best point costs at
+/// its end, but less than the time between ticks.
+std::int64_t workPerRound(const ClosedModel& model) {
+    constexpr std::int64_t least = 1'000'000;
+    constexpr std::int64_t most = 20'000'000;
+    return std::clamp(20 * static_cast<std::int64_t>(model.operand.size()), least, most);
+}
 
 int nbThreadsOf(const Parameters& parameters) {
     if (parameters.nbThreads > 0) return parameters.nbThreads;
@@ -195,7 +201,7 @@ void SolveRun::runRound(std::int64_t iterations) {
     const std::int64_t sinceTick = context_.statistics.iterations - lastTickIterations_;
     const std::int64_t toEvent =
         std::min(iterations, context_.parameters.iterationsBetweenTicks - sinceTick);
-    const std::int64_t fullRound = nbWorkers * workPerRound;
+    const std::int64_t fullRound = nbWorkers * workPerRound(context_.model);
     const std::int64_t total = toEvent > fullRound / workPerIteration
                                    ? fullRound
                                    : toEvent * workPerIteration - workToCount_;
@@ -242,13 +248,22 @@ void SolveRun::accept(Method& method) {
         solution.proveInconsistent();
         return;
     }
-    if (!searchers_ && !findings.domain.empty()) domain_ = findings.domain;
+    takeDomain(std::exchange(method.findings().domain, {}));
     if (!findings.incumbent.hasPoint()) return;
     if (findings.conclusion.outcome == Outcome::Optimal) {
         acceptOptimum(findings.incumbent.best());
     } else if (solution.isImprovedBy(findings.incumbent.best())) {
         solution.replace(findings.incumbent.best());
         if (searchers_) searchers_->spread();
+    }
+}
+
+void SolveRun::takeDomain(const std::vector<Interval>& tightened) {
+    for (std::size_t d = 0; d < tightened.size(); ++d) {
+        const Interval both{std::max(domain_[d].lower, tightened[d].lower),
+                            std::min(domain_[d].upper, tightened[d].upper)};
+        // Searchers need a value for every decision; a contradiction is the methods' to claim.
+        if (!both.isEmpty()) domain_[d] = both;
     }
 }
 

@@ -61,6 +61,8 @@ private:
     void tellMethods();
     /// Takes over what a method has found out, while it is held.
     void accept(Method& method);
+    /// Searchers that are still to be made stay inside.
+    void takeDomain(const std::vector<Interval>& tightened);
     void acceptOptimum(Incumbent claimed);
     /// Has the methods end with what they have in hand.
     void concludeMethods();

@@ -23,7 +23,8 @@ struct Findings {
     /// objective's own direction and units, -infinity or infinity while there is none. For later
     /// objectives it is one over all feasible points, whatever the earlier ones are.
     std::vector<double> bound;
-    /// [nbDecisions] Every feasible point lies inside; empty when the method knows no better.
+    /// [nbDecisions] Every feasible point lies inside; empty when the method knows no better, and
+    /// again when the schedule has taken it.
     std::vector<Interval> domain;
     /// Optimal: the incumbent is. Ends the whole solve.
     Conclusion conclusion;
