@@ -34,6 +34,10 @@ void Environment::setStatusSink(Sink sink) {
     record_->statusSink = std::move(sink);
 }
 
+void Environment::setPollHook(std::function<void()> hook) {
+    record_->pollHook = std::move(hook);
+}
+
 void Environment::setSystemDirectory(std::string_view directory) {
     std::string complete(directory);
     if (!complete.empty() && !endsWithSeparator(complete)) complete += '/';

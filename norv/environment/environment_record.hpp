@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -15,6 +16,7 @@ namespace hostapi {
 struct EnvironmentRecord {
     norv::Environment::Sink logSink;     ///< may be empty: discarded
     norv::Environment::Sink statusSink;  ///< may be empty: discarded
+    std::function<void()> pollHook;      ///< may be empty
     std::string systemDirectory;         ///< empty, or with a separator at the end
     double timeLimit = std::numeric_limits<double>::infinity();  ///< seconds
     std::int32_t iterationLimit = noIterationLimit;

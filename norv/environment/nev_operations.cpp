@@ -105,6 +105,7 @@ std::int32_t nevThreads(EnvironmentHandle nev) {
 
 std::int32_t nevTerminateGet(EnvironmentHandle nev) {
     return guarded(__func__, nev, 0, [](EnvironmentRecord& e) {
+        if (e.pollHook) e.pollHook();
         return e.terminationRequested.load(std::memory_order_relaxed) ? 1 : 0;
     });
 }

@@ -132,6 +132,36 @@ double Model::headAndTail(std::int32_t index) const {
     return record_->solution.headAndTail[checked("statistic", index, SolutionRecord::nbStatistics)];
 }
 
+std::vector<LinearPart> Model::linearPart(std::int32_t row) const {
+    const Instance& instance = record_->instance;
+    const std::int32_t i = row < 0 ? instance.objective() : checkedRow(instance, row);
+    std::vector<LinearPart> terms;
+    for (std::int64_t k = instance.entries.starts[i]; k < instance.entries.starts[i + 1]; ++k) {
+        if (instance.entries.values[k] != 0.0)
+            terms.push_back({instance.entries.variables[k], instance.entries.values[k]});
+    }
+    return terms;
+}
+
+std::vector<QuadraticPart> Model::quadraticPart(std::int32_t row) const {
+    const Instance& instance = record_->instance;
+    const QuadraticRows& entries = instance.quadratic;
+    const std::int32_t i = row < 0 ? instance.objective() : checkedRow(instance, row);
+    std::vector<QuadraticPart> terms;
+    for (std::int64_t k = entries.starts[i]; k < entries.starts[i + 1]; ++k)
+        terms.push_back({entries.first[k], entries.second[k], entries.values[k]});
+    return terms;
+}
+
+bool Model::hasInstructions(std::int32_t row) const {
+    const Instance& instance = record_->instance;
+    return instance.listOf(row < 0 ? instance.objective() : checkedRow(instance, row)) != nullptr;
+}
+
+double Model::objectiveConstant() const noexcept {
+    return record_->instance.objectiveConstant;
+}
+
 Evaluation Model::evaluateRow(std::int32_t row, std::span<const double> point,
                               Leniency* leniency) const {
     checkLength(record_->instance, point);

@@ -9,6 +9,7 @@
 
 #include "hostapi/codes.hpp"
 #include "interface/names.hpp"
+#include "norv/edit_distance.hpp"
 
 namespace norv {
 
@@ -115,12 +116,18 @@ OptionValue parseValue(const OptionDefinition& option, const std::string& text) 
 
 std::string valuesText(const OptionDefinition& option) {
     if (option.type == OptionType::pairs) return "a variable and an equation";
-    if (const auto* text = std::get_if<std::string>(&option.initial))
-        return "a text, default " + (text->empty() ? "empty" : excerpt(*text));
-    const auto* integer = std::get_if<std::int32_t>(&option.initial);
-    return numberText(option.lowest) + " to " + numberText(option.highest) + ", default " +
-           (integer != nullptr ? std::to_string(*integer)
-                               : numberText(std::get<double>(option.initial)));
+    if (option.type == OptionType::text) return "a text";
+    const bool isOpen = option.highest >= std::numeric_limits<std::int32_t>::max();
+    if (isOpen && std::isinf(option.lowest)) return "a number";
+    const std::string lowest = numberText(option.lowest);
+    return isOpen ? lowest + " or more" : lowest + " to " + numberText(option.highest);
+}
+
+std::string valueText(const OptionValue& value) {
+    if (const auto* text = std::get_if<std::string>(&value)) return *text;
+    if (const auto* integer = std::get_if<std::int32_t>(&value)) return std::to_string(*integer);
+    const auto* real = std::get_if<double>(&value);
+    return real != nullptr ? numberText(*real) : std::string();
 }
 
 std::vector<OptionDefinition> parseDefinitions(std::string_view contents) {

@@ -34,8 +34,10 @@ struct OptionDefinition {
 /// Does the option's range contain the value? @throws OptionError if not.
 void checkRange(const OptionDefinition& option, double value);
 
-/// What the option takes, in a few words: "0 to 9, default 1".
+/// What the option takes, in a few words: "0 to 9".
 [[nodiscard]] std::string valuesText(const OptionDefinition& option);
+/// The value as it is written in an option file; empty for pairs.
+[[nodiscard]] std::string valueText(const OptionValue& value);
 
 /// Reads the contents of a definition file, whose format its own head comment describes.
 /// @throws OptionError with message_type::definition, the line in front of the text ("12: …").

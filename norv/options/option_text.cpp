@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "interface/names.hpp"
+#include "norv/edit_distance.hpp"
 #include "norv/file_path.hpp"
 
 namespace norv {

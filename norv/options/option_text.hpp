@@ -51,8 +51,4 @@ struct OptionError : std::runtime_error {
 /// @throws OptionError (unreadable) when it cannot be read or is larger than 16 MiB.
 [[nodiscard]] std::string readWholeFile(const std::string& path);
 
-/// The optimal string alignment distance (insertions, deletions, substitutions, swaps of
-/// neighbours) between two short names, ignoring case.
-[[nodiscard]] std::size_t editDistance(std::string_view a, std::string_view b);
-
 }  // namespace norv

@@ -31,8 +31,12 @@ bool Options::isSet(std::string_view name) const noexcept {
 
 std::vector<OptionDescription> Options::descriptions() const {
     std::vector<OptionDescription> all;
-    for (const OptionDefinition& option : record_->definitions)
-        all.push_back({option.name, valuesText(option), option.description});
+    for (std::size_t k = 0; k < record_->definitions.size(); ++k) {
+        const OptionDefinition& option = record_->definitions[k];
+        all.push_back({option.name, valuesText(option), valueText(option.initial),
+                       valueText(record_->settings[k].value), option.description, option.group,
+                       option.type == OptionType::text, option.type == OptionType::pairs});
+    }
     return all;
 }
 

@@ -13,9 +13,7 @@ namespace norv {
 namespace {
 
 /// Reads until the end instead of asking for the size, so that pipes work too.
-std::vector<char> readWhole(const std::string& path) {
-    std::ifstream file(filePath(path), std::ios::binary);
-    if (!file) throw ReadError(path + ": cannot be opened: " + std::strerror(errno));
+std::vector<char> readWhole(std::istream& file, const std::string& path) {
     std::vector<char> bytes(std::size_t{1} << 16U);
     std::size_t filled = 0;
     while (true) {
@@ -36,7 +34,13 @@ InputText::InputText(std::string path, std::vector<char> bytes)
     : path_(std::move(path)), bytes_(std::move(bytes)) {}
 
 InputText InputText::fromFile(const std::string& path) {
-    std::vector<char> bytes = readWhole(path);
+    std::ifstream file(filePath(path), std::ios::binary);
+    if (!file) throw ReadError(path + ": cannot be opened: " + std::strerror(errno));
+    return fromStream(file, path);
+}
+
+InputText InputText::fromStream(std::istream& in, const std::string& path) {
+    std::vector<char> bytes = readWhole(in, path);
     const std::string_view content(bytes.data(), bytes.size());
     return {path, looksGzipped(content) ? gunzip(path, content) : std::move(bytes)};
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <istream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,9 @@ public:
     /// Reads `path`, unpacking it when its content (whatever its name) is gzip, also of several
     /// members. Throws ReadError naming the file and the reason.
     static InputText fromFile(const std::string& path);
+
+    /// Reads a stream to its end, likewise. @param path  for messages.
+    static InputText fromStream(std::istream& in, const std::string& path);
 
     /// A text made in memory; `path` serves messages only. Unpacked like a file.
     static InputText fromMemory(std::string path, std::string_view content);

@@ -173,8 +173,12 @@ void NlExpressions::refuseForeign(NodeIndex root, const std::string& user) const
         node = *culprit;
     }
     const Foreign& thing = foreign_[static_cast<std::size_t>(store_.labelOf(node))];
-    input_.refuseAt(thing.place, thing.what + " in " + user,
-                    "operators that this host can express");
+    try {
+        input_.refuseAt(thing.place, thing.what + " in " + user,
+                        "operators that this host can express");
+    } catch (const ReadError& error) {
+        throw UnsupportedError(error.what());
+    }
 }
 
 }  // namespace norv

@@ -53,7 +53,8 @@ struct NlInstance {
     std::vector<NlVariable> variables;
     std::vector<NlRow> rows;
     std::vector<NodeIndex> logicalRows;   ///< each is to be true
-    std::vector<NlObjective> objectives;  ///< in file order; the first one counts
+    std::vector<NlObjective> objectives;  ///< in file order
+    std::int32_t objective = -1;          ///< the one that counts; -1: none
     LargeVector<NlEntry> entries;         ///< of the rows, in file order
     NlNames names;
     std::vector<SpecialOrderedSet> sets;

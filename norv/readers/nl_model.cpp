@@ -136,8 +136,8 @@ void ModelMaker::addLogicalRows() {
 }
 
 void ModelMaker::addObjective() {
-    if (instance_.objectives.empty()) return;
-    const NlObjective& objective = instance_.objectives.front();
+    if (instance_.objective < 0) return;
+    const auto& objective = instance_.objectives[static_cast<std::size_t>(instance_.objective)];
     builder_.setSense(objective.maximise ? hostapi::objective_sense::maximise
                                          : hostapi::objective_sense::minimise);
     const auto form = quadraticForm(objective.expression, objectiveRow);

@@ -26,15 +26,22 @@ std::string NlInstance::variableName(std::int32_t variable) const {
     return nameIn(names.variables, variable, 'x');
 }
 
-NlParser::NlParser(const InputText& file, NlNames names)
+NlParser::NlParser(const InputText& file, NlNames names, std::int32_t objective)
     : input_(file), expressions_(input_, instance_.expressions) {
     instance_.path = file.path();
     instance_.names = std::move(names);
+    instance_.objective = objective - 1;
 }
 
 NlInstance NlParser::parse() {
     instance_.header = readNlHeader(input_);
     const NlHeader& header = instance_.header;
+    if (header.nbObjectives == 0) instance_.objective = -1;
+    if (instance_.objective >= header.nbObjectives) {
+        throw ReadError(instance_.path + ": found " + std::to_string(header.nbObjectives) +
+                        " objectives, expected at least " +
+                        std::to_string(instance_.objective + 1) + ", whose number is asked for");
+    }
     instance_.expressions = ExpressionStore(header.nbVariables);
     instance_.variables.resize(static_cast<std::size_t>(header.nbVariables));
     instance_.rows.resize(static_cast<std::size_t>(header.nbRows));
@@ -53,9 +60,11 @@ NlInstance NlParser::parse() {
     checkCounts();
     instance_.sets = specialOrdered_.sets(instance_);
     if (header.nbObjectives > 1) {
+        const std::string taken =
+            instance_.objective < 0 ? "none" : "number " + std::to_string(instance_.objective + 1);
         instance_.warnings.push_back(instance_.path + ": found " +
-                                     std::to_string(header.nbObjectives) +
-                                     " objectives, the first one is taken");
+                                     std::to_string(header.nbObjectives) + " objectives, " + taken +
+                                     " is taken");
     }
     return std::move(instance_);
 }
@@ -134,7 +143,7 @@ void NlParser::readObjective() {
         input_.refuseAt(place, "a second segment O", "one for each objective");
     objective.maximise = input_.integerWithin(0, 1, "0 (minimise) or 1 (maximise)") == 1;
     objective.expression = expressions_.read();
-    if (k == 0) expressions_.refuseForeign(objective.expression, "the objective");
+    if (k == instance_.objective) expressions_.refuseForeign(objective.expression, "the objective");
 }
 
 /// Suffixes tell solvers more than the host has a place for, but for special ordered sets.
@@ -318,8 +327,8 @@ bool looksLikeNl(std::string_view content) noexcept {
            content[1] <= '9';
 }
 
-NlInstance readNl(const InputText& file, NlNames names) {
-    return NlParser(file, std::move(names)).parse();
+NlInstance readNl(const InputText& file, NlNames names, std::int32_t objective) {
+    return NlParser(file, std::move(names), objective).parse();
 }
 
 }  // namespace norv

@@ -14,7 +14,8 @@ namespace norv {
 /// Reads one .nl file into an instance. Used once.
 class NlParser {
 public:
-    NlParser(const InputText& file, NlNames names);
+    /// @param objective  the number of the one that counts, from 1; 0: none.
+    NlParser(const InputText& file, NlNames names, std::int32_t objective);
 
     NlInstance parse();
 

@@ -10,9 +10,10 @@ namespace norv {
 
 /// Reads an .nl file, text or binary in either byte order; docs/instance-formats.md tells what is
 /// understood and how.
-/// Throws ReadError at the first fault, and for an operator or function that this host does not
-/// have, unless only objectives that do not count use it.
-NlInstance readNl(const InputText& file, NlNames names = {});
+/// @param objective  the number of the one that counts, from 1; 0: none does.
+/// Throws ReadError at the first fault, UnsupportedError for an operator or function that this host
+/// does not have, unless only objectives that do not count use it.
+NlInstance readNl(const InputText& file, NlNames names = {}, std::int32_t objective = 1);
 
 /// The names beside `path`: for "dir/model.nl" (or "dir/model.nl.gz") those in "dir/model.row" and
 /// "dir/model.col", one a line. A file that is not there gives no names.

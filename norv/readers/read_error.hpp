@@ -14,6 +14,12 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// Input that is well-formed and asks for something that this host does not have.
+class UnsupportedError : public ReadError {
+public:
+    using ReadError::ReadError;
+};
+
 /// A place in a text file, both counted from 1; the column counts bytes.
 struct Place {
     std::size_t line;

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "solve/exit_code.hpp"
+#include "solve/ends.hpp"
 
 namespace norv {
 

@@ -34,12 +34,13 @@ Json variableArray(const Model& model) {
 
 }  // namespace
 
-void writeJson(std::ostream& out, const std::string& file, const Model& model,
-               const SolveResult& solveResult) {
+void writeJson(std::ostream& out, const RunRecord& run) {
+    const Model& model = run.model();
+    const SolveResult& solveResult = run.result;
     const std::optional<PointCheck>& check = solveResult.check;
     namespace record = hostapi::head_and_tail;
     const Json result = {
-        {"file", file},
+        {"file", run.settings.model},
         {"rows", model.nbRows()},
         {"columns", model.nbVariables()},
         {"modelStatus", statusObject(model.modelStatus(), modelStatusText(model.modelStatus()))},

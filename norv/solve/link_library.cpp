@@ -21,7 +21,7 @@ SharedLibrary load(const std::string& name) {
     try {
         return SharedLibrary(name);
     } catch (const std::runtime_error& error) {
-        throw Failure(ExitCode::noLink, std::string("cannot load the link: ") + error.what());
+        throw Failure(ExitCode::failed, std::string("cannot load the link: ") + error.what());
     }
 }
 
@@ -30,7 +30,7 @@ Function* resolve(const SharedLibrary& library, const char* symbol) {
     try {
         return library.function<Function>(symbol);
     } catch (const std::runtime_error& error) {
-        throw Failure(ExitCode::noLink, std::string("cannot use the link: ") + error.what());
+        throw Failure(ExitCode::failed, std::string("cannot use the link: ") + error.what());
     }
 }
 
@@ -68,7 +68,7 @@ void LinkLibrary::askVersion() const {
     std::int32_t compatibility = 0;
     auto* const ask = resolve<VersionQuestion>(library_, "c__xapiversion");
     if (ask(linkApiVersion, message, &compatibility) != 0) return;
-    throw Failure(ExitCode::noLink, std::string("the link refuses this host: ") + message);
+    throw Failure(ExitCode::failed, std::string("the link refuses this host: ") + message);
 }
 
 void LinkLibrary::askSignature(const char* name, std::int32_t nbArguments,
@@ -76,7 +76,7 @@ void LinkLibrary::askSignature(const char* name, std::int32_t nbArguments,
     char message[messageLength] = "";
     auto* const ask = resolve<SignatureQuestion>(library_, "c__xcheck");
     if (ask(name, nbArguments, signature, message) != 0) return;
-    throw Failure(ExitCode::noLink, std::string("the link does not fit this host: ") + message);
+    throw Failure(ExitCode::failed, std::string("the link does not fit this host: ") + message);
 }
 
 void LinkLibrary::solve(Model& model, hostapi::OptionHandle options) const {
@@ -87,17 +87,17 @@ void LinkLibrary::solve(Model& model, hostapi::OptionHandle options) const {
     void* handle = nullptr;
     char message[messageLength] = "";
     if (create_(&handle, message, messageLength) == 0 || handle == nullptr) {
-        throw Failure(ExitCode::linkFailed, std::string("vexcreate failed: ") + message);
+        throw Failure(ExitCode::failed, std::string("vexcreate failed: ") + message);
     }
     const AtExit freeAtExit([&] { free_(&handle); });
     if (readyApi_(handle, model.handle(), options) != 0) {
-        throw Failure(ExitCode::linkFailed,
+        throw Failure(ExitCode::failed,
                       "vexReadyAPI failed: the link could not prepare the "
                       "model; the log tells why");
     }
     if (callSolver_(handle) != 0) {
         throw Failure(
-            ExitCode::linkFailed,
+            ExitCode::failed,
             "vexCallSolver failed: the link could not solve the model; the log tells why");
     }
 }

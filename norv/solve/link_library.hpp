@@ -14,13 +14,13 @@ class LinkLibrary {
 public:
     /// Loads the link, resolves the entry points that a solve needs, and asks its version
     /// (`c__xapiversion`) and the signatures (`c__xcheck`) of what will be called.
-    /// Throws Failure (noLink) with the loader's or the link's own words.
+    /// Throws Failure (failed) with the loader's or the link's own words.
     explicit LinkLibrary(const std::string& name);
 
     /// One instance from beginning to end, in the host's order: presets the statuses of a failed
     /// setup, then vexInitialize, vexcreate, vexReadyAPI, vexCallSolver, vexfree, vexFinalize.
     /// @param options  may be null: the link then makes its own option object.
-    /// Throws Failure (linkFailed) when vexcreate, vexReadyAPI or vexCallSolver fails; the link
+    /// Throws Failure (failed) when vexcreate, vexReadyAPI or vexCallSolver fails; the link
     /// object is freed by then.
     void solve(Model& model, hostapi::OptionHandle options) const;
 

@@ -5,6 +5,19 @@
 
 namespace norv {
 
+LineSplitter::LineSplitter(std::function<void(std::string_view)> receiver)
+    : receiver_(std::move(receiver)) {}
+
+void LineSplitter::write(std::string_view text) {
+    while (!text.empty()) {
+        const std::size_t end = text.find('\n');
+        openLine_ += text.substr(0, end);
+        if (end == std::string_view::npos) return;
+        receiver_(std::exchange(openLine_, {}));
+        text.remove_prefix(end + 1);
+    }
+}
+
 LogWriter::LogWriter(std::ostream& target, std::function<int()> width)
     : out_(target), columns_(std::move(width)), isTerminal_(columns_() > 0) {}
 

@@ -8,6 +8,18 @@
 
 namespace norv {
 
+/// Cuts a text that comes in pieces into lines.
+class LineSplitter {
+public:
+    /// @param receiver  is called with each line, without its end.
+    explicit LineSplitter(std::function<void(std::string_view)> receiver);
+    void write(std::string_view text);
+
+private:
+    std::function<void(std::string_view)> receiver_;
+    std::string openLine_;
+};
+
 /// Brings the log to its reader. A file or pipe gets the text as it is, flushed line by line. On a
 /// terminal the progress lines (those with " || " in them) take turns on one line, cut to the
 /// terminal's width; whatever else is logged leaves the last of them standing and goes below it.

@@ -1,6 +1,7 @@
 #include "solve/model_file.hpp"
 
 #include <algorithm>
+#include <limits>
 #include <span>
 #include <stdexcept>
 #include <utility>
@@ -8,6 +9,7 @@
 #include "hostapi/codes.hpp"
 #include "norv/model_builder.hpp"
 #include "norv/set_reformulation.hpp"
+#include "readers/lp_reader.hpp"
 #include "readers/mps_model.hpp"
 #include "readers/mps_reader.hpp"
 #include "readers/nl_model.hpp"
@@ -48,11 +50,16 @@ void requireSquare(const Model& model, const std::string& path) {
 
 void readInto(ModelBuilder& builder, const InputText& file, const ReadingSettings& settings,
               std::ostream& log) {
-    // No .mps file begins with a "g" or "b" and a digit.
+    // No .mps file begins with a "g" or "b" and a digit, or with the sense of an objective.
     if (looksLikeNl(file.text())) {
-        build(readNl(file, readNlNames(file.path())), builder, log);
+        build(readNl(file, readNlNames(file.path()), settings.objective), builder, log);
+    } else if (looksLikeLp(file.text())) {
+        for (const std::string& warning : readLp(file, builder))
+            log << "Warning: " << warning << '\n';
     } else {
-        build(readMps(file, {settings.integerUpper}), builder, log);
+        build(readMps(file,
+                      {settings.hasOpenIntegers ? std::numeric_limits<double>::infinity() : 1.0}),
+              builder, log);
     }
     if (settings.isSquareSystem) builder.setModelType(hostapi::model_type::squareSystem);
 }
@@ -76,7 +83,7 @@ Model withoutSets(const Model& model, ModelBuilder& builder, const Environment& 
     try {
         made = reformulateSets(model, builder);
     } catch (const std::invalid_argument& missing) {
-        throw Failure(ExitCode::badInput, path + ": " + missing.what());
+        throw Failure(ExitCode::unsupported, path + ": " + missing.what());
     }
     const std::size_t nbSets = model.specialOrderedSets().size();
     log << path << ": " << nbSets << " special ordered " << (nbSets == 1 ? "set is" : "sets are")

@@ -17,8 +17,10 @@ struct ReadingSettings {
     bool isSquareSystem = false;
     /// Hand special ordered sets to the link, which refuses them, instead of binaries.
     bool keepsSets = false;
-    /// Upper bound of .mps integer columns between markers without any bound.
-    double integerUpper = MpsSettings().integerUpper;
+    /// .mps integer columns between markers without any bound go up to infinity, not to 1.
+    bool hasOpenIntegers = false;
+    /// Which objective of an .nl file counts, from 1; 0: none.
+    std::int32_t objective = 1;
 };
 
 /// The model as its user wrote it and, where special ordered sets became binaries, the one that the

@@ -4,10 +4,11 @@
 #include <cmath>
 #include <limits>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "hostapi/codes.hpp"
-#include "solve/report.hpp"
+#include "solve/number_text.hpp"
 
 namespace norv {
 namespace {
@@ -81,6 +82,7 @@ public:
     void add(double violation, const char* kind, const std::string& name) {
         if (std::isnan(violation)) violation = std::numeric_limits<double>::infinity();
         if (violation > checkTolerance) ++check_.nbViolated;
+        if (violation > checkTolerance && std::string_view(kind) == "row ") ++check_.nbViolatedRows;
         if (violation <= check_.largestViolation) return;
         check_.largestViolation = violation;
         check_.worst = kind + name;
@@ -120,7 +122,7 @@ void checkRow(const Model& model, std::int32_t i, std::span<const double> levels
     findings.add(violation, "row ", model.rowName(i));
 }
 
-void checkLevels(const Model& model, std::span<const double> levels, Findings& findings) {
+void addLevels(const Model& model, std::span<const double> levels, Findings& findings) {
     for (std::int32_t j = 0; j < model.nbVariables(); ++j) {
         const double violation = variableViolation(model, j, levels[static_cast<std::size_t>(j)]);
         if (!(violation <= 0.0)) findings.add(violation, "variable ", model.variableName(j));
@@ -148,15 +150,19 @@ void checkObjective(const Model& model, Findings& findings) {
 
 PointCheck checkPoint(const Model& model) {
     Findings findings;
-    checkLevels(model, model.levels(), findings);
+    addLevels(model, model.levels(), findings);
     checkObjective(model, findings);
     return findings.result();
 }
 
-bool isFeasible(const Model& model, std::span<const double> levels) {
+PointCheck checkLevels(const Model& model, std::span<const double> levels) {
     Findings findings;
-    checkLevels(model, levels, findings);
-    return findings.result().passed;
+    addLevels(model, levels, findings);
+    return findings.result();
+}
+
+bool isFeasible(const Model& model, std::span<const double> levels) {
+    return checkLevels(model, levels).passed;
 }
 
 bool claimsFeasiblePoint(std::int32_t modelStatus) {

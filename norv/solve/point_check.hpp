@@ -15,9 +15,10 @@ constexpr double checkTolerance = 1e-6;
 /// What the host's own evaluator says about the levels in a model.
 struct PointCheck {
     bool passed = true;
-    double largestViolation = 0.0;  ///< scaled: divided by max(1, magnitude of both sides)
-    std::string worst;              ///< what is violated most, empty when nothing is
-    std::int64_t nbViolated = 0;    ///< rows, bounds and variables beyond the tolerance
+    double largestViolation = 0.0;    ///< scaled: divided by max(1, magnitude of both sides)
+    std::string worst;                ///< what is violated most, empty when nothing is
+    std::int64_t nbViolated = 0;      ///< rows, bounds and variables beyond the tolerance
+    std::int64_t nbViolatedRows = 0;  ///< those of them that are rows
     /// Rows that hold, or the objective's value, by the tolerance of a relation inside alone.
     std::int64_t nbLoose = 0;
     std::string loose;  ///< the first of them: "row r: relation 2.9999999 >= 3"
@@ -28,6 +29,10 @@ struct PointCheck {
 /// functions are exact; a row that only they violate passes as loose when the tolerance makes it
 /// hold.
 PointCheck checkPoint(const Model& model);
+
+/// The same for another point, without the objective.
+/// @param levels  [nbVariables]
+PointCheck checkLevels(const Model& model, std::span<const double> levels);
 
 /// Does another point hold all rows, bounds, integrality, semi-continuity and sets, within the
 /// tolerance?

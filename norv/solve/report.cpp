@@ -1,8 +1,7 @@
 #include "solve/report.hpp"
 
-#include <charconv>
-
 #include "hostapi/codes.hpp"
+#include "solve/number_text.hpp"
 #include "solve/status_text.hpp"
 
 namespace norv {
@@ -30,12 +29,6 @@ std::string looseText(const PointCheck& check) {
 }
 
 }  // namespace
-
-std::string numberText(double value) {
-    char text[32];
-    const auto [end, error] = std::to_chars(text, text + sizeof text, value);
-    return error == std::errc() ? std::string(text, end) : std::string();
-}
 
 void printSummary(std::ostream& out, const Model& model, const SolveResult& result) {
     const std::optional<PointCheck>& check = result.check;

@@ -1,29 +1,18 @@
 #include "solve/solve_run.hpp"
 
+#include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "norv/file_path.hpp"
 #include "solve/failure.hpp"
 #include "solve/link_library.hpp"
-#include "solve/report.hpp"
-#include "solve/shared_library.hpp"
-#include "solve/termination_signals.hpp"
+#include "solve/number_text.hpp"
+#include "solve/settings/command_line.hpp"
 
 namespace norv {
 namespace {
-
-const char* const definitionFile = "optlocalsolver.def";
-
-/// With a separator at the end. Unless told, the program's own folder, or where an installation
-/// keeps the definitions.
-std::string systemDirectory(const SolveSettings& settings) {
-    if (!settings.systemDirectory.empty()) return settings.systemDirectory + '/';
-    const std::filesystem::path program = filePath(programDirectory());
-    if (std::filesystem::exists(program / definitionFile)) return fileName(program);
-    return fileName((program / NORV_DEFINITIONS).lexically_normal() / "");
-}
 
 /// The messages, a line each, without the last line's end; then forgets them.
 std::string takeMessages(Options& options) {
@@ -40,6 +29,45 @@ std::string takeMessages(Options& options) {
 void requireReadable(const std::string& path) {
     if (path.empty() || std::ifstream(filePath(path))) return;
     throw Failure(ExitCode::badInput, path + ": the option file cannot be opened");
+}
+
+Options definedOptions(const SolveSettings& settings) {
+    Options options;
+    const bool defined =
+        options.readDefinition(systemDirectory(settings.systemDirectory) + "optlocalsolver.def");
+    if (!defined) throw Failure(ExitCode::badInput, takeMessages(options));
+    options.clearMessages();
+    return options;
+}
+
+/// Reads the file, or its lines that are for the link, into the options.
+void readOptionFile(Options& options, const SolveSettings& settings) {
+    if (!settings.ownsOptions) {
+        if (!settings.optionFile.empty()) options.readFile(settings.optionFile);
+        return;
+    }
+    for (const Assignment& each : settings.fileAssignments) options.set(each.text, each.source);
+}
+
+/// What the user reads, a line each, without the last line's end.
+std::string takeWarnings(Options& options) {
+    constexpr std::int32_t lastShown = 7;
+    std::string lines;
+    for (const OptionMessage& message : options.messages()) {
+        if (message.type > lastShown) continue;
+        lines += (lines.empty() ? "" : "\n") + message.text;
+    }
+    options.clearMessages();
+    return lines;
+}
+
+/// The link warns as it reads the file; where warnings are errors, it does not come to that.
+void requireFlawless(const SolveSettings& settings) {
+    if (settings.optionFile.empty()) return;
+    Options options = definedOptions(settings);
+    readOptionFile(options, settings);
+    const std::string warnings = takeWarnings(options);
+    if (!warnings.empty()) throw Failure(ExitCode::badInput, warnings);
 }
 
 /// Does the link stop at an objective value? It reads an option file itself when nobody else has.
@@ -60,49 +88,46 @@ std::string assignmentText(const std::string& name, const std::string& value) {
     return text + '"';
 }
 
-void configure(Environment& environment, const SolveSettings& settings, std::ostream& log) {
-    environment.setSystemDirectory(systemDirectory(settings));
+void configure(Environment& environment, const Settings& all, std::ostream& log) {
+    const SolveSettings& settings = all.solve;
+    environment.setSystemDirectory(systemDirectory(settings.systemDirectory));
     // The link would round down, and begin no search for half a second.
     const double wholeSeconds = std::ceil(settings.timeLimit);
     if (wholeSeconds != settings.timeLimit) {
-        log << "Time limit " << numberText(settings.timeLimit)
-            << " s: the link takes whole seconds, " << numberText(wholeSeconds) << " is used.\n";
+        const std::string warning = "Time limit " + numberText(settings.timeLimit) +
+                                    " s: the link takes whole seconds, " +
+                                    numberText(wholeSeconds) + " is used.";
+        if (all.output.isStrict) throw Failure(ExitCode::badInput, warning);
+        log << warning << '\n';
     }
     environment.setTimeLimit(wholeSeconds);
-    if (settings.iterationLimit) environment.setIterationLimit(*settings.iterationLimit);
-    environment.setThreads(settings.threads);
+    environment.setIterationLimit(settings.iterationLimit);
+    const auto nbThreads = static_cast<std::int32_t>(std::thread::hardware_concurrency());
+    environment.setThreads(settings.threads > 0 ? settings.threads : std::max(nbThreads, 1));
 }
 
-Options definedOptions(const SolveSettings& settings) {
-    Options options;
-    const bool defined = options.readDefinition(systemDirectory(settings) + definitionFile);
-    if (!defined) throw Failure(ExitCode::badInput, takeMessages(options));
-    options.clearMessages();
-    return options;
-}
-
-std::optional<Options> makeOptions(const SolveSettings& settings, bool always, std::ostream& log) {
+std::optional<Options> makeOptions(const Settings& all, bool always, std::ostream& log) {
+    const SolveSettings& settings = all.solve;
     requireReadable(settings.optionFile);
-    if (settings.assignments.empty() && !always) return std::nullopt;
+    if (all.output.isStrict) requireFlawless(settings);
+    if (settings.assignments.empty() && !settings.ownsOptions && !always) return std::nullopt;
     Options options = definedOptions(settings);
-    if (!settings.optionFile.empty()) options.readFile(settings.optionFile);
-    if (!options.messages().empty()) log << takeMessages(options) << '\n';
+    readOptionFile(options, settings);
+    const std::string warnings = takeWarnings(options);
+    if (!warnings.empty()) log << warnings << '\n';
     for (const Assignment& each : settings.assignments) {
         if (!options.set(each.text, each.source))
-            throw Failure(ExitCode::badCommandLine, takeMessages(options));
+            throw Failure(ExitCode::badInput, takeMessages(options));
     }
     return options;
 }
 
-SolveResult solve(LoadedModel& loaded, Environment& environment, const SolveSettings& settings,
+SolveResult solve(LoadedModel& loaded, const SolveSettings& settings,
                   const std::optional<Options>& options) {
     Model& model = loaded.forLink ? *loaded.forLink : loaded.model;
     if (!options && !settings.optionFile.empty()) model.setOptionFile(settings.optionFile);
     const LinkLibrary link(settings.link);
-    {
-        const TerminationSignals signals(environment);
-        link.solve(model, options ? options->handle() : nullptr);
-    }
+    link.solve(model, options ? options->handle() : nullptr);
     if (loaded.forLink) loaded.model.takeResults(*loaded.forLink);
     SolveResult result;
     if (claimsFeasiblePoint(model.modelStatus())) result.check = checkPoint(loaded.model);

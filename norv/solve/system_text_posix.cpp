@@ -1,4 +1,5 @@
 #include <cstdlib>
+#include <iostream>
 
 #include "solve/system_text.hpp"
 
@@ -7,6 +8,10 @@ namespace norv {
 std::string environmentVariable(const char* name) {
     const char* const value = std::getenv(name);
     return value != nullptr ? value : "";
+}
+
+std::istream& binaryStandardInput() {
+    return std::cin;
 }
 
 }  // namespace norv

@@ -2,6 +2,9 @@
 
 #include <atomic>
 #include <csignal>
+#include <cstdlib>
+
+#include "solve/temporary_files.hpp"
 
 namespace norv {
 namespace {
@@ -15,9 +18,8 @@ static_assert(std::atomic<Environment*>::is_always_lock_free &&
 
 extern "C" void askToStop(int signal) {
     if (wasAsked.exchange(true)) {
-        std::signal(signal, SIG_DFL);
-        std::raise(signal);
-        return;
+        removeTemporaryFiles();
+        std::_Exit(128 + signal);
     }
     // Some systems put the default action back before they call a handler.
     std::signal(signal, askToStop);
@@ -48,6 +50,10 @@ TerminationSignals::~TerminationSignals() {
     restore(SIGTERM, terminateBefore_);
     restore(SIGINT, interruptBefore_);
     receiver = nullptr;
+}
+
+bool TerminationSignals::haveCome() noexcept {
+    return wasAsked;
 }
 
 }  // namespace norv

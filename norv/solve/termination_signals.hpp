@@ -5,8 +5,8 @@
 namespace norv {
 
 /// While it lives, SIGINT and SIGTERM ask the running solve to stop; a second signal of either
-/// kind does what it would do without this object, so that it ends the process at once and the
-/// process's status tells which signal did. A signal that was ignored before stays ignored.
+/// kind removes the program's temporary files and ends the process with 128 and the signal's
+/// number, 130 for Ctrl+C. A signal that was ignored before stays ignored.
 ///
 /// One at a time. The handlers of before are back when it is gone.
 class TerminationSignals {
@@ -16,6 +16,9 @@ public:
     ~TerminationSignals();
     TerminationSignals(const TerminationSignals&) = delete;
     TerminationSignals& operator=(const TerminationSignals&) = delete;
+
+    /// Did a signal come?
+    [[nodiscard]] static bool haveCome() noexcept;
 
 private:
     using Handler = void (*)(int);

@@ -1,6 +1,8 @@
 /// The independent witness for .sol files, with the AMPL solver library:
 ///
-///   ampl_solution STUB CODE MESSAGE < LEVELS    writes STUB.sol as the library does
+///   ampl_solution STUB CODE MESSAGE < LEVELS    writes STUB.sol as the library does, with the
+///   values
+///                                               of the rows as the suffix "activity"
 ///   ampl_solution STUB                          reads STUB.sol and prints code, message, levels
 ///
 /// Standard input holds a number per variable, or nothing for a solution without levels. The
@@ -11,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "asl.h"
 #include "getstub.h"
 
 // The library's names are macros that stand for members of `asl`, which must have this name.
@@ -21,6 +24,15 @@ void write(ASL* asl, int code, char* message) {
     std::vector<double> levels;
     for (double level = 0.0; scanf("%lf", &level) == 1;) levels.push_back(level);
     solve_result_num = code;
+    SufDecl activity{const_cast<char*>("activity"), nullptr, ASL_Sufkind_con | ASL_Sufkind_outonly,
+                     0};
+    suf_declare(&activity, 1);
+    std::vector<double> activities(static_cast<std::size_t>(n_con));
+    if (!levels.empty() && n_con > 0) {
+        fint nbErrors = 0;
+        conval(levels.data(), activities.data(), &nbErrors);
+        suf_rput("activity", ASL_Sufkind_con, activities.data());
+    }
     Option_Info info{};
     info.wantsol = 9;  // the file, nothing printed
     write_sol(message, levels.empty() ? nullptr : levels.data(), nullptr, &info);

@@ -72,34 +72,34 @@ TEST_F(Norvsolve, handsLimitsAndOptionsOn) {
 TEST_F(Norvsolve, tellsTheWayItFailedByItsExitCode) {
     struct Case {
         const char* failing;
-        int exitCode;
         const char* complaint;
         const char* lastCall;
     };
     const Case cases[] = {
-        {"c__xapiversion", 4, "the link refuses this host: a version of its own", "version 1\n"},
-        {"c__xcheck", 4, "the link does not fit this host: a signature of its own", "2 3 1 1\n"},
-        {"vexcreate", 5, "vexcreate failed: no room", "vexFinalize\n"},
-        {"vexReadyAPI", 5, "vexReadyAPI failed", "vexfree\nvexFinalize\n"},
-        {"vexCallSolver", 5, "vexCallSolver failed", "vexfree\nvexFinalize\n"},
+        {"c__xapiversion", "the link refuses this host: a version of its own", "version 1\n"},
+        {"c__xcheck", "the link does not fit this host: a signature of its own", "2 3 1 1\n"},
+        {"vexcreate", "vexcreate failed: no room", "vexFinalize\n"},
+        {"vexReadyAPI", "vexReadyAPI failed", "vexfree\nvexFinalize\n"},
+        {"vexCallSolver", "vexCallSolver failed", "vexfree\nvexFinalize\n"},
     };
     for (const Case& each : cases) {
         tell("FAKE_LINK_FAILS", each.failing);
         const ProgramRun run = solve();
-        EXPECT_EQ(run.exitCode, each.exitCode) << each.failing;
+        EXPECT_EQ(run.exitCode, 4) << each.failing;
         EXPECT_THAT(run.errors, HasSubstr(each.complaint));
         EXPECT_THAT(contentOf(calls_), testing::EndsWith(each.lastCall));
     }
     tell("FAKE_LINK_FAILS", "nothing");
-    EXPECT_EQ(solve({"--time-limit", "-1"}).exitCode, 2);
-    EXPECT_EQ(solve({"sed=1"}).exitCode, 2);
-    EXPECT_EQ(solve({"-o", path_ + ".none"}).exitCode, 3);
+    EXPECT_EQ(solve({"sed=1"}).exitCode, 1);
+    EXPECT_EQ(solve({"--strict", "-t", "1.5"}).exitCode, 1);
+    EXPECT_EQ(solve({"-o", path_ + ".none"}).exitCode, 1);
     EXPECT_EQ(solve({"--solution", path_ + "/none"}).exitCode, 7);
+    EXPECT_EQ(solve({"--solution", path_}).exitCode, 1);
     EXPECT_EQ(runProgram({NORVSOLVE_PROGRAM, path_, "--link", path_}).exitCode, 4);
     EXPECT_EQ(runProgram({NORVSOLVE_PROGRAM, "--version"}).exitCode, 0);
     std::ofstream(path_) << "ROWS\n Q c\n";
     const ProgramRun malformed = solve();
-    EXPECT_EQ(malformed.exitCode, 3);
+    EXPECT_EQ(malformed.exitCode, 1);
     EXPECT_EQ(malformed.errors,
               path_ + ":2:2: found \"Q\", expected the type of a row: N, E, L or G\n");
 }
@@ -120,8 +120,8 @@ TEST_F(Norvsolve, checksThePointItself) {
         {"a row is violated", "16", "5", 6, "most by 0.2 (row c1)"},
         {"above a bound", "2", "7", 6, "Check: FAILED, 3 violated beyond 1e-06"},
         {"not a number", "8", "nan", 6, "most by inf"},
-        {"no point claimed, none checked", "5", "7", 0, "Check: no feasible point reported."},
-        {"a point known to be infeasible", "6", "7", 0, "Check: no feasible point reported."},
+        {"no point claimed, none checked", "5", "7", 3, "Check: no feasible point reported."},
+        {"a point known to be infeasible", "6", "7", 3, "Check: no feasible point reported."},
     };
     for (const Case& each : cases) {
         tell("FAKE_LINK_STATUS", each.status);
@@ -210,6 +210,43 @@ TEST_F(Norvsolve, writesItsResults) {
     const nlohmann::json none = nlohmann::json::parse(solve({"--json", "-"}).output);
     EXPECT_TRUE(none["objective"].is_null() && none["check"].is_null());
     EXPECT_TRUE(none["variables"].empty());
+}
+
+TEST_F(Norvsolve, losesNoResultForAnother) {
+    const std::string solution = scratchFile("kept");
+    writeFile(solution, "of before");
+    EXPECT_EQ(solve({"--solution", solution, "--json", scratchFile("none") + "/x"}).exitCode, 7);
+    EXPECT_EQ(contentOf(calls_), "");  // known before the search
+    EXPECT_EQ(contentOf(solution), "of before");
+    EXPECT_EQ(solve({"--solution", solution, "--json", solution}).exitCode, 1);
+    if (!std::ifstream("/dev/full")) GTEST_SKIP() << "no device that is always full";
+    const ProgramRun run = solve({"--solution", solution, "--json", "/dev/full"});
+    EXPECT_EQ(run.exitCode, 7);
+    EXPECT_EQ(run.errors, "norvsolve: /dev/full: cannot be written: No space left on device\n");
+    EXPECT_EQ(contentOf(solution), "x\t3\nn\t3\ns\t3\n");
+}
+
+TEST_F(Norvsolve, saysWhatBecameOfAStartingPoint) {
+    const std::string start = scratchFile("start");
+    const struct {
+        const char* text;
+        const char* words;
+    } cases[] = {
+        {"x\t1\nn 2\ns\t3\n", "Start: feasible, objective 10.\n"},
+        {"x 6\nn 5\ns 9\ny 1\n",
+         "Start: 1 of 2 rows violated, most by 0.272727: row c1; 1 value moved into its bounds; "
+         "unknown names: y.\n"},
+        {"m\n\nOptions\n3\n1\n1\n0\n2\n0\n3\n3\n1\n2\n0\nobjno 0 0\n",
+         "Start: feasible, objective 7.\n"},
+        {"x\t1\nn\ttwo\n", ":2:3: found \"two\", expected a finite number\n"},
+        {"m\n\nOptions\n3\n1\n1\n0\n2\n0\n2\n2\n1\n2\n",
+         ":11:1: found \"2\", expected a level for each variable of the model\n"},
+    };
+    for (const auto& each : cases) {
+        writeFile(start, each.text);
+        const ProgramRun run = solve({"--start", start});
+        EXPECT_THAT(run.output + run.errors, HasSubstr(each.words));
+    }
 }
 
 }  // namespace

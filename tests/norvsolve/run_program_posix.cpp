@@ -1,5 +1,9 @@
 #include <sys/wait.h>
+#include <unistd.h>
 
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 
 #include "norvsolve/run_program.hpp"
@@ -10,14 +14,33 @@ void setVariable(const char* name, const std::string& value) {
     setenv(name, value.c_str(), 1);
 }
 
-ProgramRun runProgram(const std::vector<std::string>& arguments) {
+RunningProgram::RunningProgram(std::vector<std::string> arguments) {
+    std::vector<char*> words;
+    for (std::string& each : arguments) words.push_back(each.data());
+    words.push_back(nullptr);
+    // The names carry this process's number.
     const std::string output = scratchFile("stdout");
     const std::string errors = scratchFile("stderr");
-    std::string command;
-    for (const std::string& argument : arguments) command += "'" + argument + "' ";
-    command += ">" + output + " 2>" + errors;
-    const int status = std::system(command.c_str());  // NOLINT(cert-env33-c): our own programs
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentOf(output), contentOf(errors)};
+    writeFile(output, "");  // or `waitForOutput` could see that of an earlier program
+    const pid_t process = fork();
+    process_ = reinterpret_cast<void*>(static_cast<std::intptr_t>(process));
+    if (process != 0) return;
+    // Shells start their background programs with SIGINT ignored.
+    for (const int each : {SIGINT, SIGTERM}) std::signal(each, SIG_DFL);
+    const bool isReady = std::freopen(output.c_str(), "w", stdout) != nullptr &&
+                         std::freopen(errors.c_str(), "w", stderr) != nullptr;
+    if (isReady) execv(words[0], words.data());
+    _exit(127);
+}
+
+void RunningProgram::send(int signal) const {
+    kill(static_cast<pid_t>(reinterpret_cast<std::intptr_t>(process_)), signal);
+}
+
+int RunningProgram::waitForEnd() const {
+    int status = 0;
+    waitpid(static_cast<pid_t>(reinterpret_cast<std::intptr_t>(process_)), &status, 0);
+    return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
 }
 
 }  // namespace norv::test

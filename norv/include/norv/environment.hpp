@@ -42,6 +42,11 @@ public:
     /// @throws std::invalid_argument below 1.
     void setThreads(std::int32_t threads);
 
+    /// Is called whenever the link asks whether it is to stop: at the events of a search, at least
+    /// once a second, on the thread that solves. It may request termination. What it throws ends
+    /// nothing: it is reported in the log.
+    void setPollHook(std::function<void()> hook);
+
     /// Asks the running solve to stop. Async-signal-safe.
     void requestTermination() noexcept;
     void clearTermination() noexcept;

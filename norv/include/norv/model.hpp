@@ -4,6 +4,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "hostapi/handles.hpp"
 #include "norv/export.hpp"
@@ -19,6 +20,19 @@ namespace norv {
 struct Evaluation {
     double value = 0.0;
     std::int32_t nbErrors = 0;  ///< nonzero: `value` means nothing
+};
+
+/// coefficient * variable
+struct LinearPart {
+    std::int32_t variable;
+    double coefficient;
+};
+
+/// coefficient * first * second; first <= second
+struct QuadraticPart {
+    std::int32_t first;
+    std::int32_t second;
+    double coefficient;
 };
 
 /// One model instance: the data a `ModelBuilder` collected and the solution record.
@@ -63,6 +77,15 @@ public:
     [[nodiscard]] std::string variableName(std::int32_t variable) const;
     /// The name given, or "e1", "e2", … where there is none.
     [[nodiscard]] std::string rowName(std::int32_t row) const;
+
+    /// The linear terms of a row, or of the objective for row -1: variables ascending, none twice,
+    /// no coefficient is 0. Where the row has instructions, variables in them are not listed.
+    [[nodiscard]] std::vector<LinearPart> linearPart(std::int32_t row) const;
+    /// The quadratic terms likewise: pairs ascending, none twice.
+    [[nodiscard]] std::vector<QuadraticPart> quadraticPart(std::int32_t row) const;
+    /// Has the row, or the objective for row -1, a part that is neither linear nor quadratic?
+    [[nodiscard]] bool hasInstructions(std::int32_t row) const;
+    [[nodiscard]] double objectiveConstant() const noexcept;
 
     /// [nbVariables] Projected on the bounds at first, later as the link wrote them.
     [[nodiscard]] std::span<const double> levels() const noexcept;

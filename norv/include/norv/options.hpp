@@ -27,8 +27,13 @@ struct DefinedVariablePair {
 /// What a user is told about an option.
 struct OptionDescription {
     std::string name;
-    std::string values;  ///< "0 to 9, default 1", "a text, default empty"
+    std::string values;   ///< "0 to 9", "0 or more", "a text"
+    std::string initial;  ///< the default, perhaps empty
+    std::string value;    ///< as set, or the default
     std::string purpose;
+    std::string group;     ///< heading under which it is defined
+    bool isText = false;   ///< any value will do, also an empty one
+    bool isPairs = false;  ///< takes two words, and more of them each time
 };
 
 /// The option object: definitions, values, messages.

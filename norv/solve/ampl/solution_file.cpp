@@ -5,10 +5,28 @@
 #include <cstring>
 #include <string_view>
 
-#include "solve/report.hpp"
+#include "solve/number_text.hpp"
 
 namespace norv {
 namespace {
+
+/// A suffix of rows (1) with real values (4).
+constexpr std::int32_t realRowSuffix = 5;
+constexpr std::string_view activityName = "activity";
+
+struct Activity {
+    std::int32_t row;
+    double value;
+};
+/// Those that are not 0: what a suffix leaves out is 0.
+std::vector<Activity> activitiesOf(const AmplSolution& solution) {
+    std::vector<Activity> activities;
+    for (std::size_t i = 0; i < solution.activities.size(); ++i) {
+        if (solution.activities[i] != 0.0)
+            activities.push_back({static_cast<std::int32_t>(i), solution.activities[i]});
+    }
+    return activities;
+}
 
 /// The block that repeats the model's own options and tells the sizes of what follows: a count of
 /// options, the options, rows, dual values, variables, levels.
@@ -31,6 +49,13 @@ void writeText(std::ostream& out, const NlHeader& header, const AmplSolution& so
     }
     for (const double level : solution.levels) out << numberText(level) << '\n';
     out << "objno 0 " << solution.code << '\n';
+    const std::vector<Activity> activities = activitiesOf(solution);
+    if (activities.empty()) return;
+    out << "suffix " << realRowSuffix << ' ' << activities.size() << ' ' << activityName.size() + 1
+        << " 0 0\n"
+        << activityName << '\n';
+    for (const Activity& each : activities)
+        out << each.row << ' ' << numberText(each.value) << '\n';
 }
 
 /// The records of a binary file: each between two copies of its length.
@@ -83,6 +108,14 @@ void writeBinary(std::ostream& out, const NlHeader& header, const AmplSolution& 
     for (const double level : solution.levels) records.add(level);
     records.finish();
     records.add(std::int32_t{0}).add(solution.code).finish();
+    const std::vector<Activity> activities = activitiesOf(solution);
+    if (activities.empty()) return;
+    records.add(std::string_view("\nSuffix\n")).add(realRowSuffix);
+    records.add(static_cast<std::int32_t>(activities.size()));
+    records.add(static_cast<std::int32_t>(activityName.size() + 1)).add(std::int32_t{0});
+    records.add(activityName).add(std::string_view("\0", 1));
+    for (const Activity& each : activities) records.add(each.row).add(each.value);
+    records.finish();
 }
 
 /// An empty line would end the message; a blank keeps it.

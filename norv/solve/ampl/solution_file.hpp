@@ -4,6 +4,7 @@
 #include <ostream>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "readers/nl_header.hpp"
 
@@ -12,8 +13,9 @@ namespace norv {
 /// What an AMPL client reads back from "stub.sol".
 struct AmplSolution {
     std::string message;             ///< lines, without the last line's end
-    std::int32_t code = 0;           ///< how the solve ended, see ampl/outcome.hpp
+    std::int32_t code = 0;           ///< how the solve ended, see Ending
     std::span<const double> levels;  ///< [nbVariables of the model], in its order; or empty: none
+    std::vector<double> activities;  ///< [nbRows] as the suffix "activity" of the rows; or empty
 };
 
 /// Writes a .sol file as the client of the .nl file with this header expects it: text for a text,

@@ -140,7 +140,7 @@ TEST(NlReader, NamesAndWarningsReachTheModel) {
     EXPECT_EQ(instance.warnings,
               (std::vector<std::string>{
                   "m.nl: found 0 ranges and 0 equalities, the header announces 1 and 0",
-                  "m.nl: found 2 objectives, the first one is taken"}));
+                  "m.nl: found 2 objectives, number 1 is taken"}));
     ModelBuilder builder;
     buildModel(instance, builder);
     const Environment environment;

@@ -1,0 +1,177 @@
+#include "solve/run.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <list>
+
+#include "hostapi/codes.hpp"
+#include "norv/file_path.hpp"
+#include "solve/failure.hpp"
+#include "solve/log_writer.hpp"
+#include "solve/output_file.hpp"
+#include "solve/plot/trace_plot.hpp"
+#include "solve/report.hpp"
+#include "solve/search_watch.hpp"
+#include "solve/solve_run.hpp"
+#include "solve/start_point.hpp"
+#include "solve/termination_signals.hpp"
+#include "solve/trace_request.hpp"
+#include "writers/model_writer.hpp"
+
+namespace norv {
+namespace {
+
+double secondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+void writeSolutionOf(std::ostream& out, const RunRecord& run) {
+    if (run.result.check) writeSolution(out, run.model());
+}
+
+void drawRun(std::ostream& out, const RunRecord& run) {
+    const std::string name = fileName(filePath(run.settings.model).filename());
+    writeTracePlot(out, run.trace, name);
+}
+
+/// The results that a run is asked for, opened before the search.
+class Outputs {
+public:
+    explicit Outputs(const Settings& settings) {
+        const OutputSettings& wanted = settings.output;
+        requireDistinct({settings.model, settings.solve.optionFile, settings.solve.startFile},
+                        {wanted.solution, wanted.json, wanted.plot, wanted.report,
+                         wanted.statusFile, wanted.model});
+        if (!wanted.statusFile.empty()) status_.emplace(wanted.statusFile);
+        if (!wanted.model.empty()) {
+            if (writerFor(wanted.model) == nullptr)
+                throw Failure(ExitCode::badInput,
+                              wanted.model + ": found this ending, expected .lp or .mps");
+            model_.emplace(wanted.model);
+        }
+        add(wanted.solution, writeSolutionOf);
+        add(wanted.json, writeJson);
+        add(wanted.plot, drawRun);
+    }
+
+    [[nodiscard]] std::ostream* status() { return status_ ? &status_->stream() : nullptr; }
+
+    /// Before the search: whoever wants a model only need not wait.
+    void writeModel(const LoadedModel& loaded) {
+        if (!model_) return;
+        const std::string& path = model_->path();
+        try {
+            writerFor(path)(model_->stream(), loaded.forLink ? *loaded.forLink : loaded.model);
+        } catch (const NotWritable& reason) {
+            throw Failure(ExitCode::badInput, path + ": not written: " + reason.what());
+        }
+        model_->finish();
+    }
+
+    /// Failure (outputFailed) with all that went wrong, once everything has been tried.
+    void write(const RunRecord& run) {
+        std::string faults;
+        const auto attempt = [&faults](const auto& action) {
+            try {
+                action();
+            } catch (const Failure& failure) {
+                faults += (faults.empty() ? "" : "\n") + std::string(failure.what());
+            }
+        };
+        for (Result& each : results_) {
+            attempt([&] {
+                each.write(each.file.stream(), run);
+                each.file.finish();
+            });
+        }
+        if (status_) attempt([&] { status_->finish(); });
+        attempt(requirePrinted);
+        if (!faults.empty()) throw Failure(ExitCode::outputFailed, faults);
+    }
+
+private:
+    using Writer = void (*)(std::ostream& out, const RunRecord& run);
+    struct Result {
+        Result(const std::string& path, Writer writer) : file(path), write(writer) {}
+        OutputFile file;
+        Writer write;
+    };
+
+    void add(const std::string& path, Writer writer) {
+        if (!path.empty()) results_.emplace_back(path, writer);
+    }
+
+    std::optional<OutputFile> status_;
+    std::optional<OutputFile> model_;
+    std::list<Result> results_;
+};
+
+bool needsTrace(const Settings& settings) {
+    const OutputSettings& wanted = settings.output;
+    return !wanted.plot.empty() || !wanted.json.empty() || !wanted.report.empty() ||
+           std::isfinite(settings.solve.stopAfter);
+}
+
+/// What the search's end tells, beyond the levels.
+void conclude(RunRecord& run, const SearchWatch& watch) {
+    run.ending = endingOf(run.model(), run.result, watch.reason(), watch.refusal());
+    run.bound = watch.bound();
+    const bool isProved = run.ending.kind == Ending::Kind::optimal && run.model().hasObjective();
+    if (isProved) run.bound = run.objective();
+}
+
+}  // namespace
+
+double RunRecord::objective() const {
+    return model().headAndTail(hostapi::head_and_tail::objective);
+}
+
+std::optional<double> RunRecord::gap() const {
+    if (!bound || !result.check) return std::nullopt;
+    const double value = objective();
+    return std::fabs(value - *bound) / std::max(1.0, std::fabs(value));
+}
+
+void runSolve(RunRecord& run, const InputText& file, Clock::time_point start, LogTarget target) {
+    const Settings& settings = run.settings;
+    std::ostream& log = target.out;
+    Outputs outputs(settings);
+    LogWriter writer(log,
+                     [&target] { return target.terminal ? terminalColumns(*target.terminal) : 0; });
+    Environment environment;
+    configure(environment, settings, log);
+    std::optional<Options> options = makeOptions(settings, needsTrace(settings), log);
+    run.loaded = readModel(file, environment, settings.solve.reading, log);
+    outputs.writeModel(*run.loaded);
+    if (!settings.solve.startFile.empty()) log << takeStart(*run.loaded, settings.solve.startFile);
+    std::optional<TraceRequest> trace;
+    if (needsTrace(settings)) trace.emplace(*options);
+    run.times.reading = secondsSince(start);
+
+    const TerminationSignals signals(environment);
+    const Clock::time_point searchStart = Clock::now();
+    SearchWatch watch(environment, settings.solve, start, trace ? trace->path() : "");
+    LineSplitter lines([&watch](std::string_view line) { watch.seeLine(line); });
+    environment.setLogSink([&](std::string_view text) {
+        lines.write(text);
+        writer.write(text);
+    });
+    std::ostream* const status = outputs.status();
+    environment.setStatusSink([status](std::string_view text) {
+        if (status != nullptr) *status << text;
+    });
+    run.result = solve(*run.loaded, settings.solve, options);
+    writer.finishLine();
+    run.times.solving = secondsSince(searchStart);
+    if (trace) run.trace = trace->read();
+    conclude(run, watch);
+    run.isSolved = true;
+    printSummary(log, run.model(), run.result);
+    if (settings.output.printsSolution) writeSolutionOf(log, run);
+    outputs.write(run);
+}
+
+}  // namespace norv
