@@ -75,9 +75,10 @@ public:
     LpParser(const InputText& file, ModelBuilder& target) : lexer_(file), builder_(target) {}
 
     std::vector<std::string> parse() {
+        const LpToken word = lexer_.current();
         const Section sense = takeSection();
         if (sense != Section::minimise && sense != Section::maximise)
-            lexer_.refuse(lexer_.current(), "minimize or maximize");
+            lexer_.refuse(word, "minimize or maximize");
         builder_.setSense(sense == Section::minimise ? hostapi::objective_sense::minimise
                                                      : hostapi::objective_sense::maximise);
         readObjective();
@@ -360,6 +361,10 @@ private:
             sense = takeSense();
             second = readRightSide();
             if (!second.isConstant()) lexer_.refuse(second.token, "a number behind a range");
+        }
+        if (first.isConstant()) {
+            std::swap(first, second);
+            sense = -sense;
         }
         narrow(lower, upper, sense, second.constant);
         if (std::isnan(first.constant) || std::isinf(first.constant))

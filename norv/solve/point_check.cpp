@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <span>
 #include <string_view>
@@ -79,10 +80,14 @@ double setViolation(const SpecialOrderedSet& set, std::span<const double> levels
 
 class Findings {
 public:
+    /// @param keeps  each violation, not only the worst.
+    explicit Findings(bool keeps = false) : keeps_(keeps) {}
+
     void add(double violation, const char* kind, const std::string& name) {
         if (std::isnan(violation)) violation = std::numeric_limits<double>::infinity();
         if (violation > checkTolerance) ++check_.nbViolated;
         if (violation > checkTolerance && std::string_view(kind) == "row ") ++check_.nbViolatedRows;
+        if (violation > checkTolerance && keeps_) kept_.push_back({violation, kind + name});
         if (violation <= check_.largestViolation) return;
         check_.largestViolation = violation;
         check_.worst = kind + name;
@@ -99,7 +104,11 @@ public:
         return check_;
     }
 
+    [[nodiscard]] std::vector<Violation>& kept() { return kept_; }
+
 private:
+    bool keeps_;
+    std::vector<Violation> kept_;
     PointCheck check_;
 };
 
@@ -159,6 +168,16 @@ PointCheck checkLevels(const Model& model, std::span<const double> levels) {
     Findings findings;
     addLevels(model, levels, findings);
     return findings.result();
+}
+
+std::vector<Violation> worstViolations(const Model& model, std::span<const double> levels,
+                                       std::size_t nbMost) {
+    Findings findings(/*keeps=*/true);
+    addLevels(model, levels, findings);
+    std::vector<Violation>& all = findings.kept();
+    std::ranges::stable_sort(all, std::greater(), &Violation::size);
+    all.resize(std::min(all.size(), nbMost));
+    return std::move(all);
 }
 
 bool isFeasible(const Model& model, std::span<const double> levels) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "norv/model.hpp"
 
@@ -33,6 +34,15 @@ PointCheck checkPoint(const Model& model);
 /// The same for another point, without the objective.
 /// @param levels  [nbVariables]
 PointCheck checkLevels(const Model& model, std::span<const double> levels);
+
+/// Something that a point violates.
+struct Violation {
+    double size;       ///< scaled
+    std::string what;  ///< "row staff", "variable x"
+};
+/// The largest ones beyond the tolerance, at most so many.
+std::vector<Violation> worstViolations(const Model& model, std::span<const double> levels,
+                                       std::size_t nbMost);
 
 /// Does another point hold all rows, bounds, integrality, semi-continuity and sets, within the
 /// tolerance?

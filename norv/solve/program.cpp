@@ -8,6 +8,7 @@
 #include "solve/failure.hpp"
 #include "solve/output_file.hpp"
 #include "solve/plot/trace_plot.hpp"
+#include "solve/rerun.hpp"
 #include "solve/run.hpp"
 #include "solve/settings/command_line.hpp"
 #include "solve/settings/help.hpp"
@@ -57,7 +58,9 @@ bool answerQuestions(const Request& request, const Settings& settings, const Cat
     return true;
 }
 
-ExitCode solveForUser(const Request& request, Settings settings, Clock::time_point start) {
+/// @param rerun  what is repeated, or null.
+ExitCode solveForUser(const Request& request, Settings settings, const Catalogue& catalogue,
+                      const Rerun* rerun, Clock::time_point start) {
     if (request.file.empty())
         throw Failure(ExitCode::badInput, "expected a model: norvsolve FILE (--help tells more)");
     const InputText file = readInput(settings.model);
@@ -71,20 +74,26 @@ ExitCode solveForUser(const Request& request, Settings settings, Clock::time_poi
     std::ostream nowhere(nullptr);
     LogTarget log = {std::cout, StandardStream::output, request.echoes};
     RunRecord run;
+    run.allSettings = catalogue.valuesIn(settings);
     run.settings = std::move(settings);
     if (isQuiet) {
-        runSolve(run, file, start, {nowhere, std::nullopt, request.echoes});
+        runSolve(run, file, start, {nowhere, std::nullopt, request.echoes, /*explains=*/false});
     } else if (logsToErrors) {
         runSolve(run, file, start, {std::cerr, StandardStream::error, request.echoes});
     } else {
         runSolve(run, file, start, log);
+    }
+    if (rerun) {
+        const std::string outcome = rerun->compare(run);
+        if (!isQuiet) (logsToErrors ? std::cerr : std::cout) << "Rerun: " << outcome << ".\n";
+        if (outcome != "the same answer") return ExitCode::failedCheck;
     }
     return run.ending.exitCode();
 }
 
 ExitCode run(int argc, const char* const* argv, Clock::time_point start) {
     const Catalogue catalogue(definitionFileFor(argc, argv));
-    const Request request = readCommandLine(argc, argv, catalogue);
+    Request request = readCommandLine(argc, argv, catalogue);
     const std::string variable = environmentVariable("norvsolve_options");
     if (request.isClient && !request.file.empty())
         return solveForClient(request, catalogue, variable, start);
@@ -95,7 +104,13 @@ ExitCode run(int argc, const char* const* argv, Clock::time_point start) {
         request.writesSolution || (settings.output.wanted & wanted_solution::file) != 0;
     if (writesSolution && !request.file.empty())
         return solveForClient(request, catalogue, variable, start);
-    return solveForUser(request, std::move(settings), start);
+    std::optional<Rerun> rerun;
+    if (!settings.rerun.empty()) {
+        rerun.emplace(settings.rerun);
+        rerun->addTo(request);
+        settings = settingsOf(request, variable, catalogue);
+    }
+    return solveForUser(request, std::move(settings), catalogue, rerun ? &*rerun : nullptr, start);
 }
 
 }  // namespace

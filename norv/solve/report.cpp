@@ -1,5 +1,8 @@
 #include "solve/report.hpp"
 
+#include <algorithm>
+#include <vector>
+
 #include "hostapi/codes.hpp"
 #include "solve/number_text.hpp"
 #include "solve/status_text.hpp"
@@ -7,41 +10,65 @@
 namespace norv {
 namespace {
 
-std::string checkText(const PointCheck& check) {
+/// A violation below this is rounding, whatever row it is in.
+constexpr double worthNaming = 1e-9;
+
+std::string pointText(const PointCheck& check) {
     if (!check.passed) {
         return "FAILED, " + std::to_string(check.nbViolated) + " violated beyond " +
                numberText(checkTolerance) + ", most by " + numberText(check.largestViolation) +
                " (" + check.worst + ')';
     }
-    if (check.worst.empty() && check.nbLoose == 0) return "passed, no row or bound violated";
     std::string text = "passed";
-    if (!check.worst.empty())
-        text +=
-            ", largest violation " + numberText(check.largestViolation) + " (" + check.worst + ')';
-    return text;
-}
-
-std::string looseText(const PointCheck& check) {
-    if (check.nbLoose == 0) return {};
-    std::string text = ", within tolerance only: " + check.loose;
+    if (check.largestViolation >= worthNaming) {
+        text += ", largest violation " + numberText(check.largestViolation, 3) + " (" +
+                check.worst + ')';
+    } else if (check.nbLoose == 0) {
+        text += ", no row or bound violated";
+    }
+    if (check.nbLoose > 0) text += ", within tolerance only: " + check.loose;
     if (check.nbLoose > 1) text += " and " + std::to_string(check.nbLoose - 1) + " more";
     return text;
 }
 
+/// What stands in the way, when no point was found: the rows that the last one violates most.
+void printViolated(std::ostream& out, const Model& model) {
+    const std::vector<Violation> worst = worstViolations(model, model.levels(), 5);
+    if (worst.empty()) return;
+    out << "Violated most at the last point: ";
+    for (std::size_t k = 0; k < worst.size(); ++k)
+        out << (k > 0 ? ", " : "") << worst[k].what << " by " << numberText(worst[k].size, 3);
+    out << ".\n";
+}
+
 }  // namespace
 
-void printSummary(std::ostream& out, const Model& model, const SolveResult& result) {
-    const std::optional<PointCheck>& check = result.check;
+std::string checkText(const std::optional<PointCheck>& check) {
+    return check ? pointText(*check) : "no feasible point reported";
+}
+
+void printSummary(std::ostream& out, const RunRecord& run) {
+    const Model& model = run.model();
     out << "Model status " << model.modelStatus() << " (" << modelStatusText(model.modelStatus())
         << "), solve status " << model.solveStatus() << " (" << solveStatusText(model.solveStatus())
         << ").\n";
-    if (!result.verdict.text.empty()) out << "Meaning: " << result.verdict.text << ".\n";
-    if (check && model.modelType() != hostapi::model_type::squareSystem) {
-        out << "Objective: " << numberText(model.headAndTail(hostapi::head_and_tail::objective))
-            << '\n';
+    if (!run.result.verdict.text.empty()) out << "Meaning: " << run.result.verdict.text << ".\n";
+    const bool isHostStop = run.ending.reason == StopReason::wallLimit ||
+                            run.ending.reason == StopReason::noImprovement;
+    if (isHostStop) out << "Stopped by the program: " << reasonText(run.ending.reason) << ".\n";
+    if (run.result.check && model.modelType() != hostapi::model_type::squareSystem)
+        out << "Objective: " << numberText(run.objective(), 10) << '\n';
+    if (run.bound && run.ending.kind != Ending::Kind::optimal) {
+        out << "Bound: " << numberText(*run.bound, 10);
+        if (const auto gap = run.gap()) out << ", gap " << numberText(100.0 * *gap, 3) << " %";
+        out << '\n';
     }
-    out << "Check: "
-        << (check ? checkText(*check) + looseText(*check) : "no feasible point reported") << ".\n";
+    out << "Check: " << checkText(run.result.check) << ".\n";
+    if (run.ending.kind == Ending::Kind::noneFound) printViolated(out, model);
+    out << "Time: " << numberText(run.times.reading, 2) << " s reading, "
+        << numberText(run.times.solving, 2) << " s solving, " << numberText(run.times.checking, 2)
+        << " s checking; " << numberText(model.headAndTail(hostapi::head_and_tail::iterations))
+        << " iterations.\n";
 }
 
 void writeSolution(std::ostream& out, const Model& model) {

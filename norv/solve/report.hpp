@@ -4,19 +4,24 @@
 #include <ostream>
 #include <string>
 
-#include "norv/model.hpp"
 #include "solve/run.hpp"
 
 namespace norv {
 
-/// Three or four lines: statuses, what they mean when bounds were imposed, objective (when a point
-/// is claimed), check.
-void printSummary(std::ostream& out, const Model& model, const SolveResult& result);
+/// A few lines: statuses, what they mean when bounds were imposed, objective and bound (when a
+/// point is claimed), check, times.
+void printSummary(std::ostream& out, const RunRecord& run);
+
+/// "passed, no row or bound violated", without the full stop; of no point too.
+[[nodiscard]] std::string checkText(const std::optional<PointCheck>& check);
 
 /// One line "name<TAB>level" for each variable whose level is not 0, in model order.
 void writeSolution(std::ostream& out, const Model& model);
 
-/// The result as one JSON object; docs/norvsolve.md lists its members.
+/// The result as one JSON object; docs/result.schema.json describes it.
 void writeJson(std::ostream& out, const RunRecord& run);
+
+/// The result as one page of HTML that needs no other file.
+void writeHtml(std::ostream& out, const RunRecord& run);
 
 }  // namespace norv

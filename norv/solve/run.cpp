@@ -6,9 +6,11 @@
 #include <fstream>
 #include <iostream>
 #include <list>
+#include <utility>
 
 #include "hostapi/codes.hpp"
 #include "norv/file_path.hpp"
+#include "solve/conflict.hpp"
 #include "solve/failure.hpp"
 #include "solve/log_writer.hpp"
 #include "solve/output_file.hpp"
@@ -34,7 +36,7 @@ void writeSolutionOf(std::ostream& out, const RunRecord& run) {
 
 void drawRun(std::ostream& out, const RunRecord& run) {
     const std::string name = fileName(filePath(run.settings.model).filename());
-    writeTracePlot(out, run.trace, name);
+    writeTracePlot(out, run.trace, name, run.direction());
 }
 
 /// The results that a run is asked for, opened before the search.
@@ -55,6 +57,7 @@ public:
         add(wanted.solution, writeSolutionOf);
         add(wanted.json, writeJson);
         add(wanted.plot, drawRun);
+        add(wanted.report, writeHtml);
     }
 
     [[nodiscard]] std::ostream* status() { return status_ ? &status_->stream() : nullptr; }
@@ -115,10 +118,52 @@ bool needsTrace(const Settings& settings) {
            std::isfinite(settings.solve.stopAfter);
 }
 
+/// "Settings: time-limit 5, seed 3", those that somebody made.
+void printSettings(std::ostream& out, const Settings& settings) {
+    if (settings.made.empty()) return;
+    const char* separator = "Settings: ";
+    for (const MadeSetting& each : settings.made)
+        out << std::exchange(separator, ", ") << each.name << ' ' << each.value;
+    out << '\n';
+}
+
+/// The trace with the bounds that were named between its records.
+TraceFile withBounds(TraceFile trace, const std::vector<std::pair<double, double>>& bounds) {
+    std::size_t k = 0;
+    for (TraceRecord& record : trace.records) {
+        while (k < bounds.size() && bounds[k].first <= record.seconds) ++k;
+        if (k > 0 && !record.bestBound) record.bestBound = bounds[k - 1].second;
+    }
+    return trace;
+}
+
+/// Why there is no solution, as far as a second or two tell; --explain takes a minute and writes
+/// the conflicting part to the current folder.
+void explain(std::ostream& log, const RunRecord& run) {
+    const Settings& settings = run.settings;
+    constexpr std::int32_t mostRows = 2000;  // for a quick look
+    const bool isLong = settings.output.explains;
+    if (!isLong && run.model().nbRows() > mostRows) return;
+    const auto conflict = findConflict(run.model(), settings.solve,
+                                       std::chrono::duration<double>(isLong ? 60.0 : 2.0));
+    if (!conflict || conflict->rows.size() + conflict->bounds.size() == 0) return;
+    log << "These cannot hold together" << (conflict->isMinimal ? "" : " (perhaps fewer of them)")
+        << ": " << conflictText(run.model(), *conflict) << ".\n";
+    if (!isLong) return;
+    const std::string path = fileName(filePath(settings.model).stem()) + ".conflict.lp";
+    OutputFile out(path);
+    const Environment environment;
+    writeLp(out.stream(), conflictModel(run.model(), *conflict, environment));
+    out.finish();
+    log << "Written to " << path << ".\n";
+}
+
 /// What the search's end tells, beyond the levels.
 void conclude(RunRecord& run, const SearchWatch& watch) {
     run.ending = endingOf(run.model(), run.result, watch.reason(), watch.refusal());
     run.bound = watch.bound();
+    run.linkVersion = watch.linkVersion();
+    run.optimizer = watch.optimizer();
     const bool isProved = run.ending.kind == Ending::Kind::optimal && run.model().hasObjective();
     if (isProved) run.bound = run.objective();
 }
@@ -127,6 +172,12 @@ void conclude(RunRecord& run, const SearchWatch& watch) {
 
 double RunRecord::objective() const {
     return model().headAndTail(hostapi::head_and_tail::objective);
+}
+
+const char* RunRecord::direction() const {
+    if (!model().hasObjective()) return "";
+    const bool minimises = model().sense() == hostapi::objective_sense::minimise;
+    return minimises ? "minimise" : "maximise";
 }
 
 std::optional<double> RunRecord::gap() const {
@@ -145,6 +196,9 @@ void runSolve(RunRecord& run, const InputText& file, Clock::time_point start, Lo
     configure(environment, settings, log);
     std::optional<Options> options = makeOptions(settings, needsTrace(settings), log);
     run.loaded = readModel(file, environment, settings.solve.reading, log);
+    run.sizes = sizesOf(run.model());
+    printSizes(log, run.sizes);
+    if (target.echoesSettings) printSettings(log, settings);
     outputs.writeModel(*run.loaded);
     if (!settings.solve.startFile.empty()) log << takeStart(*run.loaded, settings.solve.startFile);
     std::optional<TraceRequest> trace;
@@ -163,13 +217,17 @@ void runSolve(RunRecord& run, const InputText& file, Clock::time_point start, Lo
     environment.setStatusSink([status](std::string_view text) {
         if (status != nullptr) *status << text;
     });
-    run.result = solve(*run.loaded, settings.solve, options);
+    solve(*run.loaded, settings.solve, options);
     writer.finishLine();
     run.times.solving = secondsSince(searchStart);
-    if (trace) run.trace = trace->read();
+    const Clock::time_point checkStart = Clock::now();
+    run.result = checkResult(*run.loaded, settings.solve, options);
+    run.times.checking = secondsSince(checkStart);
+    if (trace) run.trace = withBounds(trace->read(), watch.bounds());
     conclude(run, watch);
     run.isSolved = true;
-    printSummary(log, run.model(), run.result);
+    printSummary(log, run);
+    if (run.ending.kind == Ending::Kind::infeasible && target.explains) explain(log, run);
     if (settings.output.printsSolution) writeSolutionOf(log, run);
     outputs.write(run);
 }

@@ -10,6 +10,7 @@
 #include "solve/box_verdict.hpp"
 #include "solve/ends.hpp"
 #include "solve/model_file.hpp"
+#include "solve/model_sizes.hpp"
 #include "solve/plot/trace_file.hpp"
 #include "solve/settings/settings.hpp"
 #include "solve/terminal.hpp"
@@ -34,10 +35,16 @@ struct RunRecord {
     std::optional<double> bound;  ///< proved, of the objective
     TraceFile trace;              ///< empty when nobody asked
     StageTimes times;
+    ModelSizes sizes;
+    std::vector<MadeSetting> allSettings;  ///< each with its value, by default or otherwise
+    std::string linkVersion;               ///< its own words in the log
+    std::string optimizer;                 ///< likewise
     bool isSolved = false;  ///< the link ran to its end: there are statuses, result and ending
 
     [[nodiscard]] const Model& model() const { return loaded->model; }
     [[nodiscard]] double objective() const;
+    /// "minimise" or "maximise"; empty without an objective.
+    [[nodiscard]] const char* direction() const;
     /// |objective - bound| / max(1, |objective|); nothing without one of them.
     [[nodiscard]] std::optional<double> gap() const;
 };
@@ -47,6 +54,7 @@ struct LogTarget {
     std::ostream& out;
     std::optional<StandardStream> terminal;  ///< the stream that may be one
     bool echoesSettings = true;
+    bool explains = true;  ///< somebody reads why there is no solution
 };
 
 /// Opens the outputs, reads the model, has the link solve it, prints the log and writes the

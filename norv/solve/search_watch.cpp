@@ -58,6 +58,10 @@ void SearchWatch::seeLine(std::string_view line) {
             line.substr(line.find(": ") == std::string_view::npos ? 0 : line.rfind(": ") + 2);
         while (refusal_.ends_with('.') || refusal_.ends_with('\n')) refusal_.pop_back();
     }
+    if (line.starts_with("LocalSolver")) {
+        std::string& place = introductions_[introductions_[0].empty() ? 0 : 1];
+        if (place.empty()) place = line;
+    }
     if (line.find(" || ") == std::string_view::npos) return;
     const auto bound = boundIn(line);
     if (!bound) return;

@@ -40,6 +40,9 @@ public:
     [[nodiscard]] std::optional<double> bound() const { return bound_; }
     /// What the link's log says about something that it does not support, or nothing.
     [[nodiscard]] const std::string& refusal() const { return refusal_; }
+    /// How link and optimizer introduce themselves in the log.
+    [[nodiscard]] const std::string& linkVersion() const { return introductions_[0]; }
+    [[nodiscard]] const std::string& optimizer() const { return introductions_[1]; }
     /// Seconds after the start at which each bound was named.
     [[nodiscard]] const std::vector<std::pair<double, double>>& bounds() const { return bounds_; }
 
@@ -59,6 +62,7 @@ private:
     std::optional<double> bound_;
     std::vector<std::pair<double, double>> bounds_;
     std::string refusal_;
+    std::string introductions_[2];  ///< the first lines with the optimizer's name
 };
 
 /// The number behind the word "bound" in a progress line; nothing without one.

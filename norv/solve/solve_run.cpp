@@ -122,16 +122,21 @@ std::optional<Options> makeOptions(const Settings& all, bool always, std::ostrea
     return options;
 }
 
-SolveResult solve(LoadedModel& loaded, const SolveSettings& settings,
-                  const std::optional<Options>& options) {
+void solve(LoadedModel& loaded, const SolveSettings& settings,
+           const std::optional<Options>& options) {
     Model& model = loaded.forLink ? *loaded.forLink : loaded.model;
     if (!options && !settings.optionFile.empty()) model.setOptionFile(settings.optionFile);
     const LinkLibrary link(settings.link);
     link.solve(model, options ? options->handle() : nullptr);
     if (loaded.forLink) loaded.model.takeResults(*loaded.forLink);
+}
+
+SolveResult checkResult(const LoadedModel& loaded, const SolveSettings& settings,
+                        const std::optional<Options>& options) {
+    // The link imposed its bounds on the model that it saw.
+    const Model& model = loaded.forLink ? *loaded.forLink : loaded.model;
     SolveResult result;
     if (claimsFeasiblePoint(model.modelStatus())) result.check = checkPoint(loaded.model);
-    // The link imposed its bounds on the model that it saw.
     result.verdict = boxVerdict(model, result.check, hasThreshold(settings, options));
     return result;
 }

@@ -33,10 +33,14 @@ void configure(Environment& environment, const Settings& settings, std::ostream&
 [[nodiscard]] std::optional<Options> makeOptions(const Settings& settings, bool always,
                                                  std::ostream& log);
 
-/// Loads the link, has it solve the model, or what stands in for it, and checks the point it claims
-/// against the user's model, which has levels and statuses afterwards.
+/// Loads the link and has it solve the model, or what stands in for it. The user's model has levels
+/// and statuses afterwards.
 /// @param options  as made by `makeOptions` from the same settings.
-[[nodiscard]] SolveResult solve(LoadedModel& loaded, const SolveSettings& settings,
-                                const std::optional<Options>& options);
+void solve(LoadedModel& loaded, const SolveSettings& settings,
+           const std::optional<Options>& options);
+
+/// Checks the point that the link claims, against the user's model.
+[[nodiscard]] SolveResult checkResult(const LoadedModel& loaded, const SolveSettings& settings,
+                                      const std::optional<Options>& options);
 
 }  // namespace norv

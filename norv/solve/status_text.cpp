@@ -56,4 +56,20 @@ std::string solveStatusText(std::int32_t status) {
     return find(solveTexts, status);
 }
 
+const char* rowTypeText(std::int32_t type) {
+    namespace equation = hostapi::equation_type;
+    switch (type) {
+        case equation::equality:
+            return "=";
+        case equation::less:
+            return "<=";
+        case equation::greater:
+            return ">=";
+        case equation::logic:
+            return "true";
+        default:
+            return "free";
+    }
+}
+
 }  // namespace norv

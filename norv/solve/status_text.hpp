@@ -9,4 +9,7 @@ namespace norv {
 std::string modelStatusText(std::int32_t status);
 std::string solveStatusText(std::int32_t status);
 
+/// "=", "<=", ">=", "free", "true" for a row that is to hold.
+const char* rowTypeText(std::int32_t type);
+
 }  // namespace norv

@@ -52,11 +52,12 @@ void runFor(RunRecord& run, const Request& request, const Catalogue& catalogue,
         if (!request.fault.empty()) throw Failure(ExitCode::badInput, request.fault);
         run.settings = settingsOf(request, variable, catalogue);
         run.settings.model = file.path();
+        run.allSettings = catalogue.valuesIn(run.settings);
         const bool isLoud = run.settings.output.level > 0 && !run.settings.output.isQuiet;
         if (isLoud) {
             runSolve(run, file, start, {std::cout, StandardStream::output, request.echoes});
         } else {
-            runSolve(run, file, start, {hidden, std::nullopt, request.echoes});
+            runSolve(run, file, start, {hidden, std::nullopt, request.echoes, /*explains=*/false});
         }
     } catch (...) {
         const Complaint complaint = currentComplaint();

@@ -17,8 +17,15 @@ constexpr double bottomEdge = height - 60.0;
 constexpr double rightEdge = width - 30.0;
 constexpr double characterWidth = 7.0;  // of a label, at most
 
-const char* const foundColour = "#1f5fa8";
-const char* const boundColour = "#c2571a";
+/// Classes of the colours below.
+const char* const foundColour = "found";
+const char* const boundColour = "bound";
+const char* const style =
+    "<style>.page{fill:#fff}text{fill:#222}.faint{fill:#555}.grid{stroke:#e3e3e3}.axis{stroke:#444}"
+    ".found{stroke:#1f5fa8}.point{fill:#1f5fa8}.bound{stroke:#c2571a}.none{fill:#f3e3d6}"
+    "@media(prefers-color-scheme:dark){.page{fill:#161a1e}text{fill:#ddd}.faint{fill:#aaa}"
+    ".grid{stroke:#333a40}.axis{stroke:#999}.found{stroke:#6db3f2}.point{fill:#6db3f2}"
+    ".bound{stroke:#f0975a}.none{fill:#3a2a1e}}</style>\n";
 const char* const thick = R"( stroke-width="2")";
 const char* const thickDashes = R"( stroke-width="2" stroke-dasharray="6 4")";
 
@@ -37,27 +44,6 @@ std::string shortText(double value, int nbDigits = 10) {
 /// A coordinate, to the hundredth of a pixel.
 std::string pixels(double value) {
     return shortText(std::round(value * 100.0) / 100.0);
-}
-
-/// Characters that mean something in SVG as references; those that it forbids as blanks.
-std::string escaped(const std::string& text) {
-    std::string result;
-    for (const char each : text) {
-        switch (each) {
-            case '&':
-                result += "&amp;";
-                break;
-            case '<':
-                result += "&lt;";
-                break;
-            case '>':
-                result += "&gt;";
-                break;
-            default:
-                result += each >= 0 && each < ' ' ? ' ' : each;
-        }
-    }
-    return result;
 }
 
 /// The time axis has the unit in which its numbers stay small.
@@ -101,10 +87,12 @@ public:
           values_(Axis::around(allValues())),
           leftEdge_(labelMargin()) {}
 
-    void draw(const std::string& title) {
+    void draw(const std::string& title, const std::string& direction) {
         open();
         text(leftEdge_, 28.0, R"(font-size="17" font-weight="bold")", title);
-        text(leftEdge_, 50.0, R"(fill="#555")", summary());
+        text(leftEdge_, 50.0, R"(class="faint")",
+             (direction.empty() ? "" : direction + ", ") + summary());
+        drawSearchForPoint();
         drawAxes();
         if (!bound_.values.empty()) drawSteps(bound_, boundColour, thickDashes);
         drawSteps(found_, foundColour, thick);
@@ -147,35 +135,47 @@ private:
     void open() {
         out_ << R"(<svg xmlns="http://www.w3.org/2000/svg" width=")" << pixels(width)
              << R"(" height=")" << pixels(height) << R"(" viewBox="0 0 )" << pixels(width) << ' '
-             << pixels(height) << R"(" font-family="sans-serif" font-size="12" fill="#222">)"
-             << '\n'
-             << R"(<rect width="100%" height="100%" fill="white"/>)" << '\n';
+             << pixels(height) << R"(" font-family="sans-serif" font-size="12">)" << '\n'
+             << style << R"(<rect width="100%" height="100%" class="page"/>)" << '\n';
     }
     void text(double atX, double atY, const std::string& attributes, const std::string& content) {
         out_ << "<text x=\"" << pixels(atX) << "\" y=\"" << pixels(atY) << "\" " << attributes
-             << '>' << escaped(content) << "</text>\n";
+             << '>' << escapedText(content) << "</text>\n";
     }
     void line(double fromX, double fromY, double toX, double toY, const char* colour,
               const char* attributes = "") {
         out_ << "<line x1=\"" << pixels(fromX) << "\" y1=\"" << pixels(fromY) << "\" x2=\""
-             << pixels(toX) << "\" y2=\"" << pixels(toY) << "\" stroke=\"" << colour << '"'
+             << pixels(toX) << "\" y2=\"" << pixels(toY) << "\" class=\"" << colour << '"'
              << attributes << "/>\n";
+    }
+
+    /// As long as there is no point, there is nothing to draw but that.
+    void drawSearchForPoint() {
+        const double end = found_.values.empty() ? duration_ : found_.seconds.front();
+        const double extent = x(end) - leftEdge_;
+        if (extent < 1.0) return;
+        out_ << "<rect class=\"none\" x=\"" << pixels(leftEdge_) << "\" y=\"" << pixels(topEdge)
+             << "\" width=\"" << pixels(extent) << "\" height=\"" << pixels(bottomEdge - topEdge)
+             << "\"/>\n";
+        constexpr double roomForWords = 150.0;
+        if (extent > roomForWords)
+            text(leftEdge_ + 8.0, topEdge + 18.0, R"(class="faint")", "no feasible point yet");
     }
 
     void drawAxes() {
         const bool hasValues = !found_.values.empty() || !bound_.values.empty();
         for (const Tick& tick : values_.ticks()) {
             if (!hasValues) break;
-            line(leftEdge_, y(tick.value), rightEdge, y(tick.value), "#e3e3e3");
+            line(leftEdge_, y(tick.value), rightEdge, y(tick.value), "grid");
             text(leftEdge_ - 8.0, y(tick.value) + 4.0, R"(text-anchor="end")", tick.label);
         }
         for (const Tick& tick : times_.ticks()) {
             const double at = x(tick.value * unit_.seconds);
-            line(at, bottomEdge, at, bottomEdge + 5.0, "#444");
+            line(at, bottomEdge, at, bottomEdge + 5.0, "axis");
             text(at, bottomEdge + 20.0, R"(text-anchor="middle")", tick.label);
         }
-        line(leftEdge_, bottomEdge, rightEdge, bottomEdge, "#444");
-        line(leftEdge_, topEdge, leftEdge_, bottomEdge, "#444");
+        line(leftEdge_, bottomEdge, rightEdge, bottomEdge, "axis");
+        line(leftEdge_, topEdge, leftEdge_, bottomEdge, "axis");
         text((leftEdge_ + rightEdge) / 2.0, bottomEdge + 44.0, R"(text-anchor="middle")",
              std::string("time (") + unit_.name + ")");
         const double middle = (topEdge + bottomEdge) / 2.0;
@@ -187,7 +187,7 @@ private:
     /// A value holds until the next one replaces it, the last one to the end.
     void drawSteps(const Series& series, const char* colour, const char* attributes) {
         if (series.values.empty()) return;
-        out_ << "<path fill=\"none\" stroke=\"" << colour << '"' << attributes << " d=\"M"
+        out_ << "<path fill=\"none\" class=\"" << colour << '"' << attributes << " d=\"M"
              << pixels(x(series.seconds.front())) << ' ' << pixels(y(series.values.front()));
         for (std::size_t k = 1; k < series.values.size(); ++k) {
             if (series.values[k] == series.values[k - 1]) continue;
@@ -199,8 +199,7 @@ private:
         for (std::size_t k = 0; k < found_.values.size(); ++k) {
             if (k > 0 && found_.values[k] == found_.values[k - 1]) continue;
             out_ << "<circle cx=\"" << pixels(x(found_.seconds[k])) << "\" cy=\""
-                 << pixels(y(found_.values[k])) << "\" r=\"3.5\" fill=\"" << foundColour
-                 << "\"/>\n";
+                 << pixels(y(found_.values[k])) << "\" r=\"3.5\" class=\"point\"/>\n";
         }
     }
     void drawLegend() {
@@ -225,8 +224,32 @@ private:
 
 }  // namespace
 
-void writeTracePlot(std::ostream& out, const TraceFile& trace, const std::string& title) {
-    Picture(out, trace).draw(title);
+std::string escapedText(const std::string& text) {
+    std::string result;
+    for (const char each : text) {
+        switch (each) {
+            case '&':
+                result += "&amp;";
+                break;
+            case '<':
+                result += "&lt;";
+                break;
+            case '>':
+                result += "&gt;";
+                break;
+            case '"':
+                result += "&quot;";
+                break;
+            default:
+                result += each >= 0 && each < ' ' ? ' ' : each;
+        }
+    }
+    return result;
+}
+
+void writeTracePlot(std::ostream& out, const TraceFile& trace, const std::string& title,
+                    const std::string& direction) {
+    Picture(out, trace).draw(title, direction);
 }
 
 }  // namespace norv

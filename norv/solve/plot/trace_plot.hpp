@@ -9,7 +9,14 @@ namespace norv {
 
 /// Draws the best value found over time as an SVG picture: a step line with a point at each new
 /// value, and the bound as a dashed line where the trace has one.
-/// @param title  the instance's name; any text.
-void writeTracePlot(std::ostream& out, const TraceFile& trace, const std::string& title);
+/// The time without a point is shaded. Colours follow the reader's choice of light and dark.
+/// @param title      the instance's name; any text.
+/// @param direction  "minimise" or "maximise", or empty: not known.
+void writeTracePlot(std::ostream& out, const TraceFile& trace, const std::string& title,
+                    const std::string& direction = {});
+
+/// Characters that mean something in SVG and HTML as references; those that are forbidden there as
+/// blanks.
+[[nodiscard]] std::string escapedText(const std::string& text);
 
 }  // namespace norv

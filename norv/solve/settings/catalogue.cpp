@@ -74,6 +74,18 @@ std::vector<Catalogue::Entry> Catalogue::entries() const {
     return all;
 }
 
+std::vector<MadeSetting> Catalogue::valuesIn(const Settings& settings) const {
+    std::vector<MadeSetting> values;
+    for (const Entry& entry : entries()) {
+        const auto made = std::ranges::find(settings.made, entry.name(), &MadeSetting::name);
+        const bool isMade = entry.row == nullptr && made != settings.made.end();
+        values.push_back({entry.name(), isMade                 ? made->value
+                                        : entry.row != nullptr ? valueOf(*entry.row, settings)
+                                                               : entry.initial()});
+    }
+    return values;
+}
+
 /// A misspelling keeps most of the name; whatever is further away would be a guess.
 std::string Catalogue::nearest(std::string_view name) const {
     constexpr std::size_t longestName = 64;

@@ -39,6 +39,9 @@ public:
     /// Of the program, then of the link, each in the order of its table; grouped.
     [[nodiscard]] std::vector<Entry> entries() const;
 
+    /// All of them with the values that they have.
+    [[nodiscard]] std::vector<MadeSetting> valuesIn(const Settings& settings) const;
+
 private:
     [[nodiscard]] std::string nearest(std::string_view name) const;
 

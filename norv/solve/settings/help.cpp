@@ -156,9 +156,8 @@ void listNames(std::ostream& out, const Catalogue& catalogue) {
 void answer(std::ostream& out, const Catalogue& catalogue, const std::string& name,
             const Settings& settings) {
     const Entry entry = catalogue.require(name, "command line");
-    std::string value = entry.row != nullptr ? valueOf(*entry.row, settings) : entry.initial();
-    const auto made = std::ranges::find(settings.made, entry.name(), &MadeSetting::name);
-    if (entry.row == nullptr && made != settings.made.end()) value = made->value;
+    const std::vector<MadeSetting> values = catalogue.valuesIn(settings);
+    const std::string& value = std::ranges::find(values, entry.name(), &MadeSetting::name)->value;
     out << entry.name() << " = " << value << "\n  " << meaningOf(entry) << '\n';
 }
 

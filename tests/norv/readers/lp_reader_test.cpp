@@ -74,7 +74,7 @@ TEST(LpReader, namesFaultsByTheirPlace) {
         {"min x\nsos\n a: S1:: x:1 x:2\n",
          "m.lp:3:2: found \"a\", expected a set without a member that is named twice"},
         {"min 1e999 x\n", "m.lp:1:5: found \"1e999\", expected a number within double precision"},
-        {"min inf x\n", "m.lp:1:9: found \"x\", expected the name of a section, or end"},
+        {"min inf x\n", "m.lp:1:5: found \"inf\", expected a finite constant"},
         {"min x \x01\n",
          "m.lp:1:7: found \"\\x01\", expected a character that belongs into an .lp file"},
         {"min x\nend\nst\n", "m.lp:3:1: found \"st\", expected nothing after the word end"},
