@@ -114,7 +114,8 @@ inline int closeWithLimits(ls_solver* s, int seconds, std::int64_t iterations) {
 struct EndlessModel {
     int objective;
 
-    explicit EndlessModel(ls_solver* s) {
+    /// @param maximises  the opposite, from 0 up to about 12.
+    explicit EndlessModel(ls_solver* s, bool maximises = false) {
         objective = ls_create_expression(s, LS_OP_SUM);
         for (int k = 0; k < 3; ++k) {
             const int x = decision(s, LS_OP_FLOAT, -10.0, 10.0);
@@ -125,7 +126,8 @@ struct EndlessModel {
             ls_expr_add_operand(s, objective,
                                 expression(s, LS_OP_PROD, {square, constant(s, 0.1)}));
         }
-        ls_add_objective(s, objective, LS_MINIMIZE);
+        if (maximises) objective = expression(s, LS_OP_PROD, {objective, constant(s, -1)});
+        ls_add_objective(s, objective, maximises ? LS_MAXIMIZE : LS_MINIMIZE);
     }
 };
 
