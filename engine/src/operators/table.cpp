@@ -51,16 +51,25 @@ constexpr std::array<OperatorRow, nbOperators> rows{{
     {.op = LS_OP_INT},
 }};
 
+/// Under the undefined-behaviour sanitizer, whose preset also has the address sanitizer, comparing
+/// functions is no constant expression.
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool comparesFunctions = false;
+#else
+constexpr bool comparesFunctions = true;
+#endif
+
 constexpr bool isComplete() {
     for (int k = 0; k < nbOperators; ++k) {
         const OperatorRow& row = rows[static_cast<std::size_t>(k)];
         if (row.op != k) return false;
+        if (isRelation(row.op) != (row.logic == LogicForm::Relation)) return false;
+        if (!comparesFunctions) continue;
         const bool isLeaf = isDecisionOperator(k) || k == LS_OP_CONST;
         if (isLeaf != (row.value == neutral::value)) return false;
         if (isLeaf != (row.image == neutral::image)) return false;
         const bool isLogic = row.logic != LogicForm::Number;
         if (isLogic == (row.distance == neutral::distance)) return false;
-        if (isRelation(row.op) != (row.logic == LogicForm::Relation)) return false;
         const bool hasInverse = row.inverse != neutral::inverse;
         if (hasInverse == (isLeaf || k == LS_OP_ARRAY)) return false;
     }
