@@ -45,12 +45,20 @@ public:
     }
 
     std::string constraints() const {
-        std::string text;
+        std::string text, line;
         for (int k = 0; k < ls_nb_constraints(solver); ++k) {
             const LSExpression e = at(ls_get_constraint(solver, k));
-            text += (e.isNamed() ? e.getName() : "") + ": " + full(e) + "\n";
+            const std::string piece = ": " + full(e);
+            if (e.isNamed() || line.size() + 1 + piece.size() > longestLine) {
+                text += line + (line.empty() ? "" : "\n");
+                line.clear();
+            }
+            if (e.isNamed())
+                text += e.getName() + piece + "\n";
+            else
+                line += (line.empty() ? "" : " ") + piece;
         }
-        return text;
+        return text + line + (line.empty() ? "" : "\n");
     }
 
     std::string decisionsAndDefinitions() const {
