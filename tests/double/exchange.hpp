@@ -34,8 +34,8 @@ public:
     /// Call `key`, "name" or "name(arguments)", is no longer forwarded. `values`: what it answers,
     /// split by " then " for one call after the other, the last one for good. One answer: the
     /// result, then what goes through each output argument, separated by ','. Numbers, texts,
-    /// "null", "real" (forwarded after all), "throw CODE" (an error of the optimizer), "throw
-    /// standard" and "throw other".
+    /// "null", "real" (forwarded after all), "throw CODE" (an error of the optimizer, without texts
+    /// for -CODE), "throw standard" and "throw other".
     void answer(const std::string& key, const std::string& values);
     /// The answer to this call; null: forward it.
     [[nodiscard]] const std::string* answerTo(const std::string& name,

@@ -42,7 +42,9 @@ Pointer engineFunction(const char* name) {
 
 void report(int code, const char* text, const char* function) {
     const State& s = state();
-    if (s.hook != nullptr) s.hook(code, text, "double", function, 1, s.hookData);
+    if (s.hook == nullptr) return;
+    if (code < 0) s.hook(-code, nullptr, nullptr, nullptr, 0, s.hookData);
+    s.hook(code, text, "double", function, 1, s.hookData);
 }
 
 void setDecision(ls_solver* solver, const std::string& name, double value) {

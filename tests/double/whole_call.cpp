@@ -243,7 +243,9 @@ private:
     /// The reason is in the log of the preparation.
     std::string setUpAlone() {
         link().resetTranslation();
-        link().solver = std::make_unique<localsolver::LocalSolver>();
+        // Under the error hook that the preparation has set.
+        link().solver =
+            std::make_unique<localsolver::LocalSolver>(ls_create_solver(), /*isOwner=*/true);
         try {
             link().setupModel();
         } catch (const localsolver::LSException& error) {

@@ -1,9 +1,6 @@
 #include "link/entry_points.hpp"
 
 #include <gmock/gmock.h>
-#ifndef _WIN32
-#include <dlfcn.h>
-#endif
 
 #include <cstring>
 #include <functional>
@@ -11,39 +8,7 @@
 #include <string>
 
 #include "double/exchange.hpp"
-#include "double/instance_text.hpp"
 #include "link/build_banner.hpp"
-
-#ifndef _WIN32
-/// Part of the name of a library that cannot be loaded.
-static const char* missingLibrary = "hubdclib64";
-
-extern "C" void* dlopen(const char* file, int mode) noexcept {
-    static auto* const real =
-        reinterpret_cast<void* (*)(const char*, int)>(dlsym(RTLD_NEXT, "dlopen"));
-    if (file != nullptr && std::strstr(file, missingLibrary) != nullptr) return nullptr;
-    return real(file, mode);
-}
-
-/// Comes first: bindings stay for the life of the process.
-TEST(EntryPoints, AreNotReadyWithoutTheHostsLibraries) {
-    void* handle = nullptr;
-    xcreate(&handle);
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(vexReadyAPI(handle, nullptr, nullptr), 1);
-    missingLibrary = "prmdclib64";
-    norv::Environment environment;
-    std::string log;
-    environment.setLogSink([&log](std::string_view text) { log += text; });
-    const norv::Model model = readInstance("min x", environment);
-    EXPECT_EQ(vexReadyAPI(handle, model.handle(), nullptr), 1);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_THAT(log, testing::EndsWith("\n*** Can't load option library: Could not load shared "
-                                       "library prmdclib64.so: unknown error\n"));
-    xfree(&handle);
-    missingLibrary = "none";
-}
-#endif
 
 namespace {
 
