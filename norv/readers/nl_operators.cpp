@@ -44,6 +44,9 @@ enum : std::int32_t {
     opExp = 44,
     opCosh = 45,
     opCos = 46,
+    opAtanh = 47,
+    opAsinh = 50,
+    opAcosh = 52,
     opSum = 54,
     opIntegerDivide = 55,
     opRound = 57,
@@ -102,12 +105,12 @@ constexpr auto operators = std::to_array<NlOperator>({
     {opExp, "exp", 1},
     {opCosh, "cosh", 1},
     {opCos, "cos", 1},
-    {47, "atanh", 1},
+    {opAtanh, "atanh", 1},
     {48, "atan2", 2},
     {49, "atan", 1},
-    {50, "asinh", 1},
+    {opAsinh, "asinh", 1},
     {51, "asin", 1},
-    {52, "acosh", 1},
+    {opAcosh, "acosh", 1},
     {53, "acos", 1},
     {opSum, "sum", NlOperator::list},
     {opIntegerDivide, "div", 2},
@@ -232,6 +235,7 @@ private:
     NodeIndex truncated(NodeIndex x);
     NodeIndex remainder(NodeIndex a, NodeIndex b);
     NodeIndex hyperbolic(std::int32_t code, NodeIndex x);
+    NodeIndex areaFunction(std::int32_t code, NodeIndex x);
     NodeIndex implication(Operands x);
     NodeIndex numberOf(Operands x);
     NodeIndex allDifferent(Operands x);
@@ -276,6 +280,26 @@ NodeIndex Maker::hyperbolic(std::int32_t code, NodeIndex x) {
     const NodeIndex down = store_.call(Function::exp, store_.negation(x));
     return store_.quotient(
         code == opSinh ? store_.difference(up, down) : store_.sum(std::array{up, down}), two);
+}
+
+/// The inverses of the hyperbolic functions, by logarithms.
+NodeIndex Maker::areaFunction(std::int32_t code, NodeIndex x) {
+    const NodeIndex one = store_.constant(1.0);
+    const auto log = [this](NodeIndex each) { return store_.call(Function::log, each); };
+    if (code == opAtanh) {
+        const NodeIndex ratio =
+            store_.quotient(store_.sum(std::array{one, x}), store_.difference(one, x));
+        return store_.product(std::array{store_.constant(0.5), log(ratio)});
+    }
+    const NodeIndex square = store_.call(Function::sqr, x);
+    const NodeIndex root =
+        store_.call(Function::sqrt, code == opAcosh ? store_.difference(square, one)
+                                                    : store_.sum(std::array{square, one}));
+    const NodeIndex above = log(store_.sum(std::array{x, root}));
+    if (code == opAcosh) return above;
+    // Far below 0 the sum would be the difference of two nearly equal numbers.
+    const NodeIndex isPositive = store_.call(Function::relopge, x, store_.constant(0.0));
+    return ifThen(isPositive, above, store_.negation(log(store_.difference(root, x))));
 }
 
 NodeIndex Maker::implication(Operands x) {
@@ -351,6 +375,10 @@ NodeIndex Maker::make(std::int32_t code, Operands x) {
         case opSinh:
         case opCosh:
             return hyperbolic(code, x[0]);
+        case opAtanh:
+        case opAsinh:
+        case opAcosh:
+            return areaFunction(code, x[0]);
         case opIntegerDivide:
             return truncated(store_.quotient(x[0], x[1]));
         case opRound:

@@ -24,7 +24,7 @@ const NlOperator* findNlOperator(std::int32_t code) noexcept;
 /// `code` applied to `operands` in the host's own operations.
 ///
 /// The rest of a division, by truncation, is exact for integers below 2^53. Hyperbolic functions
-/// are written with exp; tanh without overflow.
+/// are written with exp, tanh without overflow, and their inverses with log and sqrt.
 /// @param operands  as many as the operator has; at least one for lists other than sums.
 /// @return noNode when the host has no operation for it.
 NodeIndex makeNlOperation(ExpressionStore& store, std::int32_t code,

@@ -14,7 +14,7 @@ import tempfile
 
 
 def commands(document):
-    for block in re.findall(r"^```\w*\n(.*?)^```", document.read_text(), re.M | re.S):
+    for block in re.findall(r"^ *```\w*\n(.*?)^ *```", document.read_text(), re.M | re.S):
         for line in block.splitlines():
             line = line.split("#")[0].strip()
             if line.startswith(("norvsolve ", "./dev solve ")) and not re.search(r"\b[A-Z]{4,}\b", line.replace("-AMPL", "")):

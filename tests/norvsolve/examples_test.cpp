@@ -52,6 +52,23 @@ TEST(Examples, theRosterIsProvedInfeasible) {
     const ProgramRun run = runProgram({NORVSOLVE_PROGRAM, EXAMPLES_FOLDER "/infeasible.mps"});
     EXPECT_EQ(run.exitCode, 2) << run.errors;
     EXPECT_NE(run.output.find("Model instance proven to be infeasible."), std::string::npos);
+    EXPECT_NE(run.output.find("These cannot hold together: row "), std::string::npos) << run.output;
+}
+
+TEST(Examples, runsAreRepeatedFromTheirResults) {
+    const std::string result = scratchFile("result.json");
+    runProgram({NORVSOLVE_PROGRAM, EXAMPLES_FOLDER "/knapsack.mps", "seed=3", "-t", "2", "--json",
+                result});
+    const auto rerun = [&result] { return runProgram({NORVSOLVE_PROGRAM, "--rerun", result}); };
+    EXPECT_NE(rerun().output.find("Settings: seed 3, time-limit 2"), std::string::npos);
+    EXPECT_NE(rerun().output.find("\nRerun: the same answer.\n"), std::string::npos);
+    std::string text = contentOf(result);
+    text.replace(text.find("\"objective\": 112"), 16, "\"objective\": 113");
+    writeFile(result, text);
+    const ProgramRun other = rerun();
+    EXPECT_EQ(other.exitCode, 6);
+    EXPECT_NE(other.output.find("Rerun: another answer: objective 112, not 113."),
+              std::string::npos);
 }
 
 TEST(Examples, filesAreFoundInFoldersOfAnyScript) {

@@ -185,7 +185,7 @@ TEST(NlValues, PublicInstancesAgreeWithTheSolverLibrary) {
 TEST(NlValues, OperatorsAgreeWithTheSolverLibrary) {
     NlSketch sketch;
     for (const char* unary : {"o13", "o14", "o15", "o16", "o37", "o38", "o39", "o40", "o41", "o42",
-                              "o43", "o44", "o45", "o46", "o77"})
+                              "o43", "o44", "o45", "o46", "o47", "o50", "o52", "o77"})
         sketch.rows.push_back(std::string(unary) + " v0");
     for (const char* binary : {"o0", "o1", "o2", "o3", "o4", "o5", "o6", "o55"})
         sketch.rows.push_back(std::string(binary) + " v0 v1");

@@ -8,6 +8,7 @@
 
 #include "norv/environment.hpp"
 #include "norv/readers/mutation.hpp"
+#include "readers/lp_reader.hpp"
 #include "readers/mps_model.hpp"
 #include "readers/mps_reader.hpp"
 #include "readers/read_error.hpp"
@@ -35,12 +36,22 @@ const std::string everySection =
     "SOS2\n t z 1\n t x 2\n t y 3\n"
     "ENDATA\n";
 
+const std::string everyLpPart =
+    "\\ all parts\nMax\n o: 2 x + 3y - [ x^2 + 2 x * y ] / 2 + 5\nSubject To\n a: x + y <= 1e1\n "
+    "-2 <= "
+    "x - z <= 8\n q: [ x ^ 2 ] + z[1] >= -4\nBounds\n x <= 4\n -inf <= y <= 5\n z free\nGeneral\n "
+    "y\nBinary\n b\nSemi-Continuous\n x\nSOS\n s: S1:: x:1 y:2\n t: S2:: z:1 y:2 x:3\nEnd\n";
+
 /// @return whether a model came out; otherwise the complaint is one line that starts with the path.
 bool endsInAModelOrOneLine(const std::string& content) {
     try {
         const InputText text = InputText::fromMemory("m", content);
         ModelBuilder builder;
-        buildModel(readMps(text), builder);
+        if (looksLikeLp(text.text())) {
+            readLp(text, builder);
+        } else {
+            buildModel(readMps(text), builder);
+        }
         const Environment environment;
         const Model model = builder.finish(environment);
         return model.nbVariables() > 0;
@@ -83,6 +94,8 @@ TEST(DamagedInput, everyTruncationEndsInAModelOrOneLine) {
 
 TEST(DamagedInput, everyMutationEndsInAModelOrOneLine) {
     for (std::uint32_t seed = 1; seed <= 4000; ++seed) mutate(everySection, seed);
+    ASSERT_TRUE(endsInAModelOrOneLine(everyLpPart));
+    for (std::uint32_t seed = 1; seed <= 4000; ++seed) mutate(everyLpPart, seed);
 }
 
 TEST(DamagedInput, everyTruncationAndMutationOfGzipIsReported) {
