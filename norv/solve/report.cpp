@@ -41,17 +41,32 @@ void printViolated(std::ostream& out, const Model& model) {
     out << ".\n";
 }
 
+const char* colourOf(Ending::Kind kind) {
+    switch (kind) {
+        case Ending::Kind::optimal:
+        case Ending::Kind::feasible:
+            return "\033[32m";
+        case Ending::Kind::infeasible:
+        case Ending::Kind::unbounded:
+        case Ending::Kind::noneFound:
+            return "\033[33m";
+        default:
+            return "\033[31m";
+    }
+}
+
 }  // namespace
 
 std::string checkText(const std::optional<PointCheck>& check) {
     return check ? pointText(*check) : "no feasible point reported";
 }
 
-void printSummary(std::ostream& out, const RunRecord& run) {
+void printSummary(std::ostream& out, const RunRecord& run, bool isColoured) {
     const Model& model = run.model();
+    if (isColoured) out << colourOf(run.ending.kind);
     out << "Model status " << model.modelStatus() << " (" << modelStatusText(model.modelStatus())
         << "), solve status " << model.solveStatus() << " (" << solveStatusText(model.solveStatus())
-        << ").\n";
+        << ")." << (isColoured ? "\033[0m\n" : "\n");
     if (!run.result.verdict.text.empty()) out << "Meaning: " << run.result.verdict.text << ".\n";
     const bool isHostStop = run.ending.reason == StopReason::wallLimit ||
                             run.ending.reason == StopReason::noImprovement;

@@ -10,7 +10,8 @@ namespace norv {
 
 /// A few lines: statuses, what they mean when bounds were imposed, objective and bound (when a
 /// point is claimed), check, times.
-void printSummary(std::ostream& out, const RunRecord& run);
+/// @param isColoured  the first line in green for a solution, yellow for none, red for a failure.
+void printSummary(std::ostream& out, const RunRecord& run, bool isColoured);
 
 /// "passed, no row or bound violated", without the full stop; of no point too.
 [[nodiscard]] std::string checkText(const std::optional<PointCheck>& check);

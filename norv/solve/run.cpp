@@ -226,7 +226,7 @@ void runSolve(RunRecord& run, const InputText& file, Clock::time_point start, Lo
     if (trace) run.trace = withBounds(trace->read(), watch.bounds());
     conclude(run, watch);
     run.isSolved = true;
-    printSummary(log, run);
+    printSummary(log, run, target.terminal && terminalTakesColour(*target.terminal));
     if (run.ending.kind == Ending::Kind::infeasible && target.explains) explain(log, run);
     if (settings.output.printsSolution) writeSolutionOf(log, run);
     outputs.write(run);

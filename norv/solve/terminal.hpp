@@ -10,4 +10,7 @@ enum class StandardStream : std::uint8_t { output, error };
 /// or a terminal that cannot go back to the start of a line. Asks the system at each call.
 int terminalColumns(StandardStream stream);
 
+/// Is the stream a terminal that takes ANSI colours, and has nobody set NO_COLOR?
+bool terminalTakesColour(StandardStream stream);
+
 }  // namespace norv

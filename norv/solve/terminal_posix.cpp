@@ -19,4 +19,9 @@ int terminalColumns(StandardStream stream) {
     return isKnown ? size.ws_col : usualColumns;
 }
 
+bool terminalTakesColour(StandardStream stream) {
+    const char* const refusal = std::getenv("NO_COLOR");
+    return (refusal == nullptr || *refusal == '\0') && terminalColumns(stream) > 0;
+}
+
 }  // namespace norv

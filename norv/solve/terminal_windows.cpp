@@ -13,4 +13,8 @@ int terminalColumns(StandardStream stream) {
     return info.srWindow.Right - info.srWindow.Left + 1;
 }
 
+bool terminalTakesColour(StandardStream) {
+    return false;  // older consoles print the codes
+}
+
 }  // namespace norv
