@@ -189,10 +189,11 @@ std::optional<double> RunRecord::gap() const {
 void runSolve(RunRecord& run, const InputText& file, Clock::time_point start, LogTarget target) {
     const Settings& settings = run.settings;
     std::ostream& log = target.out;
+    Environment environment;
+    TerminationSignals signals(environment);
     Outputs outputs(settings);
     LogWriter writer(log,
                      [&target] { return target.terminal ? terminalColumns(*target.terminal) : 0; });
-    Environment environment;
     configure(environment, settings, log);
     std::optional<Options> options = makeOptions(settings, needsTrace(settings), log);
     run.loaded = readModel(file, environment, settings.solve.reading, log);
@@ -205,7 +206,7 @@ void runSolve(RunRecord& run, const InputText& file, Clock::time_point start, Lo
     if (needsTrace(settings)) trace.emplace(*options);
     run.times.reading = secondsSince(start);
 
-    const TerminationSignals signals(environment);
+    signals.beginSearch();
     const Clock::time_point searchStart = Clock::now();
     SearchWatch watch(environment, settings.solve, start, trace ? trace->path() : "");
     LineSplitter lines([&watch](std::string_view line) { watch.seeLine(line); });

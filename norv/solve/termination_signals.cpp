@@ -12,12 +12,13 @@ namespace {
 // A handler has no argument that could carry these.
 std::atomic<Environment*> receiver{nullptr};
 std::atomic<bool> wasAsked{false};
+std::atomic<bool> isSearching{false};
 static_assert(std::atomic<Environment*>::is_always_lock_free &&
                   std::atomic<bool>::is_always_lock_free,
               "a signal handler may touch nothing else");
 
 extern "C" void askToStop(int signal) {
-    if (wasAsked.exchange(true)) {
+    if (wasAsked.exchange(true) || !isSearching.load()) {
         removeTemporaryFiles();
         std::_Exit(128 + signal);
     }
@@ -41,6 +42,7 @@ void restore(int signal, void (*before)(int)) {
 
 TerminationSignals::TerminationSignals(Environment& environment) {
     wasAsked = false;
+    isSearching = false;
     receiver = &environment;
     interruptBefore_ = install(SIGINT);
     terminateBefore_ = install(SIGTERM);
@@ -50,6 +52,10 @@ TerminationSignals::~TerminationSignals() {
     restore(SIGTERM, terminateBefore_);
     restore(SIGINT, interruptBefore_);
     receiver = nullptr;
+}
+
+void TerminationSignals::beginSearch() noexcept {
+    isSearching = true;
 }
 
 bool TerminationSignals::haveCome() noexcept {

@@ -5,8 +5,9 @@
 namespace norv {
 
 /// While it lives, SIGINT and SIGTERM ask the running solve to stop; a second signal of either
-/// kind removes the program's temporary files and ends the process with 128 and the signal's
-/// number, 130 for Ctrl+C. A signal that was ignored before stays ignored.
+/// kind, or the first one before the search, removes the program's temporary files and ends the
+/// process with 128 and the signal's number, 130 for Ctrl+C. A signal that was ignored before stays
+/// ignored.
 ///
 /// One at a time. The handlers of before are back when it is gone.
 class TerminationSignals {
@@ -17,6 +18,8 @@ public:
     TerminationSignals(const TerminationSignals&) = delete;
     TerminationSignals& operator=(const TerminationSignals&) = delete;
 
+    /// From now on there is something to stop.
+    void beginSearch() noexcept;
     /// Did a signal come?
     [[nodiscard]] static bool haveCome() noexcept;
 
