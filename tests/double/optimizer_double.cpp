@@ -198,29 +198,21 @@ int nbSolvers() {
 #define ARGUMENT(name, position) doubles::ArgumentOf<&name, position>::Type a##position
 #define RUN(name) doubles::Call<&name>::run
 
-#define DEFINE_0(name)           \
-    RESULT(name) name() {        \
-        return RUN(name)(#name); \
-    }
-#define DEFINE_1(name)                     \
-    RESULT(name) name(ARGUMENT(name, 0)) { \
-        return RUN(name)(#name, a0);       \
-    }
-#define DEFINE_2(name)                                        \
-    RESULT(name) name(ARGUMENT(name, 0), ARGUMENT(name, 1)) { \
-        return RUN(name)(#name, a0, a1);                      \
-    }
-#define DEFINE_3(name)                                                           \
-    RESULT(name) name(ARGUMENT(name, 0), ARGUMENT(name, 1), ARGUMENT(name, 2)) { \
-        return RUN(name)(#name, a0, a1, a2);                                     \
-    }
-#define DEFINE_4(name)                                                                 \
-    RESULT(name)                                                                       \
-    name(ARGUMENT(name, 0), ARGUMENT(name, 1), ARGUMENT(name, 2), ARGUMENT(name, 3)) { \
-        return RUN(name)(#name, a0, a1, a2, a3);                                       \
+#define PARAMETERS_0(name)
+#define PARAMETERS_1(name) ARGUMENT(name, 0)
+#define PARAMETERS_2(name) PARAMETERS_1(name), ARGUMENT(name, 1)
+#define PARAMETERS_3(name) PARAMETERS_2(name), ARGUMENT(name, 2)
+#define PARAMETERS_4(name) PARAMETERS_3(name), ARGUMENT(name, 3)
+#define ARGUMENTS_0
+#define ARGUMENTS_1 , a0
+#define ARGUMENTS_2 ARGUMENTS_1, a1
+#define ARGUMENTS_3 ARGUMENTS_2, a2
+#define ARGUMENTS_4 ARGUMENTS_3, a3
+#define LS_FUNCTION(name, arity)                   \
+    RESULT(name) name(PARAMETERS_##arity(name)) {  \
+        return RUN(name)(#name ARGUMENTS_##arity); \
     }
 // NOLINTEND(bugprone-macro-parentheses)
-#define LS_FUNCTION(name, arity) DEFINE_##arity(name)
 extern "C" {
 #include "localsolver_functions.inc"
 }
