@@ -46,6 +46,11 @@ public:
         hasPoint_ = true;
         return true;
     }
+    /// Takes a feasible point's place by another one, which may be worse.
+    void replace(Incumbent feasible) {
+        best_ = std::move(feasible);
+        hasPoint_ = true;
+    }
     [[nodiscard]] bool hasPoint() const { return hasPoint_; }
     // Only when hasPoint():
     [[nodiscard]] const Incumbent& best() const { return best_; }

@@ -115,6 +115,13 @@ bool Propagator::restrictDecision(DecisionIndex d, Interval interval, std::int64
     return settle(end);
 }
 
+bool Propagator::restrictAll(std::span<const ValueLimit> restrictions, std::int64_t workLimit) {
+    assert(!conflict_);
+    const std::int64_t end = work_ + workLimit;
+    for (const ValueLimit& r : restrictions) restrict(r.expression, r.lower, r.upper);
+    return settle(end);
+}
+
 bool Propagator::settle(std::int64_t workLimit) {
     while (!conflict_ && work_ < workLimit && !(forward_.isEmpty() && backward_.isEmpty())) {
         if (!forward_.isEmpty()) {

@@ -1,12 +1,20 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "model/closed_model.hpp"
 #include "operators/narrowing.hpp"
 
 namespace engine {
+
+/// An expression's value is a number in [lower, upper].
+struct ValueLimit {
+    ExpressionIndex expression;
+    double lower;
+    double upper;
+};
 
 /// Interval propagation over the whole graph: ranges go forward from operands to users and back
 /// from what must hold to the operands until nothing changes (HC4), by rank, without recursion.
@@ -26,6 +34,9 @@ public:
 
     /// Restricts decision `d` further and propagates, with the same outcome as start().
     bool restrictDecision(DecisionIndex d, Interval interval, std::int64_t workLimit);
+
+    /// Restricts expressions, whose values are then numbers, and propagates as start() does.
+    bool restrictAll(std::span<const ValueLimit> restrictions, std::int64_t workLimit);
 
     /// A state to come back to; keep the marks like a stack.
     [[nodiscard]] std::size_t mark();

@@ -58,7 +58,6 @@ private:
     bool addIndicated(std::int32_t binary, const Row& row);
     std::optional<Row> rowOf(ExpressionIndex e);
     std::optional<Row> rowOfRelation(ExpressionIndex e);
-    [[nodiscard]] double toleranceOf(ExpressionIndex left, ExpressionIndex right) const;
     [[nodiscard]] Range activityOf(const LinearForm& form) const;
 
     const ClosedModel& model_;
@@ -116,18 +115,7 @@ std::optional<Row> LinearView::rowOfRelation(ExpressionIndex e) {
     std::optional<LinearForm> form = forms_.differenceOf(sides[0], sides[1]);
     if (!form) return std::nullopt;
     return Row{*std::move(form), isLower ? step : -infinity, isUpper ? -step : infinity,
-               isExact ? exact : toleranceOf(sides[0], sides[1])};
-}
-
-/// The judge's tolerance is relative to the larger side; sides that it finds equal are about as
-/// large as the smaller of their largest magnitudes.
-double LinearView::toleranceOf(ExpressionIndex left, ExpressionIndex right) const {
-    const auto magnitude = [this](ExpressionIndex e) {
-        const Range r = propagator_.rangeOf(e);
-        return std::max(std::fabs(r.lower), std::fabs(r.upper));
-    };
-    const double smaller = std::min(magnitude(left), magnitude(right));
-    return relationTolerance * (1.0 + 4e-6) * std::max(1.0, smaller);
+               isExact ? exact : toleranceOfRelation(propagator_, sides[0], sides[1])};
 }
 
 Range LinearView::activityOf(const LinearForm& form) const {
@@ -201,6 +189,18 @@ bool LinearView::addIndicated(std::int32_t binary, const Row& row) {
 }
 
 }  // namespace
+
+/// The judge's tolerance is relative to the larger side; sides that it finds equal are about as
+/// large as the smaller of their largest magnitudes.
+double toleranceOfRelation(const Propagator& propagator, ExpressionIndex left,
+                           ExpressionIndex right) {
+    const auto magnitude = [&propagator](ExpressionIndex e) {
+        const Range r = propagator.rangeOf(e);
+        return std::max(std::fabs(r.lower), std::fabs(r.upper));
+    };
+    const double smaller = std::min(magnitude(left), magnitude(right));
+    return relationTolerance * (1.0 + 4e-6) * std::max(1.0, smaller);
+}
 
 std::optional<LinearModel> linearViewOf(const ClosedModel& model, const Propagator& propagator,
                                         const std::vector<Value>& values) {

@@ -26,4 +26,8 @@ namespace engine {
 std::optional<LinearModel> linearViewOf(const ClosedModel& model, const Propagator& propagator,
                                         const std::vector<Value>& values);
 
+/// How far the sides of a relation between doubles may miss it for the judge.
+double toleranceOfRelation(const Propagator& propagator, ExpressionIndex left,
+                           ExpressionIndex right);
+
 }  // namespace engine
