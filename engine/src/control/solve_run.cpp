@@ -139,7 +139,7 @@ bool SolveRun::cannotImprove() const {
     const std::vector<double>& bound = context_.solution.bounds();
     for (std::size_t k = 0; k < bound.size(); ++k) {
         const double value = context_.solution.verdict().objectives[k].asDouble();
-        const double tolerance = polishTolerance * std::max(1.0, std::abs(value));
+        const double tolerance = relationTolerance * std::max(1.0, std::abs(value));
         if (!(std::abs(bound[k] - value) <= tolerance)) return false;
     }
     return true;
@@ -269,11 +269,11 @@ void SolveRun::takeDomain(const std::vector<Interval>& tightened) {
 
 void SolveRun::acceptOptimum(Incumbent claimed) {
     Solution& solution = context_.solution;
-    // A point that beats the "optimum" refutes the proof, unless by no more than tolerances allow.
-    if (!claimed.verdict.feasible ||
-        isClearlyBetter(context_.model, solution.verdict(), claimed.verdict)) {
-        return;
-    }
+    if (!claimed.verdict.feasible) return;
+    // A point that beats the "optimum" refutes the proof, unless by what the tolerance of the rows
+    // gives it and the polish takes back.
+    if (isClearlyBetter(context_.model, solution.verdict(), claimed.verdict)) polish();
+    if (isClearlyBetter(context_.model, solution.verdict(), claimed.verdict)) return;
     solution.replace(std::move(claimed));
     solution.proveOptimal();
 }

@@ -7,8 +7,8 @@
 #include "methods/enumeration.hpp"
 #include "methods/linear.hpp"
 #include "methods/local_solves.hpp"
-#include "methods/outer_approximation.hpp"
 #include "methods/propagation.hpp"
+#include "methods/spatial.hpp"
 #include "methods/trivial_closing.hpp"
 
 namespace engine {
@@ -30,12 +30,14 @@ std::vector<Stage> makeStages(Ground& ground, bool withExactBackEnds) {
     stages.push_back(stageOf(makeEnumeration(ground, smallSpace)));
     stages.push_back(stageOf(makeFirstLocalSolves(ground)));
     if (withExactBackEnds) {
-        stages.push_back(stageOf(makeLocalSolves(ground), makeSimplex(ground),
-                                 makeBranchAndCut(ground), makeOuterApproximation(ground)));
+        stages.push_back(stageOf(makeSimplex(ground), makeBranchAndCut(ground)));
+    }
+    stages.push_back(stageOf(makeEnumeration(ground, largestSpace)));
+    if (withExactBackEnds) {
+        stages.push_back(stageOf(makeLocalSolves(ground), makeSpatial(ground)));
     } else {
         stages.push_back(stageOf(makeLocalSolves(ground)));
     }
-    stages.push_back(stageOf(makeEnumeration(ground, largestSpace)));
     return stages;
 }
 

@@ -8,7 +8,7 @@
 #include "engine/methods/run_methods.hpp"
 #include "linear/linear_view.hpp"
 #include "methods/linear.hpp"
-#include "methods/outer_approximation.hpp"
+#include "methods/spatial.hpp"
 
 namespace engine {
 namespace {
@@ -29,7 +29,7 @@ struct Proving : MethodsRun {
             conclusion = {Outcome::Inconsistent, "interval propagation"};
             return;
         }
-        for (const auto make : {makeSimplex, makeBranchAndCut, makeOuterApproximation}) {
+        for (const auto make : {makeSimplex, makeBranchAndCut, makeSpatial}) {
             Stage stage;
             stage.push_back(make(ground));
             runStage(stage);
@@ -114,7 +114,6 @@ TEST_F(ExactProofs, LinearPrograms) {
          "x: real 0 9.0; y: real 0 9.0; geq(sum(x,y), 12.0);",
          optimal,
          {}},
-        {"not linear", "x: real 0 9.0; y: real 0 9.0; geq(prod(x,y), 12.0); minimise x;", open, {}},
         {"a cost beyond what the back end takes for a number",
          "x: real 0 9.0; y: real 0 9.0; geq(sum(x,y), 1.0); minimise sum(prod(x,1e25),y);",
          open,
@@ -190,7 +189,7 @@ TEST_F(ExactProofs, IntegerPrograms) {
     for (const Case& c : cases) check(c);
 }
 
-TEST_F(ExactProofs, ConvexPrograms) {
+TEST_F(ExactProofs, NonlinearPrograms) {
     const Case cases[] = {
         {"a projection on a line",
          "x: real -9.0 9.0; y: real -9.0 9.0; leq(sum(x,y), 1.0);"
@@ -222,10 +221,37 @@ TEST_F(ExactProofs, ConvexPrograms) {
          {}},
         {"a form that is a saddle",
          "x: real 0 9.0; y: real 0 9.0; minimise sum(prod(x,x),prod(y,y),prod(x,y,-3.0));",
-         open,
-         {}},
-        {"a cube of either sign", "x: real -2.0 2.0; minimise pow(x,3);", open, {}},
-        {"outside of a disc", "x: real 0 9.0; geq(prod(x,x), 2.0); minimise x;", open, {}},
+         optimal,
+         {-81.0}},
+        {"a product below a row",
+         "x: real 0 9.0; y: real 0 9.0; geq(prod(x,y), 12.0); minimise x;",
+         optimal,
+         {12.0 / 9.0}},
+        {"a cube of either sign", "x: real -2.0 2.0; minimise pow(x,3);", optimal, {-8.0}},
+        {"outside of a disc",
+         "x: real 0 9.0; geq(prod(x,x), 2.0); minimise x;",
+         optimal,
+         {std::sqrt(2.0)}},
+        {"a valley with a bend",
+         "x: real -9.0 9.0; y: real -9.0 9.0;"
+         "minimise sum(prod(100.0,pow(sub(y,pow(x,2)),2)),pow(sub(1.0,x),2));",
+         optimal,
+         {0.0}},
+        {"a circle and a hyperbola",
+         "x: real -9.0 9.0; y: real -9.0 9.0; eq(sum(prod(x,x),prod(y,y)), 4.0);"
+         "eq(prod(x,y), 1.0); minimise x;",
+         optimal,
+         {-std::sqrt(2.0 + std::sqrt(3.0))}},
+        {"waves",
+         "x: real -9.0 9.0; minimise sum(sin(x),prod(0.1,x));",
+         optimal,
+         {std::sin(-std::acos(-0.1) - 2.0 * std::acos(-1.0)) -
+          0.1 * (std::acos(-0.1) + 2.0 * std::acos(-1.0))}},
+        {"a branch, a maximum, a distance and rounding",
+         "x: real -4.0 4.0; n: int -4 4; geq(sum(floor(x),n), 3);"
+         "minimise sum(if(leq(x,0.5),prod(x,x),prod(4.0,x)),max(n,x),dist(x,n));",
+         optimal,
+         {5.75}},
     };
     for (const Case& c : cases) check(c, 1e-6);
 }
