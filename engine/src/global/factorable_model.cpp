@@ -6,8 +6,8 @@
 #include <map>
 #include <utility>
 
+#include "global/curved_forms.hpp"
 #include "global/form_arithmetic.hpp"
-#include "linear/curvature.hpp"
 #include "linear/linear_view.hpp"
 #include "model/operator_table.hpp"
 #include "operators/operands.hpp"
@@ -15,13 +15,6 @@
 
 namespace engine {
 namespace {
-
-/// 1 - truth.
-LinearForm notOf(LinearForm truth) {
-    truth = scaled(std::move(truth), -1.0);
-    truth.constant += 1.0;
-    return truth;
-}
 
 /// Beyond this a relaxation costs more than it tells.
 constexpr std::size_t mostOperands = 300'000;
@@ -51,9 +44,7 @@ private:
     void findNeeded();
     void need(ExpressionIndex e) { isNeeded_[static_cast<std::size_t>(e)] = 1; }
 
-    // Constraints, objective, curvature.
-    [[nodiscard]] bool isPlainCurve(const LinearForm& form) const;
-    void findCurved();
+    // Constraints and objective.
     void addConstraint(ExpressionIndex e);
     void addRelation(ExpressionIndex e);
     void addRow(const LinearForm& form, double lower, double upper, double tolerance);
@@ -241,42 +232,8 @@ std::optional<FactorableModel> FactorableBuilder::run() {
         out_.linear.objective.push_back({formOf(o.expression), o.maximise});
     }
     for (const ExpressionIndex e : model_.constraint) addConstraint(e);
-    findCurved();
+    out_.curved = curvedFormsOf(model_, propagator_, values_, out_, form_, isNeeded_);
     return std::move(out_);
-}
-
-/// Is the form of `e` one curve of a linear argument, for which lines do as well?
-bool FactorableBuilder::isPlainCurve(const LinearForm& form) const {
-    if (form.column.size() != 1) return false;
-    const auto definitionOf = [this](std::int32_t column) -> const Definition* {
-        const std::int32_t k = out_.origin[static_cast<std::size_t>(column)].definition;
-        return k < 0 ? nullptr : &out_.definition[static_cast<std::size_t>(k)];
-    };
-    const auto isDecision = [this](std::int32_t column) {
-        return out_.linear.decision[static_cast<std::size_t>(column)] >= 0;
-    };
-    const Definition* curve = definitionOf(form.column.front());
-    if (curve == nullptr || curve->kind != Definition::Kind::Curve) return false;
-    if (isDecision(curve->first)) return true;
-    const Definition* argument = definitionOf(curve->first);
-    return argument != nullptr && argument->kind == Definition::Kind::Sum &&
-           std::all_of(argument->forms[0].column.begin(), argument->forms[0].column.end(),
-                       isDecision);
-}
-
-/// Sums whose terms tell as much are left to their terms.
-void FactorableBuilder::findCurved() {
-    const auto curvature = curvaturesOf(model_, propagator_, values_);
-    for (const ExpressionIndex e : model_.order) {
-        const auto i = static_cast<std::size_t>(e);
-        const Curvature own = curvature[i].curvature;
-        if (isNeeded_[i] == 0 || (own != Curvature::Convex && own != Curvature::Concave)) continue;
-        const ls_operator op = model_.operatorOf(e);
-        const bool isSum = op == LS_OP_SUM || op == LS_OP_SUB;
-        const bool isMultiple = op == LS_OP_PROD && form_[i].column.size() > 1;
-        if ((isSum && !curvature[i].isWhole) || isMultiple || isPlainCurve(form_[i])) continue;
-        out_.curved.push_back({e, form_[i], own == Curvature::Convex});
-    }
 }
 
 void FactorableBuilder::addConstraint(ExpressionIndex top) {

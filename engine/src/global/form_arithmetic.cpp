@@ -47,4 +47,10 @@ LinearForm scaled(LinearForm form, double factor) {
     return form;
 }
 
+LinearForm notOf(LinearForm truth) {
+    truth = scaled(std::move(truth), -1.0);
+    truth.constant += 1.0;
+    return truth;
+}
+
 }  // namespace engine

@@ -14,6 +14,9 @@ inline LinearForm columnForm(std::int32_t column) {
     return {{column}, {1.0}, 0.0};
 }
 
+/// 1 - truth.
+LinearForm notOf(LinearForm truth);
+
 /// Adds many forms up in the time of their terms.
 class FormSum {
 public:

@@ -1,124 +1,21 @@
-#include "nonlinear/interior_point.hpp"
-
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 
-#include "nonlinear/kkt_system.hpp"
+#include "nonlinear/interior_point_method.hpp"
 
 namespace engine {
 namespace {
-
-using Status = NonlinearAnswer::Status;
-using Vector = std::vector<double>;
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// Rows and cost are scaled down to slopes of this size at the start.
 constexpr double largestSlope = 100.0;
 /// Of the dual block: keeps systems with dependent rows solvable.
 constexpr double dualShift = 1e-9;
-/// Constants of the filter and of the line search, as in the paper (section 4).
-constexpr double leastThetaGain = 1e-5;
-constexpr double leastCostGain = 1e-5;
-constexpr double armijo = 1e-4;
-constexpr int mostHalvings = 30;
 /// Ends a run of steps that are near the optimum and gain nothing.
 constexpr double acceptableError = 1e-6;
 constexpr int mostAcceptable = 15;
 
-double largest(const Vector& v) {
-    double most = 0.0;
-    for (const double x : v) most = std::max(most, std::fabs(x));
-    return most;
-}
-
-double total(const Vector& v) {
-    double sum = 0.0;
-    for (const double x : v) sum += std::fabs(x);
-    return sum;
-}
-
-/// The columns and one slack for each inequality, with bounds; all rows are equations of these.
-class InteriorPoint {
-public:
-    InteriorPoint(LocalProblem& problem, const NonlinearSettings& settings);
-
-    NonlinearAnswer run();
-
-private:
-    /// What is known at a point of columns and slacks.
-    struct Values {
-        double cost = 0.0;
-        Vector rows;  ///< [nbRows_] residuals of the equations
-        bool isFinite = false;
-        [[nodiscard]] double theta() const { return total(rows); }
-    };
-    struct FilterEntry {
-        double theta;
-        double cost;
-    };
-
-    [[nodiscard]] static KktSystem::Pattern patternOf(const LocalProblem& problem);
-    void setBounds();
-    void moveInside();
-    void setScales();
-    void startMultipliers();
-    Values evaluate(const Vector& z);
-    void differentiate();
-    [[nodiscard]] double barrierCost(const Vector& z, const Values& at) const;
-    [[nodiscard]] Vector dualResidual() const;
-    [[nodiscard]] double error(double barrier) const;
-    void lowerBarrier();
-    bool computeStep();
-    bool factorise();
-    [[nodiscard]] Vector barrierGradient() const;
-    [[nodiscard]] double longestStep(const Vector& z, const Vector& direction, double keep) const;
-    [[nodiscard]] double longestDualStep(double keep) const;
-    [[nodiscard]] bool isAcceptable(double theta, double cost) const;
-    bool search();
-    bool tryStep(double length, const Vector& direction, double slope, bool isFirst);
-    bool tryCorrection(double length, const Values& trial, double slope);
-    bool accepts(double length, double slope, double theta, double cost) const;
-    void take(const Vector& z, Values at);
-    void takeDuals();
-    bool restore();
-    bool spend();
-    NonlinearAnswer answer(Status status, int iterations);
-
-    LocalProblem& problem_;
-    const NonlinearSettings& settings_;
-    std::size_t nbColumns_;
-    std::size_t nbRows_;
-    std::size_t nbPrimal_;              ///< columns and slacks
-    std::vector<std::size_t> slackOf_;  ///< [nbRows_] position among primals, or none for equations
-    static constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
-    KktSystem system_;
-    Vector lower_;  ///< [nbPrimal_]
-    Vector upper_;
-    double costScale_ = 1.0;
-    Vector rowScale_;
-    double barrier_ = 0.1;
-
-    Vector z_;
-    Values at_;
-    Vector gradient_;  ///< [nbPrimal_] of the scaled cost
-    Vector jacobian_;  ///< entries, scaled, those of the slacks last
-    Vector hessian_;
-    Vector y_;
-    Vector lowerDual_;
-    Vector upperDual_;
-
-    Vector step_;  ///< [nbPrimal_ + nbRows_]
-    Vector lowerDualStep_;
-    Vector upperDualStep_;
-    double shift_ = 0.0;      ///< of the Hessian in the system at hand
-    double lastShift_ = 0.0;  ///< the last that was needed
-    std::vector<FilterEntry> filter_;
-    double largestTheta_ = infinity;
-    double smallTheta_ = 0.0;
-};
+}  // namespace
 
 KktSystem::Pattern InteriorPoint::patternOf(const LocalProblem& problem) {
     KktSystem::Pattern pattern;
@@ -411,110 +308,6 @@ double InteriorPoint::longestDualStep(double keep) const {
     return length;
 }
 
-bool InteriorPoint::isAcceptable(double theta, double cost) const {
-    if (!(theta <= largestTheta_) || std::isnan(cost)) return false;
-    return std::none_of(filter_.begin(), filter_.end(),
-                        [&](const FilterEntry& f) { return theta >= f.theta && cost >= f.cost; });
-}
-
-/// Progress by the current point's measure: of the cost where the rows hold, else of either.
-bool InteriorPoint::accepts(double length, double slope, double theta, double cost) const {
-    if (!isAcceptable(theta, cost)) return false;
-    const double thetaNow = at_.theta();
-    const double costNow = barrierCost(z_, at_);
-    const double rounding = 10.0 * std::numeric_limits<double>::epsilon() * std::fabs(costNow);
-    const bool isCostStep = slope < 0.0 && thetaNow <= smallTheta_ &&
-                            length * std::pow(-slope, 2.3) > std::pow(thetaNow, 1.1);
-    if (isCostStep) return cost - costNow - rounding <= armijo * length * slope;
-    return theta <= (1.0 - leastThetaGain) * thetaNow ||
-           cost - rounding <= costNow - leastCostGain * thetaNow;
-}
-
-void InteriorPoint::take(const Vector& z, Values at) {
-    z_ = z;
-    at_ = std::move(at);
-}
-
-void InteriorPoint::takeDuals() {
-    const double keep = std::max(0.99, 1.0 - barrier_);
-    const double length = longestDualStep(keep);
-    constexpr double reach = 1e10;
-    for (std::size_t j = 0; j < nbPrimal_; ++j) {
-        const auto kept = [&](double dual, double step, double distance) {
-            if (!std::isfinite(distance)) return 0.0;
-            const double centred = barrier_ / distance;
-            return std::clamp(dual + length * step, centred / reach, centred * reach);
-        };
-        lowerDual_[j] = kept(lowerDual_[j], lowerDualStep_[j], z_[j] - lower_[j]);
-        upperDual_[j] = kept(upperDual_[j], upperDualStep_[j], upper_[j] - z_[j]);
-    }
-}
-
-/// One trial of the line search; a first one that violates more gets a second-order correction.
-bool InteriorPoint::tryStep(double length, const Vector& direction, double slope, bool isFirst) {
-    Vector trial = z_;
-    for (std::size_t j = 0; j < nbPrimal_; ++j) trial[j] += length * direction[j];
-    Values at = evaluate(trial);
-    if (!at.isFinite) return false;
-    const double cost = barrierCost(trial, at);
-    if (!accepts(length, slope, at.theta(), cost)) {
-        return isFirst && at.theta() >= at_.theta() && tryCorrection(length, at, slope);
-    }
-    const double thetaNow = at_.theta();
-    const double costNow = barrierCost(z_, at_);
-    const bool isCostStep =
-        slope < 0.0 && thetaNow <= smallTheta_ && cost <= costNow + armijo * length * slope;
-    if (!isCostStep) {
-        filter_.push_back({(1.0 - leastThetaGain) * thetaNow, costNow - leastCostGain * thetaNow});
-    }
-    take(trial, std::move(at));
-    for (std::size_t i = 0; i < nbRows_; ++i) y_[i] += length * step_[nbPrimal_ + i];
-    return true;
-}
-
-/// The step again, towards rows as they are at the trial point (section 2.4).
-bool InteriorPoint::tryCorrection(double length, const Values& trial, double slope) {
-    const Vector g = barrierGradient();
-    Vector side = dualResidual();
-    side.resize(nbPrimal_ + nbRows_);
-    for (std::size_t j = 0; j < nbPrimal_; ++j) {
-        side[j] = -(side[j] + g[j] - gradient_[j] - upperDual_[j] + lowerDual_[j]);
-    }
-    for (std::size_t i = 0; i < nbRows_; ++i) {
-        side[nbPrimal_ + i] = -(length * at_.rows[i] + trial.rows[i]);
-    }
-    system_.solve(side);
-    if (!std::isfinite(largest(side))) return false;
-    const double corrected = longestStep(z_, side, std::max(0.99, 1.0 - barrier_));
-    return tryStep(corrected, side, slope, /*isFirst=*/false);
-}
-
-bool InteriorPoint::search() {
-    const Vector g = barrierGradient();
-    double slope = 0.0;
-    double size = 0.0;
-    for (std::size_t j = 0; j < nbPrimal_; ++j) {
-        slope += g[j] * step_[j];
-        size = std::max(size, std::fabs(step_[j]) / (1.0 + std::fabs(z_[j])));
-    }
-    double length = longestStep(z_, step_, std::max(0.99, 1.0 - barrier_));
-    // Steps at the edge of rounding tell nothing about progress: they are taken as they are.
-    constexpr double tiny = 1e-15;
-    if (size < tiny) {
-        Vector trial = z_;
-        for (std::size_t j = 0; j < nbPrimal_; ++j) trial[j] += length * step_[j];
-        Values at = evaluate(trial);
-        if (!at.isFinite) return false;
-        take(trial, std::move(at));
-        for (std::size_t i = 0; i < nbRows_; ++i) y_[i] += length * step_[nbPrimal_ + i];
-        return true;
-    }
-    for (int k = 0; k < mostHalvings; ++k, length *= 0.5) {
-        if (tryStep(length, step_, slope, k == 0)) return true;
-    }
-    return false;
-}
-
 /// Reduces the violation until the filter takes the point. @return false: it does not get there.
 bool InteriorPoint::restore() {
     const double thetaAtStart = at_.theta();
@@ -612,8 +405,6 @@ NonlinearAnswer InteriorPoint::run() {
     }
     return answer(Status::Open, settings_.mostIterations);
 }
-
-}  // namespace
 
 NonlinearAnswer solveByInteriorPoint(LocalProblem& problem, const NonlinearSettings& settings) {
     return InteriorPoint(problem, settings).run();
