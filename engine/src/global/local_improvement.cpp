@@ -9,10 +9,14 @@
 namespace engine {
 
 LocalImprovement::LocalImprovement(const ClosedModel& model, CleanPoints& points)
-    : model_(model), points_(points), program_(model) {}
+    : model_(model), points_(points) {}
 
 bool LocalImprovement::run(const Point& start, const std::vector<Interval>& box, Pace& pace) {
-    NonlinearProblem problem{program_, {}, {}, {}};
+    // Beyond this, making the program alone takes longer than all else is given.
+    constexpr std::size_t largestModel = 60'000;
+    if (model_.operand.size() > largestModel || pace.mustEnd()) return false;
+    if (!program_) program_.emplace(model_);
+    NonlinearProblem problem{*program_, {}, {}, {}};
     if (model_.objective.empty()) problem.objective = -1;
     for (DecisionIndex d = 0; d < model_.nbDecisions(); ++d) {
         const auto i = static_cast<std::size_t>(d);

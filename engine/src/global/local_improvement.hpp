@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "evaluate/pace.hpp"
@@ -21,7 +22,7 @@ public:
 private:
     const ClosedModel& model_;
     CleanPoints& points_;
-    NonlinearProgram program_;
+    std::optional<NonlinearProgram> program_;  ///< made when first needed
 };
 
 }  // namespace engine

@@ -17,7 +17,7 @@ namespace engine {
 class HessianTape {
 public:
     /// Tapes longer than that are not written: [steps].
-    static constexpr std::size_t largestTape = 20'000'000;
+    static constexpr std::size_t largestTape = 5'000'000;
 
     /// @param graph  reduced to what it is to hold.
     explicit HessianTape(const SmoothGraph& graph);
