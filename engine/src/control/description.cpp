@@ -88,8 +88,8 @@ std::string violationsText(const Solver& solver, const Solution& solution) {
     const std::string worst = names.isNamed(violations.worst)
                                   ? names.nameOf(violations.worst)
                                   : formatText("expression %d", violations.worst);
-    return formatText("%zu of %zu constraints violated, worst by ", violations.nb,
-                      solver.model.constraints().size()) +
+    return std::to_string(violations.nb) + " of " +
+           std::to_string(solver.model.constraints().size()) + " constraints violated, worst by " +
            worst;
 }
 
