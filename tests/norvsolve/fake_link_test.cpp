@@ -114,7 +114,8 @@ TEST_F(Norvsolve, checksThePointItself) {
     };
     const Case cases[] = {
         {"0 is a level of a semi-continuous variable", "1", "0", 0, "Check: passed, no row"},
-        {"within the tolerance", "8", "4.0000005", 0, "Check: passed, largest violation 5e-07 (variable n)"},
+        {"within the tolerance", "8", "4.0000005", 0,
+         "Check: passed, largest violation 5e-07 (variable n)"},
         {"below the gap of a semi-continuous variable", "8", "1", 6, "(variable s)"},
         {"not integral", "7", "3.5", 6, "(variable n)"},
         {"a row is violated", "16", "5", 6, "most by 0.2 (row c1)"},
@@ -219,7 +220,7 @@ TEST_F(Norvsolve, losesNoResultForAnother) {
     EXPECT_EQ(contentOf(calls_), "");  // known before the search
     EXPECT_EQ(contentOf(solution), "of before");
     EXPECT_EQ(solve({"--solution", solution, "--json", solution}).exitCode, 1);
-    if (!std::ifstream("/dev/full")) GTEST_SKIP() << "no device that is always full";
+    if (!std::ofstream("/dev/full", std::ios::app)) GTEST_SKIP() << "no device that is always full";
     const ProgramRun run = solve({"--solution", solution, "--json", "/dev/full"});
     EXPECT_EQ(run.exitCode, 7);
     EXPECT_EQ(run.errors, "norvsolve: /dev/full: cannot be written: No space left on device\n");
