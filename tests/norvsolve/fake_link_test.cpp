@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
@@ -220,7 +221,8 @@ TEST_F(Norvsolve, losesNoResultForAnother) {
     EXPECT_EQ(contentOf(calls_), "");  // known before the search
     EXPECT_EQ(contentOf(solution), "of before");
     EXPECT_EQ(solve({"--solution", solution, "--json", solution}).exitCode, 1);
-    if (!std::ofstream("/dev/full", std::ios::app)) GTEST_SKIP() << "no device that is always full";
+    if (!std::filesystem::is_character_file("/dev/full"))
+        GTEST_SKIP() << "no device that is always full";
     const ProgramRun run = solve({"--solution", solution, "--json", "/dev/full"});
     EXPECT_EQ(run.exitCode, 7);
     EXPECT_EQ(run.errors, "norvsolve: /dev/full: cannot be written: No space left on device\n");
