@@ -224,7 +224,8 @@ void SolveRun::runRound(std::int64_t iterations) {
         const std::int64_t ofSearch = searchers_->addTo(context_.statistics);
         schedule_.chargeSearch(ofSearch);
         work += ofSearch;
-        searchers_->share(context_.solution);
+        // A proof that has been accepted has seen the search's point, and polished it.
+        if (!context_.solution.isProved()) searchers_->share(context_.solution);
     }
     workToCount_ += work;
     context_.statistics.iterations += workToCount_ / workPerIteration;
