@@ -197,6 +197,7 @@ inline Range powImage(const RangeOperands& operands) {
 
 /// Inverse of a power with a constant positive exponent.
 inline void powNarrowing(const NarrowingStep& x) {
+    numbersOnly(x);
     const Range exponent = x[1];
     const double n = exponent.lower;
     if (x[0].mayBeNan || !exponent.isPoint() || !(n > 0.0) || std::isinf(n)) return;
@@ -256,7 +257,6 @@ inline MaybeStep powInverse(const InverseOperands& x, const Goal& goal) {
 }
 
 constexpr OperatorRow pow{.op = LS_OP_POW,
-                          .needsNumbers = false,
                           .givesPoles = true,
                           .value = powValue,
                           .slope = powSlope,

@@ -247,6 +247,11 @@ TEST_F(ExactProofs, NonlinearPrograms) {
          optimal,
          {std::sin(-std::acos(-0.1) - 2.0 * std::acos(-1.0)) -
           0.1 * (std::acos(-0.1) + 2.0 * std::acos(-1.0))}},
+        {"a branch whose power is undefined where it is not taken",
+         "x: real -4.0 4.0; minimise if(leq(x,-1.0),pow(sum(x,3.0),2),"
+         "sum(pow(max(sqrt(x),x),2),3.0));",
+         optimal,
+         {0.0}},
         {"a branch, a maximum, a distance and rounding",
          "x: real -4.0 4.0; n: int -4 4; geq(sum(floor(x),n), 3);"
          "minimise sum(if(leq(x,0.5),prod(x,x),prod(4.0,x)),max(n,x),dist(x,n));",
