@@ -46,6 +46,12 @@ public:
         hasPoint_ = true;
         return true;
     }
+    /// The best point of another, if it is better; copied only then.
+    bool takeFrom(const FeasibleIncumbent& other) {
+        if (!other.hasPoint_) return false;
+        if (hasPoint_ && !isBetter(model_, other.verdict(), verdict())) return false;
+        return take(other.best_);
+    }
     /// Takes a feasible point's place by another one, which may be worse.
     void replace(Incumbent feasible) {
         best_ = std::move(feasible);

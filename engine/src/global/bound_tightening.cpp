@@ -21,11 +21,7 @@ public:
         : relaxation_(relaxation), simplex_(simplex), pace_(pace) {
         for (const Definition& definition : relaxation.factorable().definition) {
             for (const std::int32_t column : {definition.first, definition.second}) {
-                if (column == noColumn) continue;
-                const auto j = static_cast<std::size_t>(column);
-                if (relaxation.factorable().origin[j].expression != noExpression) {
-                    columns_.push_back(column);
-                }
+                if (column != noColumn && relaxation.canLimit(column)) columns_.push_back(column);
             }
         }
         std::sort(columns_.begin(), columns_.end());
@@ -53,6 +49,7 @@ void Tightening::note(const std::vector<double>& levels) {
     for (std::size_t k = 0; k < columns_.size(); ++k) {
         const Range r = relaxation_.rangeOf(columns_[k]);
         const double level = levels[static_cast<std::size_t>(columns_[k])];
+        if (std::isinf(r.upper - r.lower)) continue;
         const double near = reached * (r.upper - r.lower);
         if (level - r.lower <= near) isReached_[0][k] = 1;
         if (r.upper - level <= near) isReached_[1][k] = 1;

@@ -32,10 +32,12 @@ bool Branching::isInteger(std::int32_t column) const {
 }
 
 bool Branching::canSplit(std::int32_t column) const {
-    const ColumnOrigin& origin = relaxation_.factorable().origin[static_cast<std::size_t>(column)];
-    if (origin.expression == noExpression) return false;
+    if (!relaxation_.canLimit(column)) return false;
     const Range r = relaxation_.rangeOf(column);
     if (isInteger(column)) return r.upper - r.lower >= 1.0;
+    // Halves of an endless range of a part may go on for ever without narrowing a decision.
+    const bool isDecision = relaxation_.rows().decision[static_cast<std::size_t>(column)] >= 0;
+    if (!isDecision && std::isinf(r.upper - r.lower)) return false;
     const double size = std::max(1.0, std::min(std::fabs(r.lower), std::fabs(r.upper)));
     return r.upper - r.lower > leastWidth * size;
 }

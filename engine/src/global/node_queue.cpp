@@ -20,6 +20,7 @@ void NodeQueue::push(BoxNode node) {
     std::push_heap(nodes_.begin(), nodes_.end(),
                    [this](const BoxNode& a, const BoxNode& b) { return isLater(a, b); });
     if (isFull_ || nodes_.size() < mostNodes_) return;
+    leastWhenFull_ = leastBound();
     isFull_ = true;
     order();
 }
@@ -38,10 +39,7 @@ BoxNode NodeQueue::pop() {
 
 double NodeQueue::leastBound() const {
     if (nodes_.empty()) return infinity;
-    if (!isFull_) return nodes_.front().bound;
-    return std::min_element(nodes_.begin(), nodes_.end(),
-                            [](const BoxNode& a, const BoxNode& b) { return a.bound < b.bound; })
-        ->bound;
+    return isFull_ ? leastWhenFull_ : nodes_.front().bound;
 }
 
 void NodeQueue::dropFrom(double cutoff) {

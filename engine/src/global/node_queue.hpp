@@ -44,8 +44,8 @@ public:
     BoxNode pop();
     [[nodiscard]] bool isEmpty() const { return nodes_.empty(); }
     [[nodiscard]] std::size_t size() const { return nodes_.size(); }
-    /// The least bound that waits; infinity when nothing does. O(1), O(nodes) while there are too
-    /// many.
+    /// No box that waits costs less; infinity when nothing waits. The least bound itself, but
+    /// while there are too many the one of when there came to be. O(1).
     [[nodiscard]] double leastBound() const;
     /// Drops what costs `cutoff` or more.
     void dropFrom(double cutoff);
@@ -57,6 +57,7 @@ private:
     std::vector<BoxNode> nodes_;  ///< a heap
     std::size_t mostNodes_;
     bool isFull_ = false;
+    double leastWhenFull_ = 0.0;  ///< children cost no less than their parents
 };
 
 }  // namespace engine

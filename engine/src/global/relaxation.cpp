@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "global/form_arithmetic.hpp"
+#include "linear/activity.hpp"
 
 namespace engine {
 namespace {
@@ -57,21 +58,11 @@ bool Relaxation::isActive(const Definition& definition) const {
                        [this](ExpressionIndex x) { return isKnown(x); });
 }
 
-Range Relaxation::activityOf(const LinearForm& form) const {
-    RangeSum total;
-    total.add({form.constant, form.constant, false});
-    for (std::size_t k = 0; k < form.column.size(); ++k) {
-        const double c = form.coefficient[k];
-        total.add(widened(product({c, c, false}, rangeOf(form.column[k])), 1.0));
-    }
-    return total.total();
-}
-
 /// Bounds of the result from those of the arguments.
 Range Relaxation::imageOf(const Definition& definition) const {
     switch (definition.kind) {
         case Kind::Sum:
-            return activityOf(definition.forms[0]);
+            return activityOf(definition.forms[0], rows_);
         case Kind::Product:
             return widened(product(rangeOf(definition.first), rangeOf(definition.second)), 2.0);
         case Kind::Curve: {
@@ -263,12 +254,19 @@ void Relaxation::addProductRows(const Definition& definition) {
 /// result <= form + the most by which another one can be larger.
 void Relaxation::addLargestRows(const Definition& definition) {
     const bool isActiveHere = isActive(definition);
+    std::vector<Range> activity;
+    std::size_t highest = 0;
+    double second = -infinity;  // the highest upper bound but one
     for (std::size_t k = 0; k < definition.forms.size(); ++k) {
-        const double own = activityOf(definition.forms[k]).lower;
-        double excess = 0.0;
-        for (std::size_t n = 0; n < definition.forms.size(); ++n) {
-            if (n != k) excess = std::max(excess, activityOf(definition.forms[n]).upper - own);
-        }
+        activity.push_back(activityOf(definition.forms[k], rows_));
+        if (k == 0) continue;
+        const bool isHigher = activity[k].upper > activity[highest].upper;
+        second = std::max(second, isHigher ? activity[highest].upper : activity[k].upper);
+        if (isHigher) highest = k;
+    }
+    for (std::size_t k = 0; k < definition.forms.size(); ++k) {
+        const double others = k == highest ? second : activity[highest].upper;
+        const double excess = std::max(0.0, others - activity[k].lower);
         if (!isActiveHere || !isUseful(excess)) {
             addFreeRow(definition.result);
             continue;
@@ -281,7 +279,7 @@ void Relaxation::addLargestRows(const Definition& definition) {
 void Relaxation::addChoiceRows(const Definition& definition) {
     const Range result = rangeOf(definition.result);
     for (std::size_t branch = 0; branch < 2; ++branch) {
-        const Range form = activityOf(definition.forms[branch]);
+        const Range form = activityOf(definition.forms[branch], rows_);
         // t = 1 - condition for the first branch, the condition for the second.
         const double sign = branch == 0 ? -1.0 : 1.0;
         const double constant = branch == 0 ? 1.0 : 0.0;
@@ -303,7 +301,7 @@ void Relaxation::addChoiceRows(const Definition& definition) {
 
 /// form <= slack + most * (1 - t), form >= step + (least - step) * t.
 void Relaxation::addAtMostRows(const Definition& definition) {
-    const Range form = activityOf(definition.forms[0]);
+    const Range form = activityOf(definition.forms[0], rows_);
     const bool isActiveHere = isActive(definition);
     const double most = std::max(0.0, form.upper - definition.slack);
     const double least = std::min(0.0, form.lower - definition.step);
@@ -321,7 +319,7 @@ void Relaxation::addAtMostRows(const Definition& definition) {
 
 /// |form| <= slack + most * (1 - t).
 void Relaxation::addIsZeroRows(const Definition& definition) {
-    const Range form = activityOf(definition.forms[0]);
+    const Range form = activityOf(definition.forms[0], rows_);
     const double most = std::max(0.0, form.upper - definition.slack);
     const double least = std::min(0.0, form.lower + definition.slack);
     const bool isActiveHere = isActive(definition);

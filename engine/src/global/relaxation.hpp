@@ -44,6 +44,13 @@ public:
     [[nodiscard]] std::pair<std::size_t, std::size_t> rowsOf(std::size_t definition) const {
         return {firstRow_[definition], firstRow_[definition + 1]};
     }
+    /// Whether a column may be limited from outside: it stands for an expression whose value is a
+    /// number at every point of the box. A limit says that there is one, and would cut off points
+    /// at which it is undefined without harm, in a branch that is not taken.
+    [[nodiscard]] bool canLimit(std::int32_t column) const {
+        const ExpressionIndex e = factorable_.origin[static_cast<std::size_t>(column)].expression;
+        return e != noExpression && isKnown(e);
+    }
     [[nodiscard]] Range rangeOf(std::int32_t column) const {
         const auto j = static_cast<std::size_t>(column);
         return {rows_.lower[j], rows_.upper[j], false};
@@ -56,7 +63,6 @@ private:
     [[nodiscard]] bool isActive(const Definition& definition) const;
     void takeRanges();
     [[nodiscard]] Range imageOf(const Definition& definition) const;
-    [[nodiscard]] Range activityOf(const LinearForm& form) const;
     void addRows(const Definition& definition);
     void addCurveRows(const Definition& definition);
     void addProductRows(const Definition& definition);

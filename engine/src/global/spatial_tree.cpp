@@ -205,8 +205,9 @@ bool SpatialTree::tighten(const SafeBound& safe) {
     for (std::size_t j = 0; j < safe.reducedCost.size(); ++j) {
         const ColumnOrigin& origin = factorable_.origin[j];
         const double d = safe.reducedCost[j];
-        if (d == 0.0 || origin.expression == noExpression) continue;
-        const Range r = relaxation_.rangeOf(static_cast<std::int32_t>(j));
+        const auto column = static_cast<std::int32_t>(j);
+        if (d == 0.0 || !relaxation_.canLimit(column)) continue;
+        const Range r = relaxation_.rangeOf(column);
         const double way = above(room / std::fabs(d));
         const double width = r.upper - r.lower;
         if (!(way < width)) continue;

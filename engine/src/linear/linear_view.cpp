@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "linear/activity.hpp"
 #include "linear/linear_forms.hpp"
 #include "operators/operator_row.hpp"
 
@@ -58,7 +59,6 @@ private:
     bool addIndicated(std::int32_t binary, const Row& row);
     std::optional<Row> rowOf(ExpressionIndex e);
     std::optional<Row> rowOfRelation(ExpressionIndex e);
-    [[nodiscard]] Range activityOf(const LinearForm& form) const;
 
     const ClosedModel& model_;
     const Propagator& propagator_;
@@ -118,17 +118,6 @@ std::optional<Row> LinearView::rowOfRelation(ExpressionIndex e) {
                isExact ? exact : toleranceOfRelation(propagator_, sides[0], sides[1])};
 }
 
-Range LinearView::activityOf(const LinearForm& form) const {
-    RangeSum total;
-    total.add({form.constant, form.constant, false});
-    for (std::size_t k = 0; k < form.column.size(); ++k) {
-        const auto j = static_cast<std::size_t>(form.column[k]);
-        const double c = form.coefficient[k];
-        total.add(product({c, c, false}, {out_.lower[j], out_.upper[j], false}));
-    }
-    return total.total();
-}
-
 /// Adds b or 1 - b to `sum`, unless it is there already.
 /// @return true when its opposite is there: one of the two always holds.
 bool LinearView::addLiteral(const LinearForm& literal, LinearForm& sum) {
@@ -168,7 +157,7 @@ bool LinearView::addAlternatives(ExpressionIndex e) {
 
 /// binary = 1 implies the row, by multipliers that the form's bounds justify.
 bool LinearView::addIndicated(std::int32_t binary, const Row& row) {
-    const Range activity = activityOf(row.form);
+    const Range activity = activityOf(row.form, out_);
     if (std::isfinite(row.upper) && activity.upper > row.upper) {
         const double bigM = activity.upper - row.upper;
         if (!(bigM <= largestBigM)) return false;

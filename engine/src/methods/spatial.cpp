@@ -44,7 +44,7 @@ void Spatial::run(Pace& pace) {
     SpatialSettings settings{.pace = pace};
     settings.exchange = [&] {
         points.lookAt(findings().incumbent);
-        if (points.best().hasPoint()) findings().incumbent.take(points.best().best());
+        findings().incumbent.takeFrom(points.best());
     };
     settings.improve = [&improvement](const Point& start, const std::vector<Interval>& box,
                                       Pace& part) { improvement.run(start, box, part); };

@@ -7,6 +7,7 @@
 
 #include "back_ends/simplex.hpp"
 #include "engine/random_models.hpp"
+#include "global/bound_tightening.hpp"
 #include "global/convex_tangents.hpp"
 #include "global/safe_bound.hpp"
 #include "global/spatial_tree.hpp"
@@ -106,6 +107,34 @@ TEST(Relaxations, HoldAtEveryFeasiblePointOfEveryBox) {
         if (HasFatalFailure()) return;
     }
     EXPECT_GT(nbPoints, 10'000);
+}
+
+TEST(Relaxations, NarrowNoRangeBeyondAFeasiblePoint) {
+    const std::unique_ptr<SimplexSolver> simplex = makeSimplexSolver();
+    if (!simplex) GTEST_SKIP() << "built without a simplex method";
+    testing::RandomModels random(9);
+    for (int trial = 0; trial < 300; ++trial) {
+        const std::string text = randomModel(random, /*withReals=*/true);
+        Relaxed relaxed(text);
+        if (!relaxed.factorable) continue;
+        const ClosedModel& model = relaxed.model.model;
+        Relaxation relaxation(*relaxed.factorable, model, relaxed.propagator);
+        BudgetPace pace(20'000'000, [] { return false; });
+        const bool isOpen =
+            !relaxation.refresh() ||
+            tightenByOptimisation(relaxation, *simplex, pace, relaxed.propagator, 100'000, {});
+        std::vector<Value> values;
+        testing::forEachPoint(model, random, [&](const Point& point) {
+            if (HasFatalFailure() || !judge(model, point, values).feasible) return;
+            ASSERT_TRUE(isOpen) << text;
+            for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
+                const Interval domain = relaxed.propagator.domainOf(d);
+                const double level = point[static_cast<std::size_t>(d)].asDouble();
+                ASSERT_TRUE(domain.lower <= level && level <= domain.upper) << text;
+            }
+        });
+        if (HasFatalFailure()) return;
+    }
 }
 
 TEST(SafeBounds, AreNeverAboveACostWhateverTheMultipliersAre) {
