@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "host/operations.hpp"
@@ -13,22 +14,27 @@ namespace {
 /// One recomputation of all levels, depth first.
 class Recomputation {
 public:
-    Recomputation(ModelHandle model, const DefinedVariables& defined)
+    /// @param writesLevels  also to the model object.
+    Recomputation(ModelHandle model, const DefinedVariables& defined, std::span<double> allLevels,
+                  bool writesLevels)
         : nmo_(model),
           definedVariables_(defined),
-          levels_(static_cast<std::size_t>(nmoN(model))),
-          states_(levels_.size(), State::open) {
-        nmoGetVarL(nmo_, levels_.data());
-    }
+          levels_(allLevels),
+          writes_(writesLevels),
+          states_(levels_.size(), State::open) {}
 
-    /// Recomputes `variable` and, before it, the defined variables that its row needs.
-    bool evaluateDefinedVariable(std::int32_t variable, std::int32_t row);
-
-    [[nodiscard]] bool isDone(std::int32_t variable) const {
-        return states_[index(variable)] == State::done;
+    bool run() {
+        for (const auto& [variable, row] : definedVariables_) {
+            const bool isDone = states_[index(variable)] == State::done;
+            if (!isDone && !evaluateDefinedVariable(variable, row)) return false;
+        }
+        return true;
     }
 
 private:
+    /// Recomputes `variable` and, before it, the defined variables that its row needs.
+    bool evaluateDefinedVariable(std::int32_t variable, std::int32_t row);
+
     enum class State : std::uint8_t { open, inProgress, done };
 
     /// A variable whose row is being looked through.
@@ -46,7 +52,8 @@ private:
 
     ModelHandle nmo_;
     const DefinedVariables& definedVariables_;
-    std::vector<double> levels_;         ///< [nbVariables] recomputed ones replaced
+    std::span<double> levels_;  ///< [nbVariables] recomputed ones replaced
+    bool writes_;
     std::vector<State> states_;          ///< [nbVariables]
     std::vector<Visit> visits_;          ///< each one waits for the next
     std::vector<std::int32_t> pending_;  ///< variables of the rows of `visits`, one after another
@@ -64,7 +71,7 @@ bool Recomputation::evaluateDefinedVariable(std::int32_t variable, std::int32_t 
             continue;
         }
         const std::int32_t needed = pending_[visit.first + visit.nbPassed++];
-        if (needed == visit.variable || isDone(needed)) continue;
+        if (needed == visit.variable || states_[index(needed)] == State::done) continue;
         const auto definition = definedVariables_.find(needed);
         if (definition == definedVariables_.end()) continue;
         if (states_[index(needed)] == State::inProgress) return false;
@@ -102,7 +109,7 @@ bool Recomputation::finish(const Visit& visit) {
     if (nbErrors != 0) return false;
     level = (nmoGetRhsOne(nmo_, visit.row) - othersValue) / visit.coefficient;
     if (!std::isfinite(level)) return false;
-    nmoSetVarLOne(nmo_, visit.variable, level);
+    if (writes_) nmoSetVarLOne(nmo_, visit.variable, level);
     states_[index(visit.variable)] = State::done;
     return true;
 }
@@ -111,13 +118,14 @@ bool Recomputation::finish(const Visit& visit) {
 
 bool evaluateDefinedVariables(ModelHandle nmo, const DefinedVariables& definedVariables) {
     if (definedVariables.empty()) return true;
-    Recomputation recomputation(nmo, definedVariables);
-    for (const auto& [variable, row] : definedVariables) {
-        if (!recomputation.isDone(variable) &&
-            !recomputation.evaluateDefinedVariable(variable, row))
-            return false;
-    }
-    return true;
+    std::vector<double> levels(static_cast<std::size_t>(nmoN(nmo)));
+    nmoGetVarL(nmo, levels.data());
+    return Recomputation(nmo, definedVariables, levels, /*writesLevels=*/true).run();
+}
+
+bool computeDefinedVariables(ModelHandle nmo, const DefinedVariables& definedVariables,
+                             std::span<double> levels) {
+    return Recomputation(nmo, definedVariables, levels, /*writesLevels=*/false).run();
 }
 
 }  // namespace vex

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+
 #include "defvars/defined_variables.hpp"
 #include "host/codes.hpp"
 
@@ -15,5 +17,11 @@ namespace vex {
 ///         written up to then stay.
 [[nodiscard]] bool evaluateDefinedVariables(ModelHandle nmo,
                                             const DefinedVariables& definedVariables);
+
+/// The same for levels outside the model object, which stays as it is.
+/// @param levels  [nbVariables] those of defined variables are replaced.
+[[nodiscard]] bool computeDefinedVariables(ModelHandle nmo,
+                                           const DefinedVariables& definedVariables,
+                                           std::span<double> levels);
 
 }  // namespace vex

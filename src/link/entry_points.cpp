@@ -8,6 +8,7 @@
 #include "link/guard.hpp"
 #include "link/interface_checks.hpp"
 #include "link/ready_api.hpp"
+#include "solve/incumbent.hpp"
 #include "solve/solve_driver.hpp"
 #include "translate/nlocalsolver.hpp"
 
@@ -158,6 +159,15 @@ std::int32_t vexModifyProblem(void* /*handle*/) {
 
 std::int32_t vexHaveModifyProblem(void* handle) {
     return vexModifyProblem(handle);
+}
+
+std::int32_t vexGetIncumbent(void* handle, double* levels, std::int32_t nbLevels) {
+    return guarded(
+        [&] {
+            const std::size_t nb = nbLevels > 0 ? static_cast<std::size_t>(nbLevels) : 0;
+            return vex::readIncumbent(linkOf(handle), {levels, nb}) ? 1 : 0;
+        },
+        refuse);
 }
 
 // Questions about the link itself.

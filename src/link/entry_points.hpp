@@ -23,6 +23,11 @@
 /// `vexCallSolver` solves a model that is ready and writes the outcome into the host's model. 0, or
 /// the driver's failure. Without a model that is ready it does nothing and returns 0.
 ///
+/// `vexGetIncumbent` fills `levels` [nbLevels], one for each variable of the host's model, with the
+/// best point so far and returns 1; 0: there is none, or nobody may ask now. It may be called on
+/// the thread inside `vexCallSolver`, from the host's operations (`nevTerminateGet` comes at every
+/// event of a search). O(variables + entries of the rows that define variables).
+///
 /// `vexModifyProblem` returns -1: problems cannot be modified.
 #define ENTRY_POINT(name, ...) extern "C" VEX_EXPORTED std::type_identity_t<__VA_ARGS__> name;
 #include "link/entry_points.inc"
