@@ -1,5 +1,6 @@
 #include "norv/model.hpp"
 
+#include <algorithm>
 #include <limits>
 #include <stdexcept>
 #include <utility>
@@ -106,6 +107,14 @@ std::span<const double> Model::levels() const noexcept {
 }
 void Model::setLevel(std::int32_t variable, double level) {
     record_->solution.levels[checkedVariable(record_->instance, variable)] = level;
+}
+
+void Model::setLevels(std::span<const double> point) {
+    checkLength(record_->instance, point);
+    std::copy(point.begin(), point.end(), record_->solution.levels.begin());
+    const Evaluation objective = evaluateObjective(point);
+    record_->solution.headAndTail[hostapi::head_and_tail::objective] =
+        objective.nbErrors == 0 ? objective.value : std::numeric_limits<double>::quiet_NaN();
 }
 
 void Model::takeResults(const Model& other) {

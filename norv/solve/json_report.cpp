@@ -26,6 +26,11 @@ Json orNull(const std::optional<double>& value) {
     return value ? number(*value) : Json();
 }
 
+/// What is known at the end of the run only.
+Json orNull(const RunRecord& run, Json value) {
+    return run.isSolved ? std::move(value) : Json();
+}
+
 Json checkObject(const PointCheck& check) {
     return {{"passed", check.passed},
             {"largestViolation", check.largestViolation},
@@ -111,15 +116,17 @@ void writeJson(std::ostream& out, const RunRecord& run) {
         {"sizes", sizesObject(run.sizes, model)},
         {"sense", minimises ? "minimise" : "maximise"},
         {"status", run.ending.text},
-        {"exitCode", static_cast<int>(run.ending.exitCode())},
-        {"modelStatus", statusObject(model.modelStatus(), modelStatusText(model.modelStatus()))},
-        {"solveStatus", statusObject(model.solveStatus(), solveStatusText(model.solveStatus()))},
+        {"exitCode", orNull(run, static_cast<int>(run.ending.exitCode()))},
+        {"modelStatus",
+         orNull(run, statusObject(model.modelStatus(), modelStatusText(model.modelStatus())))},
+        {"solveStatus",
+         orNull(run, statusObject(model.solveStatus(), solveStatusText(model.solveStatus())))},
         {"meaning", run.result.verdict.text},
         {"objective", check ? number(run.objective()) : Json()},
         {"bound", orNull(run.bound)},
         {"gap", orNull(run.gap())},
-        {"iterations", number(model.headAndTail(record::iterations))},
-        {"seconds", number(model.headAndTail(record::seconds))},
+        {"iterations", orNull(run, number(model.headAndTail(record::iterations)))},
+        {"seconds", orNull(run, number(model.headAndTail(record::seconds)))},
         {"timings",
          {{"reading", run.times.reading},
           {"solving", run.times.solving},

@@ -57,7 +57,9 @@ LinkLibrary::LinkLibrary(const std::string& name)
       free_(resolve<std::int32_t(void**)>(library_, "vexfree")),
       readyApi_(resolve<std::int32_t(void*, hostapi::ModelHandle, hostapi::OptionHandle)>(
           library_, "vexReadyAPI")),
-      callSolver_(resolve<std::int32_t(void*)>(library_, "vexCallSolver")) {
+      callSolver_(resolve<std::int32_t(void*)>(library_, "vexCallSolver")),
+      getIncumbent_(
+          library_.findFunction<std::int32_t(void*, double*, std::int32_t)>("vexGetIncumbent")) {
     askVersion();
     askSignature("vexReadyAPI", ReadyApi::nbArguments, ReadyApi::codes.data());
     askSignature("vexCallSolver", CallSolver::nbArguments, CallSolver::codes.data());
@@ -79,27 +81,31 @@ void LinkLibrary::askSignature(const char* name, std::int32_t nbArguments,
     throw Failure(ExitCode::failed, std::string("the link does not fit this host: ") + message);
 }
 
-void LinkLibrary::solve(Model& model, hostapi::OptionHandle options) const {
+void LinkLibrary::solve(Model& model, hostapi::OptionHandle options) {
     model.setModelStatus(hostapi::model_status::errorNoSolution);
     model.setSolveStatus(hostapi::solve_status::setupFailure);
     initialize_();
     const AtExit finalizeAtExit([this] { finalize_(); });
-    void* handle = nullptr;
     char message[messageLength] = "";
-    if (create_(&handle, message, messageLength) == 0 || handle == nullptr) {
+    if (create_(&handle_, message, messageLength) == 0 || handle_ == nullptr) {
         throw Failure(ExitCode::failed, std::string("vexcreate failed: ") + message);
     }
-    const AtExit freeAtExit([&] { free_(&handle); });
-    if (readyApi_(handle, model.handle(), options) != 0) {
+    const AtExit freeAtExit([this] { free_(&handle_); });
+    if (readyApi_(handle_, model.handle(), options) != 0) {
         throw Failure(ExitCode::failed,
                       "vexReadyAPI failed: the link could not prepare the "
                       "model; the log tells why");
     }
-    if (callSolver_(handle) != 0) {
+    if (callSolver_(handle_) != 0) {
         throw Failure(
             ExitCode::failed,
             "vexCallSolver failed: the link could not solve the model; the log tells why");
     }
+}
+
+bool LinkLibrary::readIncumbent(std::span<double> levels) const {
+    if (getIncumbent_ == nullptr || handle_ == nullptr) return false;
+    return getIncumbent_(handle_, levels.data(), static_cast<std::int32_t>(levels.size())) != 0;
 }
 
 }  // namespace norv

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 
 #include "hostapi/handles.hpp"
@@ -22,7 +23,12 @@ public:
     /// @param options  may be null: the link then makes its own option object.
     /// Throws Failure (failed) when vexcreate, vexReadyAPI or vexCallSolver fails; the link
     /// object is freed by then.
-    void solve(Model& model, hostapi::OptionHandle options) const;
+    void solve(Model& model, hostapi::OptionHandle options);
+
+    /// The best point so far of the solve that runs, on its thread, from the environment's hooks.
+    /// @param levels  [nbVariables] of the model.
+    /// @return false: there is none yet, or the link is one that does not tell.
+    [[nodiscard]] bool readIncumbent(std::span<double> levels) const;
 
 private:
     using VersionQuestion = std::int32_t(std::int32_t api, char* message,
@@ -42,6 +48,9 @@ private:
     std::int32_t (*readyApi_)(void* handle, hostapi::ModelHandle model,
                               hostapi::OptionHandle options);
     std::int32_t (*callSolver_)(void* handle);
+    /// Of our own link, not of every host's: null where the link has no such function.
+    std::int32_t (*getIncumbent_)(void* handle, double* levels, std::int32_t nbLevels);
+    void* handle_ = nullptr;  ///< the link's object, while `solve` runs
 };
 
 }  // namespace norv

@@ -45,28 +45,38 @@ bool areSame(const std::string& a, const std::string& b) {
 }  // namespace
 
 OutputFile::OutputFile(const std::string& path)
-    : path_(path), target_(path), isStandardOutput_(path == "-") {
+    : path_(path),
+      target_(path),
+      isStandardOutput_(path == "-"),
+      isDirect_(isStandardOutput_ || isSpecial(path)) {
     if (isStandardOutput_) return;
     std::error_code none;
     if (fs::is_directory(filePath(path), none)) refuse(path_, EISDIR);
-    const bool isDirect = isSpecial(path);
-    if (!isDirect) {
-        const fs::path real = fs::canonical(filePath(path), none);  // of what exists
-        if (!none) target_ = fileName(real);
-        beside_.emplace(uniquePath(target_ + ".part"));
-    }
+    const fs::path real = fs::canonical(filePath(path), none);  // of what exists
+    if (!isDirect_ && !none) target_ = fileName(real);
+    open();
+}
+
+void OutputFile::open() {
+    if (!isDirect_) beside_.emplace(uniquePath(target_ + ".part"));
     errno = 0;
-    file_.open(filePath(isDirect ? path : beside_->path()), std::ios::binary);
+    file_.open(filePath(isDirect_ ? path_ : beside_->path()), std::ios::binary);
     if (!file_) refuse(path_, errno);
 }
 
 std::ostream& OutputFile::stream() {
-    return isStandardOutput_ ? std::cout : file_;
+    if (isStandardOutput_) return std::cout;
+    if (!file_.is_open()) open();
+    return file_;
 }
 
 void OutputFile::finish() {
     if (isStandardOutput_) return requirePrinted();
-    if (!file_.flush()) refuse(path_, errorOf(file_));
+    if (!file_.flush()) {
+        const int error = errorOf(file_);
+        file_.close();
+        refuse(path_, error);
+    }
     file_.close();
     if (!file_) refuse(path_, errno);
     if (!beside_) return;

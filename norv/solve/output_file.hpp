@@ -21,16 +21,23 @@ public:
     explicit OutputFile(const std::string& path);
 
     [[nodiscard]] const std::string& path() const { return path_; }
+    /// Is the file put in place whole? Then it may be written again and again.
+    [[nodiscard]] bool isReplaced() const { return !isDirect_; }
+    /// Behind what was written since the last `finish`; a file that is replaced begins anew.
+    /// Failure (outputFailed) when it cannot be opened once more.
     [[nodiscard]] std::ostream& stream();
     /// Failure (outputFailed) when anything was not written.
     void finish();
 
 private:
+    void open();
+
     std::string path_;
     std::string target_;  ///< what a symbolic link points to
     std::optional<TemporaryFile> beside_;
     std::ofstream file_;
     bool isStandardOutput_;
+    bool isDirect_;  ///< standard output, device or pipe
 };
 
 /// Refuses outputs that are the model, or one another, before anything is opened.

@@ -21,6 +21,8 @@ Rerun::Rerun(const std::string& path) : path_(path), result_(std::make_unique<Re
             throw ReadError(path + ": found no member \"" + member +
                             "\", expected a result of norvsolve --json");
     }
+    if (json.value("exitCode", nlohmann::json()).is_null())
+        throw ReadError(path + ": found a run that did not end, expected one that did");
 }
 
 Rerun::~Rerun() = default;

@@ -10,6 +10,7 @@
 
 #include "hostapi/codes.hpp"
 #include "norv/file_path.hpp"
+#include "readers/read_error.hpp"
 #include "solve/conflict.hpp"
 #include "solve/failure.hpp"
 #include "solve/log_writer.hpp"
@@ -54,10 +55,10 @@ public:
                               wanted.model + ": found this ending, expected .lp or .mps");
             model_.emplace(wanted.model);
         }
-        add(wanted.solution, writeSolutionOf);
-        add(wanted.json, writeJson);
-        add(wanted.plot, drawRun);
-        add(wanted.report, writeHtml);
+        add(wanted.solution, writeSolutionOf, /*takesPoints=*/true);
+        add(wanted.json, writeJson, /*takesPoints=*/true);
+        add(wanted.plot, drawRun, /*takesPoints=*/false);
+        add(wanted.report, writeHtml, /*takesPoints=*/false);
     }
 
     [[nodiscard]] std::ostream* status() { return status_ ? &status_->stream() : nullptr; }
@@ -72,6 +73,23 @@ public:
             throw Failure(ExitCode::badInput, path + ": not written: " + reason.what());
         }
         model_->finish();
+    }
+
+    /// Are there results that want to know about points on the way?
+    [[nodiscard]] bool takePoints() const {
+        return std::ranges::any_of(results_, [](const Result& each) { return each.isReplaced(); });
+    }
+
+    /// While the search runs: what cannot be written now is tried once more at the end.
+    void writePoint(const RunRecord& run) {
+        for (Result& each : results_) {
+            if (!each.isReplaced()) continue;
+            try {
+                each.write(each.file.stream(), run);
+                each.file.finish();
+            } catch (const Failure&) {  // NOLINT(bugprone-empty-catch)
+            }
+        }
     }
 
     /// Failure (outputFailed) with all that went wrong, once everything has been tried.
@@ -98,13 +116,16 @@ public:
 private:
     using Writer = void (*)(std::ostream& out, const RunRecord& run);
     struct Result {
-        Result(const std::string& path, Writer writer) : file(path), write(writer) {}
+        Result(const std::string& path, Writer writer, bool wantsPoints)
+            : file(path), write(writer), takesPoints(wantsPoints) {}
+        [[nodiscard]] bool isReplaced() const { return takesPoints && file.isReplaced(); }
         OutputFile file;
         Writer write;
+        bool takesPoints;  ///< also those on the way
     };
 
-    void add(const std::string& path, Writer writer) {
-        if (!path.empty()) results_.emplace_back(path, writer);
+    void add(const std::string& path, Writer writer, bool takesPoints) {
+        if (!path.empty()) results_.emplace_back(path, writer, takesPoints);
     }
 
     std::optional<OutputFile> status_;
@@ -156,6 +177,25 @@ void explain(std::ostream& log, const RunRecord& run) {
     writeLp(out.stream(), conflictModel(run.model(), *conflict, environment));
     out.finish();
     log << "Written to " << path << ".\n";
+}
+
+/// The trace so far; the last line may still be on its way, and the next reading gets it.
+TraceFile traceSoFar(const std::optional<TraceRequest>& trace, const SearchWatch& watch) {
+    try {
+        return trace ? withBounds(trace->read(), watch.bounds()) : TraceFile();
+    } catch (const ReadError&) {
+        return {};
+    }
+}
+
+/// What the results tell about while the search still runs.
+void describePoint(RunRecord& run, const SearchWatch& watch, const PointCheck& check) {
+    run.result.check = check;
+    run.ending = {Ending::Kind::feasible, StopReason::none,
+                  "not ended yet, feasible solution so far"};
+    run.bound = watch.bound();
+    run.linkVersion = watch.linkVersion();
+    run.optimizer = watch.optimizer();
 }
 
 /// What the search's end tells, beyond the levels.
@@ -218,7 +258,16 @@ void runSolve(RunRecord& run, const InputText& file, Clock::time_point start, Lo
     environment.setStatusSink([status](std::string_view text) {
         if (status != nullptr) *status << text;
     });
-    solve(*run.loaded, settings.solve, options);
+    ImprovingPoints points(*run.loaded, [&](const PointCheck& check) {
+        describePoint(run, watch, check);
+        run.times.solving = secondsSince(searchStart);
+        run.trace = traceSoFar(trace, watch);
+        outputs.writePoint(run);
+    });
+    watch.setListener([&points] { points.look(); });
+    solve(*run.loaded, settings.solve, options, outputs.takePoints() ? &points : nullptr);
+    watch.setListener({});
+    run.result = {};
     writer.finishLine();
     run.times.solving = secondsSince(searchStart);
     const Clock::time_point checkStart = Clock::now();

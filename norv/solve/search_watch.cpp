@@ -70,6 +70,7 @@ void SearchWatch::seeLine(std::string_view line) {
 }
 
 void SearchWatch::poll() {
+    if (listener_) listener_();
     if (reason_ != StopReason::none) return;
     const Clock::time_point now = Clock::now();
     if (secondsBetween(start_, now) >= settings_.wallLimit) reason_ = StopReason::wallLimit;

@@ -2,10 +2,12 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "norv/environment.hpp"
@@ -30,6 +32,9 @@ public:
     ~SearchWatch();
     SearchWatch(const SearchWatch&) = delete;
     SearchWatch& operator=(const SearchWatch&) = delete;
+
+    /// Also at each event of the search, on its thread.
+    void setListener(std::function<void()> listener) { listener_ = std::move(listener); }
 
     /// A line of the log. Progress lines have " || " in them.
     void seeLine(std::string_view line);
@@ -62,6 +67,7 @@ private:
     std::optional<double> bound_;
     std::vector<std::pair<double, double>> bounds_;
     std::string refusal_;
+    std::function<void()> listener_;
     std::string introductions_[2];  ///< the first lines with the optimizer's name
 };
 

@@ -21,6 +21,11 @@ public:
     [[nodiscard]] Function* function(const char* symbol) const {
         return reinterpret_cast<Function*>(find(symbol));
     }
+    /// The same, or null.
+    template <class Function>
+    [[nodiscard]] Function* findFunction(const char* symbol) const {
+        return reinterpret_cast<Function*>(addressOf(symbol));
+    }
 
 private:
     struct Unload {
@@ -28,6 +33,7 @@ private:
     };
     using AnyFunction = void (*)();
     [[nodiscard]] AnyFunction find(const char* symbol) const;
+    [[nodiscard]] AnyFunction addressOf(const char* symbol) const noexcept;
 
     std::unique_ptr<void, Unload> library_;
     std::string name_;

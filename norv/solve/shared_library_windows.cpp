@@ -37,9 +37,14 @@ void SharedLibrary::Unload::operator()(void* library) const {
 }
 
 SharedLibrary::AnyFunction SharedLibrary::find(const char* symbol) const {
-    const FARPROC address = GetProcAddress(static_cast<HMODULE>(library_.get()), symbol);
+    const AnyFunction address = addressOf(symbol);
     if (address == nullptr) throw std::runtime_error(name_ + " has no function " + symbol);
-    return reinterpret_cast<AnyFunction>(address);
+    return address;
+}
+
+SharedLibrary::AnyFunction SharedLibrary::addressOf(const char* symbol) const noexcept {
+    return reinterpret_cast<AnyFunction>(
+        GetProcAddress(static_cast<HMODULE>(library_.get()), symbol));
 }
 
 std::string programDirectory() {

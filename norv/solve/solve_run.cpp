@@ -123,10 +123,12 @@ std::optional<Options> makeOptions(const Settings& all, bool always, std::ostrea
 }
 
 void solve(LoadedModel& loaded, const SolveSettings& settings,
-           const std::optional<Options>& options) {
+           const std::optional<Options>& options, ImprovingPoints* points) {
     Model& model = loaded.forLink ? *loaded.forLink : loaded.model;
     if (!options && !settings.optionFile.empty()) model.setOptionFile(settings.optionFile);
-    const LinkLibrary link(settings.link);
+    LinkLibrary link(settings.link);
+    if (points != nullptr)
+        points->setSource([&link](auto levels) { return link.readIncumbent(levels); });
     link.solve(model, options ? options->handle() : nullptr);
     if (loaded.forLink) loaded.model.takeResults(*loaded.forLink);
 }

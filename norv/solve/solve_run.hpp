@@ -9,6 +9,7 @@
 #include "norv/options.hpp"
 #include "solve/box_verdict.hpp"
 #include "solve/ends.hpp"
+#include "solve/improving_points.hpp"
 #include "solve/model_file.hpp"
 #include "solve/search_watch.hpp"
 #include "solve/settings/settings.hpp"
@@ -36,8 +37,9 @@ void configure(Environment& environment, const Settings& settings, std::ostream&
 /// Loads the link and has it solve the model, or what stands in for it. The user's model has levels
 /// and statuses afterwards.
 /// @param options  as made by `makeOptions` from the same settings.
+/// @param points  gets the best point so far from the link while it solves; may be null.
 void solve(LoadedModel& loaded, const SolveSettings& settings,
-           const std::optional<Options>& options);
+           const std::optional<Options>& options, ImprovingPoints* points);
 
 /// Checks the point that the link claims, against the user's model.
 [[nodiscard]] SolveResult checkResult(const LoadedModel& loaded, const SolveSettings& settings,

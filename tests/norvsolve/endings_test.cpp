@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
+#include <sstream>
+#include <thread>
 
 #include "norvsolve/run_program.hpp"
 
@@ -117,6 +120,47 @@ TEST(Endings, aSecondSignalEndsTheProcess) {
         program.send(second);
         EXPECT_EQ(program.wait().exitCode, 128 + second);
     }
+}
+
+/// A row that defines a variable: z is the sum of the others, and the optimizer does not know it.
+std::string withSum(std::string model) {
+    const auto insert = [&model](const std::string& before, const std::string& text) {
+        model.insert(model.find(before), text);
+    };
+    insert("COLUMNS", " E total\n");
+    for (int j = 0; j < 24; ++j) {
+        const std::string x = "x" + std::to_string(j);
+        insert(" " + x + " c1", " " + x + " total 1\n");
+    }
+    insert("RHS", " z total -1\n");
+    insert("QUADOBJ", " FR b z\n");
+    return model;
+}
+
+TEST(Endings, aKilledProcessLeavesItsBestPoint) {
+    const std::string model = scratchFile("ending.mps");
+    const std::string solution = scratchFile("point.txt");
+    const std::string result = scratchFile("point.json");
+    writeFile(model, withSum(endless()));
+    writeFile(solution, "");
+    writeFile(result, "");
+    const RunningProgram program({NORVSOLVE_PROGRAM, model, "--solution", solution, "--json",
+                                  result, "aggrvars=1", "logfreq=500"});
+    program.waitForOutput("objective -");
+    for (int k = 0; k < 3000 && contentOf(solution).empty(); ++k)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    program.send(SIGKILL);
+    EXPECT_EQ(program.wait().exitCode, -SIGKILL);
+    EXPECT_THAT(contentOf(result), HasSubstr("\"exitCode\": null"));
+    EXPECT_THAT(contentOf(result), HasSubstr("\"passed\": true"));
+    std::istringstream lines(contentOf(solution));
+    std::string name;
+    double level = 0.0;
+    double sum = 0.0;
+    int nbNamed = 0;
+    for (; lines >> name >> level; ++nbNamed) sum += name == "z" ? -level : level;
+    EXPECT_GT(nbNamed, 20);
+    EXPECT_NEAR(sum, 0.0, 1e-9);
 }
 
 TEST(Endings, squareSystemsAreSquare) {
