@@ -105,7 +105,10 @@ void NlExpressions::finishOperations() {
         if (nbThere < last.nbOperands) return;
         const auto its = std::span(operands_).subspan(last.firstOperand);
         NodeIndex node = noNode;
-        if (last.op >= 0) node = makeNlOperation(store_, last.op, its);
+        if (last.op >= 0) {
+            const bool isPiecewise = findNlOperator(last.op)->nbOperands == NlOperator::piecewise;
+            node = isPiecewise ? makePiecewise(its) : makeNlOperation(store_, last.op, its);
+        }
         if (node == noNode) {
             const std::string what =
                 last.op >= 0
@@ -119,6 +122,24 @@ void NlExpressions::finishOperations() {
         operands_.push_back(node);
         pending_.pop_back();
     }
+}
+
+/// Slopes and breakpoints in turn, then the argument.
+NodeIndex NlExpressions::makePiecewise(std::span<const NodeIndex> operands) {
+    const NodeIndex argument = operands.back();
+    PiecewiseLinear term = {
+        argument, nbVariables_ + static_cast<std::int32_t>(piecewise_.size()), {}, {}};
+    bool isPlain = argument < nbVariables_;
+    for (std::size_t k = 0; k + 1 < operands.size() && isPlain; ++k) {
+        isPlain = store_.isConstant(operands[k]);
+        if (isPlain)
+            (k % 2 == 0 ? term.slopes : term.breakpoints).push_back(store_.valueOf(operands[k]));
+    }
+    if (isPlain && std::ranges::is_sorted(term.breakpoints)) {
+        piecewise_.push_back(term);
+        if (term.value < store_.nbVariables()) return store_.variable(term.value);
+    }
+    return makeNlOperation(store_, /*code=*/64, operands);
 }
 
 NodeIndex NlExpressions::makeForeign(std::string what, std::size_t place) {

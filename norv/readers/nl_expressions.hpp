@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "nonlinear/expression.hpp"
+#include "norv/piecewise_linear.hpp"
 #include "readers/nl_header.hpp"
 #include "readers/nl_input.hpp"
 #include "readers/nl_operators.hpp"
@@ -28,6 +29,10 @@ public:
     void readDefinedVariable();
     /// Reads a segment "F": the name of an imported function.
     void readImportedFunction();
+
+    /// The piecewise-linear terms read so far. They are variables behind the file's own as far as
+    /// the store has such, and else functions of their arguments.
+    [[nodiscard]] const std::vector<PiecewiseLinear>& piecewise() const { return piecewise_; }
 
     /// Throws for the first foreign thing in `root`. @param user  the row or objective, for the
     /// message.
@@ -55,6 +60,7 @@ private:
     void readString(std::size_t place);
     NodeIndex reference();
     void finishOperations();
+    NodeIndex makePiecewise(std::span<const NodeIndex> operands);
     NodeIndex makeForeign(std::string what, std::size_t place);
 
     NlInput& input_;
@@ -65,6 +71,7 @@ private:
     std::vector<Pending> pending_;
     std::vector<NodeIndex> operands_;
     std::vector<Foreign> foreign_;
+    std::vector<PiecewiseLinear> piecewise_;
 };
 
 }  // namespace norv

@@ -7,6 +7,7 @@
 
 #include "nonlinear/expression.hpp"
 #include "nonlinear/quadratic_form.hpp"
+#include "norv/piecewise_linear.hpp"
 #include "norv/special_ordered_set.hpp"
 #include "readers/nl_header.hpp"
 
@@ -58,6 +59,10 @@ struct NlInstance {
     LargeVector<NlEntry> entries;         ///< of the rows, in file order
     NlNames names;
     std::vector<SpecialOrderedSet> sets;
+    /// Terms f(x) of variables x, in file order. Where the reader was asked to, their values are
+    /// variables behind the file's own; elsewhere those numbers are not in use.
+    std::vector<PiecewiseLinear> piecewise;
+    bool hasValueVariables = false;
     /// What was read but not taken as it stands, "file: ...".
     std::vector<std::string> warnings;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 #include "hostapi/codes.hpp"
 #include "nonlinear/emitter.hpp"
@@ -55,7 +56,7 @@ public:
           builder_(target),
           pool_([&target](double value) { return target.addPoolConstant(value); }),
           emitter_(source.expressions, pool_),
-          lastUser_(source.variables.size(), unused) {}
+          lastUser_(static_cast<std::size_t>(source.expressions.nbVariables()), unused) {}
 
     void make();
 
@@ -102,6 +103,10 @@ void ModelMaker::addVariables() {
         builder_.addVariable(type, variable.lower, variable.upper, variable.level,
                              j < names.size() ? names[j] : std::string());
     }
+    if (!instance_.hasValueVariables) return;
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    for (std::size_t k = 0; k < instance_.piecewise.size(); ++k)
+        builder_.addVariable(hostapi::variable_type::continuous, -infinity, infinity);
 }
 
 void ModelMaker::addRows() {

@@ -291,10 +291,12 @@ NodeIndex Maker::areaFunction(std::int32_t code, NodeIndex x) {
             store_.quotient(store_.sum(std::array{one, x}), store_.difference(one, x));
         return store_.product(std::array{store_.constant(0.5), log(ratio)});
     }
-    const NodeIndex square = store_.call(Function::sqr, x);
-    const NodeIndex root =
-        store_.call(Function::sqrt, code == opAcosh ? store_.difference(square, one)
-                                                    : store_.sum(std::array{square, one}));
+    // Near 1, x^2 - 1 would be the difference of two nearly equal numbers.
+    const NodeIndex radicand =
+        code == opAcosh
+            ? store_.product(std::array{store_.difference(x, one), store_.sum(std::array{x, one})})
+            : store_.sum(std::array{store_.call(Function::sqr, x), one});
+    const NodeIndex root = store_.call(Function::sqrt, radicand);
     const NodeIndex above = log(store_.sum(std::array{x, root}));
     if (code == opAcosh) return above;
     // Far below 0 the sum would be the difference of two nearly equal numbers.

@@ -26,8 +26,11 @@ std::string NlInstance::variableName(std::int32_t variable) const {
     return nameIn(names.variables, variable, 'x');
 }
 
-NlParser::NlParser(const InputText& file, NlNames names, std::int32_t objective)
-    : input_(file), expressions_(input_, instance_.expressions) {
+NlParser::NlParser(const InputText& file, NlNames names, std::int32_t objective,
+                   std::int32_t nbValueVariables)
+    : input_(file),
+      expressions_(input_, instance_.expressions),
+      nbValueVariables_(nbValueVariables) {
     instance_.path = file.path();
     instance_.names = std::move(names);
     instance_.objective = objective - 1;
@@ -42,7 +45,7 @@ NlInstance NlParser::parse() {
                         " objectives, expected at least " +
                         std::to_string(instance_.objective + 1) + ", whose number is asked for");
     }
-    instance_.expressions = ExpressionStore(header.nbVariables);
+    instance_.expressions = ExpressionStore(header.nbVariables + nbValueVariables_);
     instance_.variables.resize(static_cast<std::size_t>(header.nbVariables));
     instance_.rows.resize(static_cast<std::size_t>(header.nbRows));
     instance_.logicalRows.resize(static_cast<std::size_t>(header.nbLogicalRows), noNode);
@@ -59,6 +62,8 @@ NlInstance NlParser::parse() {
     }
     checkCounts();
     instance_.sets = specialOrdered_.sets(instance_);
+    instance_.piecewise = expressions_.piecewise();
+    instance_.hasValueVariables = nbValueVariables_ > 0;
     if (header.nbObjectives > 1) {
         const std::string taken =
             instance_.objective < 0 ? "none" : "number " + std::to_string(instance_.objective + 1);
@@ -327,8 +332,9 @@ bool looksLikeNl(std::string_view content) noexcept {
            content[1] <= '9';
 }
 
-NlInstance readNl(const InputText& file, NlNames names, std::int32_t objective) {
-    return NlParser(file, std::move(names), objective).parse();
+NlInstance readNl(const InputText& file, NlNames names, std::int32_t objective,
+                  std::int32_t nbValueVariables) {
+    return NlParser(file, std::move(names), objective, nbValueVariables).parse();
 }
 
 }  // namespace norv

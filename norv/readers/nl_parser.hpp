@@ -14,8 +14,9 @@ namespace norv {
 /// Reads one .nl file into an instance. Used once.
 class NlParser {
 public:
-    /// @param objective  the number of the one that counts, from 1; 0: none.
-    NlParser(const InputText& file, NlNames names, std::int32_t objective);
+    /// Parameters as of `readNl`.
+    NlParser(const InputText& file, NlNames names, std::int32_t objective,
+             std::int32_t nbValueVariables);
 
     NlInstance parse();
 
@@ -44,6 +45,7 @@ private:
     NlSpecialOrdered specialOrdered_;
     CoefficientSums coefficientSums_;         ///< of rows and, numbered from -1 down, objectives
     std::vector<std::int32_t> columnCounts_;  ///< [nbVariables] entries announced; or empty
+    std::int32_t nbValueVariables_;           ///< of piecewise-linear terms
     bool hasRowBounds_ = false;
     bool hasVariableBounds_ = false;
 };

@@ -8,6 +8,7 @@
 
 #include "hostapi/codes.hpp"
 #include "norv/model_builder.hpp"
+#include "norv/piecewise_linear.hpp"
 #include "norv/set_reformulation.hpp"
 #include "readers/lp_reader.hpp"
 #include "readers/mps_model.hpp"
@@ -48,11 +49,15 @@ void requireSquare(const Model& model, const std::string& path) {
                       " equations, one for each variable, and nothing else");
 }
 
-void readInto(ModelBuilder& builder, const InputText& file, const ReadingSettings& settings,
-              std::ostream& log) {
+/// @return how many piecewise-linear terms of variables there are.
+std::int32_t readInto(ModelBuilder& builder, const InputText& file, const ReadingSettings& settings,
+                      std::ostream& log) {
+    std::int32_t nbTerms = 0;
     // No .mps file begins with a "g" or "b" and a digit, or with the sense of an objective.
     if (looksLikeNl(file.text())) {
-        build(readNl(file, readNlNames(file.path()), settings.objective), builder, log);
+        const NlInstance instance = readNl(file, readNlNames(file.path()), settings.objective);
+        build(instance, builder, log);
+        nbTerms = static_cast<std::int32_t>(instance.piecewise.size());
     } else if (looksLikeLp(file.text())) {
         for (const std::string& warning : readLp(file, builder))
             log << "Warning: " << warning << '\n';
@@ -62,6 +67,19 @@ void readInto(ModelBuilder& builder, const InputText& file, const ReadingSetting
               builder, log);
     }
     if (settings.isSquareSystem) builder.setModelType(hostapi::model_type::squareSystem);
+    return nbTerms;
+}
+
+/// The model of the file with variables and rows in place of its piecewise-linear terms; nothing
+/// where these are not all that is nonlinear, or an argument has no bounds.
+std::optional<ModelBuilder> withPieces(const InputText& file, const ReadingSettings& settings,
+                                       std::int32_t nbTerms, const Environment& environment) {
+    const NlInstance instance = readNl(file, readNlNames(file.path()), settings.objective, nbTerms);
+    ModelBuilder builder;
+    buildModel(instance, builder);
+    const Model model = ModelBuilder(builder).finish(environment);
+    if (model.isNonlinear() || !addPieces(model, builder, instance.piecewise)) return std::nullopt;
+    return builder;
 }
 
 std::string namesOf(std::span<const SpecialOrderedSet> sets) {
@@ -98,8 +116,11 @@ LoadedModel readModel(const InputText& file, const Environment& environment,
     ModelBuilder builder;
     std::optional<ModelBuilder> copy;
     std::optional<Model> finished;
+    std::int32_t nbTerms = 0;
+    std::int32_t nbOwnRows = 0;  // without the twins of ranges
     try {
-        readInto(builder, file, settings, log);
+        nbTerms = readInto(builder, file, settings, log);
+        nbOwnRows = builder.nbRows();
         if (builder.nbSpecialOrderedSets() > 0 && !settings.keepsSets) copy.emplace(builder);
         finished = builder.finish(environment);
     } catch (const std::invalid_argument& refusal) {
@@ -110,8 +131,20 @@ LoadedModel readModel(const InputText& file, const Environment& environment,
     if (settings.isSquareSystem) requireSquare(model, file.path());
     log << file.path() << ": " << model.nbRows() << " rows, " << model.nbVariables() << " columns ("
         << model.nbDiscrete() << " discrete), " << model.nbCoefficients() << " coefficients\n";
-    if (copy) {
-        loaded.forLink = withoutSets(model, *copy, environment, file.path(), log);
+    if (nbTerms > 0 && !settings.keepsSets && !settings.isSquareSystem) {
+        if (auto pieces = withPieces(file, settings, nbTerms, environment)) {
+            log << file.path() << ": " << nbTerms << " piecewise-linear term"
+                << (nbTerms == 1 ? " is" : "s are") << " solved as "
+                << pieces->nbVariables() - model.nbVariables() << " variables and "
+                << pieces->nbRows() - nbOwnRows << " rows\n";
+            copy.emplace(std::move(*pieces));
+        }
+    }
+    if (copy && copy->nbSpecialOrderedSets() == 0) {
+        loaded.forLink = copy->finish(environment);
+    } else if (copy) {
+        const Model withSets = ModelBuilder(*copy).finish(environment);
+        loaded.forLink = withoutSets(withSets, *copy, environment, file.path(), log);
     } else if (!model.specialOrderedSets().empty()) {
         log << file.path()
             << ": special ordered sets are kept: " << namesOf(model.specialOrderedSets()) << '\n';

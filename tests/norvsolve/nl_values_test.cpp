@@ -234,6 +234,65 @@ TEST(NlValues, OperatorsAgreeWithTheSolverLibrary) {
     }
 }
 
+bool keepsTo(const Model& model, std::int32_t row, const Point& point) {
+    const double excess = model.evaluateRow(row, point).value - model.rightHandSide(row);
+    const std::int32_t type = model.rowType(row);
+    return (type == hostapi::equation_type::greater || excess <= 1e-9) &&
+           (type == hostapi::equation_type::less || excess >= -1e-9);
+}
+
+/// Gives the terms from `t` on some piece each, and all of them the values that the rows ask for.
+/// @return whether the rows behind the first ones, which are the file's, take that.
+bool complete(const Model& model, const NlInstance& instance, Point& point, std::size_t t) {
+    const std::size_t firstPiece = instance.variables.size() + instance.piecewise.size();
+    if (t < instance.piecewise.size()) {
+        const auto argument = static_cast<std::size_t>(instance.piecewise[t].argument);
+        for (std::size_t j = firstPiece; j < point.size(); j += 2) {
+            if (point[j] != 0.0) continue;  // another term's
+            point[j] = 1.0;
+            point[j + 1] = point[argument];
+            if (complete(model, instance, point, t + 1)) return true;
+            point[j] = point[j + 1] = 0.0;
+        }
+        return false;
+    }
+    bool keepsToAll = true;
+    for (std::int32_t i = instance.header.nbRows; i < model.nbRows(); ++i) {
+        const LinearPart first = model.linearPart(i).front();
+        const auto value = static_cast<std::size_t>(first.variable);
+        const bool tellsValue = value >= instance.variables.size() && value < firstPiece;
+        if (tellsValue) point[value] -= model.evaluateRow(i, point).value / first.coefficient;
+        keepsToAll = keepsToAll && (model.rowName(i).ends_with("_up") || keepsTo(model, i, point));
+    }
+    return keepsToAll;
+}
+
+TEST(NlValues, PiecesAgreeWithTheSolverLibrary) {
+    NlSketch sketch;
+    // The library jumps at 0 when a piece goes on below it.
+    sketch.rows = {"o64 3 n-1 n0 n2 n3 n5 v0", "o0 o2 n3 o64 2 n1 n-2 n4 v1 v0"};
+    sketch.objectives = {"o0 o64 5 n1 n-9 n-1 n-0.5 n2 n0 n6 n2 n0 v2 n7"};
+    const std::string path = scratchFile("pieces.nl");
+    std::ofstream(path, std::ios::binary) << NlWriter(NlForm::text).write(sketch);
+    const Environment environment;
+    NlInstance instance = readNl(InputText::fromFile(path), {}, 1, /*nbValueVariables=*/3);
+    for (NlVariable& each : instance.variables) each = {-50.0, 50.0, 0.0};
+    ModelBuilder builder;
+    buildModel(instance, builder);
+    const Model withoutPieces = ModelBuilder(builder).finish(environment);
+    ASSERT_TRUE(addPieces(withoutPieces, builder, instance.piecewise));
+    const Model model = builder.finish(environment);
+    EXPECT_FALSE(model.isNonlinear());
+
+    std::vector<Point> points = pointsFor(modelOf(path, environment), 7);
+    const Witness witness = ask(path, points);
+    for (Point& each : points) {
+        each.resize(static_cast<std::size_t>(model.nbVariables()));
+        EXPECT_TRUE(complete(model, instance, each, 0));
+    }
+    compareValues(model, witness, points);
+}
+
 TEST(NlValues, SpecialOrderedSetsAgreeWithTheSolverLibrary) {
     NlSketch sketch;
     sketch.rows = {"n1"};
