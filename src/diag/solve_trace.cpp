@@ -51,14 +51,12 @@ void SolveTrace::update(std::int64_t node, double bestBound, double bestFound) {
         writeRecord('T', node, now, bestBound, bestFound);
         lastTime_ = now;
     }
-    file_.flush();
 }
 
 void SolveTrace::finish(std::int64_t node, double bestBound, double bestFound) {
     const double now = wallClock();
     if (lineNumber_ == 1) writeRecord('S', node, now, bestBound, bestFound);
     writeRecord('E', node, now, bestBound, bestFound);
-    file_.flush();
 }
 
 void SolveTrace::close(std::unique_ptr<SolveTrace>& trace) {
@@ -74,7 +72,8 @@ void SolveTrace::writeRecord(char series, std::int64_t node, double now, double 
     // Integers as text too: a stream would group their digits under some locales.
     file_ << std::to_string(lineNumber_) << ", " << series << ", " << std::to_string(node) << ", "
           << generalText(elapsed, /*digits=*/6) << ", " << textOf(bestFound) << ", "
-          << textOf(bestBound) << "\n";
+          << textOf(bestBound) << "\n"
+          << std::flush;
     ++lineNumber_;
 }
 

@@ -1,9 +1,11 @@
 #include "double/optimizer_double.hpp"
 
 #include <algorithm>
+#include <chrono>
+#include <fstream>
 #include <map>
 #include <optional>
-#include <set>
+#include <thread>
 #include <tuple>
 
 #include "double/exchange.hpp"
@@ -81,6 +83,14 @@ void search(ls_solver* solver) {
         const std::size_t equals = word.find('=');
         if (word == "terminate") {
             exchange().answer("nevTerminateGet", "1");
+        } else if (word == "wait") {
+            std::this_thread::sleep_for(std::chrono::milliseconds(400));
+        } else if (word == "lines") {
+            std::ifstream trace("trace");
+            std::string unused;
+            int nbLines = 0;
+            while (std::getline(trace, unused)) ++nbLines;
+            exchange().tell("lines", std::to_string(nbLines), "");
         } else if (equals == std::string::npos) {
             runEvent(solver, static_cast<int>(numberOf(word)));
         } else if (const auto found = statistics.find(word.substr(0, equals));
@@ -92,67 +102,26 @@ void search(ls_solver* solver) {
     }
 }
 
-/// A text that does not depend on the engine: the function's name.
-int textInstead(const char* name, char* text, int length) {
-    const std::string whole = "<" + std::string(name) + ">";
-    if (text != nullptr && length > 0)
-        text[whole.copy(text, static_cast<std::size_t>(length) - 1)] = '\0';
-    return static_cast<int>(whole.size()) + 1;
-}
-
 template <auto One, auto Other>
 constexpr bool same = std::is_same_v<std::integral_constant<decltype(One), One>,
                                      std::integral_constant<decltype(Other), Other>>;
 
-/// What becomes of a call of `Function` that is not answered by the script.
-template <auto Function, class Result, class... Arguments>
-Result perform(const char* name, Arguments... arguments) {
-    State& s = state();
-    const auto forward = [&] {
-        static const auto real = engineFunction<Result (*)(Arguments...)>(name);
-        return real(arguments...);
-    };
-    const auto first = std::get<0>(std::tuple(arguments..., nullptr));
-    if constexpr (same<Function, &ls_set_exception_callback>) {
-        std::tie(s.hook, s.hookData) = std::tuple(arguments...);
-    } else if constexpr (same<Function, &ls_create_solver>) {
-        ++s.nbSolvers;
-        s.callbacks.clear();
-    } else if constexpr (same<Function, &ls_delete_solver>) {
-        s.nbSolvers -= first != nullptr ? 1 : 0;
-    } else if constexpr (same<Function, &ls_add_callback>) {
-        s.callbacks.push_back({std::get<1>(std::tuple(arguments...)),
-                               std::get<2>(std::tuple(arguments...)),
-                               std::get<3>(std::tuple(arguments...))});
-    }
-    if (s.searches.empty() || exchange().isSilent()) return forward();
-    if constexpr (same<Function, &ls_solve>) {
-        return search(first);
-    } else if constexpr (same<Function, &ls_interrupt>) {
-        s.interruption = std::get<1>(std::tuple(arguments...));
-    } else if constexpr (same<Function, &ls_info>) {
-        return textInstead(name, arguments...);
-    } else if constexpr (same<Function, &ls_stats_info> || same<Function, &ls_solver_info> ||
-                         same<Function, &ls_solver_to_string>) {
-        return textInstead(name, std::get<1>(std::tuple(arguments...)),
-                           std::get<2>(std::tuple(arguments...)));
-    } else if constexpr (!same<Function, &ls_stop> && !same<Function, &ls_save_environment>) {
-        return forward();
-    }
-}
-
+/// One call of a function.
 template <auto Function>
 struct Call;
 
-template <class Result, class... Arguments, Result (*Function)(Arguments...)>
+template <class R, class... Arguments, R (*Function)(Arguments...)>
 struct Call<Function> {
-    static Result run(const char* name, Arguments... arguments) {
+    using Result = R;
+    template <std::size_t k>
+    using Argument = std::tuple_element_t<k, std::tuple<Arguments...>>;
+
+    const char* name;
+
+    Result operator()(Arguments... arguments) const {
         // Deleting runs in destructors, and without the hook nothing can be reported.
         constexpr bool mayFail =
             !same<Function, &ls_delete_solver> && !same<Function, &ls_set_exception_callback>;
-        const auto real = [name](Arguments... a) -> Result {
-            return perform<Function, Result>(name, a...);
-        };
         Exchange& shared = exchange();
         const Holding outside(isInLink, false);
         const Fault fault = shared.isSilent() ? Fault::none : shared.faultOf(name, mayFail);
@@ -160,20 +129,43 @@ struct Call<Function> {
             report(fault == Fault::low ? LS_ERROR_CALLER : LS_ERROR_INTERNAL, "planned failure",
                    name);
         }
+        const auto real = [this](Arguments... a) { return perform(std::tuple(a...)); };
         return respond<Result>(name, false, real, arguments...);
     }
+
+    /// What becomes of a call that is not answered by the script.
+    Result perform(const std::tuple<Arguments...>& all) const {
+        State& s = state();
+        constexpr std::size_t nb = sizeof...(Arguments);
+        if constexpr (same<Function, &ls_set_exception_callback>) {
+            std::tie(s.hook, s.hookData) = all;
+        } else if constexpr (same<Function, &ls_create_solver>) {
+            ++s.nbSolvers;
+            s.callbacks.clear();
+        } else if constexpr (same<Function, &ls_delete_solver>) {
+            s.nbSolvers -= std::get<0>(all) != nullptr ? 1 : 0;
+        } else if constexpr (same<Function, &ls_add_callback>) {
+            s.callbacks.push_back({std::get<1>(all), std::get<2>(all), std::get<3>(all)});
+        }
+        if (!s.searches.empty() && !exchange().isSilent()) {
+            if constexpr (same<Function, &ls_solve>) {
+                return search(std::get<0>(all));
+            } else if constexpr (same<Function, &ls_interrupt>) {
+                return static_cast<void>(s.interruption = std::get<1>(all));
+            } else if constexpr (same<Function, &ls_stop> || same<Function, &ls_save_environment>) {
+                return;
+            } else if constexpr (same<Function, &ls_info> || same<Function, &ls_stats_info> ||
+                                 same<Function, &ls_solver_info> ||
+                                 same<Function, &ls_solver_to_string>) {
+                // A text that does not depend on the engine.
+                const auto room = static_cast<std::size_t>(std::get<nb - 1>(all));
+                return std::snprintf(std::get<nb - 2>(all), room, "<%s>", name) + 1;
+            }
+        }
+        static const auto real = engineFunction<Result (*)(Arguments...)>(name);
+        return std::apply(real, all);
+    }
 };
-
-template <auto Function, std::size_t Position>
-struct ArgumentOf;
-
-template <class Result, class... Arguments, Result (*Function)(Arguments...), std::size_t Position>
-struct ArgumentOf<Function, Position> {
-    using Type = std::tuple_element_t<Position, std::tuple<Arguments...>>;
-};
-
-template <class Result, class... Arguments>
-Result resultOf(Result (*)(Arguments...));
 
 }  // namespace
 
@@ -194,23 +186,16 @@ int nbSolvers() {
 
 // Function and parameter names cannot stand in parentheses.
 // NOLINTBEGIN(bugprone-macro-parentheses)
-#define RESULT(name) decltype(doubles::resultOf(&name))
-#define ARGUMENT(name, position) doubles::ArgumentOf<&name, position>::Type a##position
-#define RUN(name) doubles::Call<&name>::run
-
-#define PARAMETERS_0(name)
-#define PARAMETERS_1(name) ARGUMENT(name, 0)
-#define PARAMETERS_2(name) PARAMETERS_1(name), ARGUMENT(name, 1)
-#define PARAMETERS_3(name) PARAMETERS_2(name), ARGUMENT(name, 2)
-#define PARAMETERS_4(name) PARAMETERS_3(name), ARGUMENT(name, 3)
-#define ARGUMENTS_0
-#define ARGUMENTS_1 , a0
-#define ARGUMENTS_2 ARGUMENTS_1, a1
-#define ARGUMENTS_3 ARGUMENTS_2, a2
-#define ARGUMENTS_4 ARGUMENTS_3, a3
-#define LS_FUNCTION(name, arity)                   \
-    RESULT(name) name(PARAMETERS_##arity(name)) {  \
-        return RUN(name)(#name ARGUMENTS_##arity); \
+#define LIST_0(part, name)
+#define LIST_1(part, name) part(name, 0)
+#define LIST_2(part, name) LIST_1(part, name), part(name, 1)
+#define LIST_3(part, name) LIST_2(part, name), part(name, 2)
+#define LIST_4(part, name) LIST_3(part, name), part(name, 3)
+#define PARAMETER(name, k) doubles::Call<&name>::Argument<k> a##k
+#define PASSED(name, k) a##k
+#define LS_FUNCTION(name, arity)                                        \
+    doubles::Call<&name>::Result name(LIST_##arity(PARAMETER, name)) {  \
+        return doubles::Call<&name>{#name}(LIST_##arity(PASSED, name)); \
     }
 // NOLINTEND(bugprone-macro-parentheses)
 extern "C" {

@@ -13,11 +13,11 @@
 namespace doubles {
 
 /// What the searches do instead of running the engine, one after the other (the last one for good),
-/// word by word: a number is an event of that
-/// type; status=, iterations= and seconds= are from then on the answers about the search, NAME=
-/// the value of the decision of that name, "terminate" is the host's user who asks to stop. Texts
-/// about the optimizer are the functions' names. None: the engine
-/// searches.
+/// word by word: a number is an event of that type; status=, iterations= and seconds= are from then
+/// on the answers about the search, NAME=
+/// the value of the decision of that name, "terminate" is the host's user who asks to stop, "wait"
+/// takes 0.4 seconds, and "lines" tells how many the trace has by then. Texts about the optimizer
+/// are the functions' names. None: the engine searches.
 void setSearches(std::vector<std::vector<std::string>> scripts);
 
 /// Solvers created and not yet deleted.
