@@ -26,6 +26,8 @@ public:
 
     void begin(const std::string& step, bool isShown);
     void add(const std::string& name, const std::string& arguments, const std::string& result);
+    /// Text between blanks.
+    void addPiece(const std::string& piece);
     /// Whole lines, of whatever kind.
     void addLines(const std::string& lines);
     /// An entry point is over. Failures are shown always, of a setup nothing else.
@@ -39,7 +41,6 @@ public:
 private:
     [[nodiscard]] bool shows(const std::string& name);
     [[nodiscard]] std::string abbreviated(std::string text) const;
-    void addPiece(const std::string& piece);
     void flush();
 
     std::vector<std::string> rules_;

@@ -66,13 +66,12 @@ Fault Exchange::faultOf(const std::string& name, bool mayFail) {
     return spoiledFault;
 }
 
-std::string quoted(const char* text) {
+std::string quoted(std::string_view text) {
     std::string all = "\"";
-    for (; *text != '\0'; ++text) {
-        if (*text == '\n')
-            all += "\\n";
-        else
-            all += *text;
+    for (const char c : text) {
+        const int code = static_cast<unsigned char>(c);
+        const bool isPlain = code >= ' ' && code <= '~';
+        all += isPlain ? std::string(1, c) : c == '\n' ? "\\n" : "\\" + std::to_string(code);
     }
     return all + "\"";
 }

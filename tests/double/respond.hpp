@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <stdexcept>
+#include <string_view>
 #include <type_traits>
 
 /// How a call becomes text and a scripted text an answer; part of exchange.hpp.
@@ -14,7 +15,8 @@ namespace doubles {
 /// Reports an error of the optimizer through its hook, which throws. @return if it does not.
 void reportError(int code, const char* function);
 
-std::string quoted(const char* text);
+/// In quotes, with line ends as \\n and other special bytes by number.
+std::string quoted(std::string_view text);
 
 /// Doubles always have a point or an exponent, integers never.
 inline std::string typedNumber(double value) {

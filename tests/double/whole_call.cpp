@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "double/call_log.hpp"
+#include "double/entry_call.hpp"
 #include "double/exchange.hpp"
 #include "double/host_double.hpp"
 #include "double/instance_text.hpp"
@@ -67,7 +68,7 @@ void Case::read(const std::string& statement) {
     if (first == "setup" || first == "solve" || first == "whole") {
         kind = first;
     } else if (first == "do") {
-        steps = words;
+        steps.insert(steps.end(), words.begin(), words.end());
     } else if (first == "show" || first == "hide") {
         for (const std::string& word : words) rules.push_back((first == "hide" ? "-" : "") + word);
     } else if (first == "level") {
@@ -114,19 +115,23 @@ const vex::HostInterface& interfaceOf(const std::string& prefix) {
     return *all.at(prefix);
 }
 
-/// What a fresh binding of the interface says. The slots hold the double again afterwards.
-std::string bindAnew(const std::string& prefix, bool asCallersDo) {
-    const vex::HostInterface& interface = interfaceOf(prefix);
-    char message[1024] = "stale";
+/// What a fresh binding says where there is room for so much. The slots hold the double again
+/// afterwards.
+std::string bindAnew(const Words& step) {
+    const vex::HostInterface& interface = interfaceOf(step[1]);
+    const std::size_t room = step.size() > 2 ? std::stoul(step[2]) : 1024;
+    std::string message(1100, '#');
     vex::Binding binding(interface);
-    vex::MessageText text(message, sizeof message);
-    const int result = asCallersDo ? binding.ensureLoaded(text, hostLoading())
-                                   : static_cast<int>(binding.load("any.lib", text, hostLoading()));
+    vex::MessageText text(message.data(), static_cast<std::int32_t>(room));
+    const int result = step[0] == "bind"
+                           ? binding.ensureLoaded(text, hostLoading())
+                           : static_cast<int>(binding.load("any.lib", text, hostLoading()));
     const bool isLoaded = binding.isLoaded();
     const Silence silence;
     char unused[1024];
     static_cast<void>(vex::Binding(interface).ensureLoaded({unused, sizeof unused}, hostLoading()));
-    return std::to_string(result) + (isLoaded ? ", loaded, " : ", ") + quoted(message) + "\n";
+    return std::to_string(result) + (isLoaded ? ", loaded, " : ", ") + quoted(message.c_str()) +
+           (message.find_first_not_of('#', room) == message.npos ? "\n" : " AND MORE\n");
 }
 
 class Run {
@@ -139,6 +144,7 @@ public:
         log.abbreviate(VEXCC_SYSTEM_DIRECTORY "/", "$system/");
         environment.setSystemDirectory(VEXCC_SYSTEM_DIRECTORY);
         setLevels();
+        handles.model = model.handle();
         if (asked.ownOptions)
             writeOptionFile();
         else
@@ -147,14 +153,14 @@ public:
     }
     ~Run() {
         exchange().stopListening();
-        vexFree(&handle);
+        vexFree(&handles.link);
         setSearches({});
     }
     Run(const Run&) = delete;
     Run& operator=(const Run&) = delete;
 
     std::string text() {
-        vexCreate(&handle, nullptr, 0);
+        vexCreate(&handles.link, nullptr, 0);
         exchange().listen([this](const auto& name, const auto& arguments, const auto& result) {
             log.add(name, arguments, result);
             if (name == "ls_close") addModel();
@@ -172,7 +178,7 @@ public:
     }
 
 private:
-    vex::NorvLocalSolver& link() { return *static_cast<vex::NorvLocalSolver*>(handle); }
+    vex::NorvLocalSolver& link() { return *static_cast<vex::NorvLocalSolver*>(handles.link); }
 
     void addModel() {
         ls_solver* solver = link().solver->getHandle();
@@ -205,6 +211,7 @@ private:
     void setOptions() {
         if (!options.readDefinition(VEXCC_SYSTEM_DIRECTORY "/optlocalsolver.def"))
             throw std::invalid_argument(options.messages().front().text);
+        handles.options = options.handle();
         // No case may depend on how long it takes.
         options.set("solvetracetime 0", "case");
         for (const std::string& option : asked.options) {
@@ -213,30 +220,29 @@ private:
         }
     }
 
-    template <class Call>
-    static std::int32_t inLink(const Call& call) {
-        const Holding inside(isInLink, true);
-        return call();
-    }
-
     void perform(const std::string& step) {
-        // The preparation of a solve is shown when it fails.
-        log.begin(step, /*isShown=*/(asked.kind != "solve" || step != "ready") && step != "throws");
-        const vex::OptionHandle given = asked.ownOptions ? nullptr : options.handle();
-        if (step == "ready") {
-            log.end(inLink([&] { return vexReadyAPI(handle, model.handle(), given); }));
-        } else if (step == "solve") {
-            log.end(inLink([&] { return vexCallSolver(handle); }));
-        } else if (step == "free") {
-            vexFree(&handle);
+        const bool isReady = step == "ready";
+        if (isReady || step == "solve") {
+            // The preparation of a solve is shown when it fails.
+            log.begin(step, /*isShown=*/!isReady || asked.kind != "solve");
+            const auto call = [&] {
+                const Holding inside(isInLink, true);
+                return isReady ? vexReadyAPI(handles.link, handles.model, handles.options)
+                               : vexCallSolver(handles.link);
+            };
+            log.end(call());
         } else if (step == "throws") {
+            log.begin(step, /*isShown=*/false);
             const std::string exception = setUpAlone();
             log.begin(step, /*isShown=*/true);
             log.addLines(exception);
         } else if (step.starts_with("load:") || step.starts_with("bind:")) {
-            log.addLines(bindAnew(step.substr(5), step.starts_with("bind:")));
+            log.begin(step, /*isShown=*/true);
+            log.addLines(bindAnew(split(step, ":")));
+        } else if (step == "starve") {
+            failingAllocation = 1;
         } else {
-            throw std::invalid_argument("no step " + step);
+            log.addPiece(callEntryPoint(step, handles));
         }
     }
 
@@ -263,7 +269,7 @@ private:
     norv::Model model;
     norv::Options options;
     CallLog log;
-    void* handle = nullptr;
+    Handles handles;
 };
 
 }  // namespace

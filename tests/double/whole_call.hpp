@@ -12,9 +12,10 @@
 ///                            differs by value (value_check.hpp); of the solve; all that change
 ///                            something. At first setup.
 ///   do STEP…                 in place of "ready" (setup) and of "ready solve" for each search:
-///                            steps ready, solve, free; throws: model setup alone, the exception
-///                            that leaves it; bind:PREFIX, load:PREFIX: a fresh binding of that
-///                            interface, made ready or loaded, and what it says
+///                            steps ready, solve; throws: model setup alone, the exception that
+///                            leaves it; bind:PREFIX[:ROOM], load:PREFIX[:ROOM]: a fresh
+///                            binding of that interface, made ready or loaded, and what it says;
+///                            entry points (entry_call.hpp); starve: the next allocation fails
 ///   show PATTERN… | hide PATTERN…   more calls to show, or not; "name" or "beginning*", the last
 ///                            that fits counts; without ls_close a model is shown by its size alone
 ///   option NAME VALUE | NAME VALUE…   lines of the option file; $tmp stands for a folder of its

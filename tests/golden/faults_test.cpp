@@ -96,7 +96,7 @@ TEST(Faults, LeaveTheLinkObjectFitForTheNextRun) {
     const int nbCalls = static_cast<int>(exchange().nbCalls());
     EXPECT_GT(nbAllocations, 50);
     failingAllocation = 0;
-    twice.back() = "do ready solve ready solve free";
+    twice.back() = "do ready solve ready solve vexFree";
     const std::string ending = lastSetupAndSolve(doubles::runCase(twice));
     const auto expectEnding = [&](const std::function<void()>& spoil, int number) {
         testing::internal::CaptureStderr();
