@@ -11,7 +11,8 @@
 
 namespace doubles {
 
-/// Libraries that hold the double. Every file can be opened; symbols are spelt as the host's are.
+/// Libraries that hold the double. Every file can be opened; symbols are spelt as the host's are,
+/// or as the answer to `spelling` says, "lower" or "upper".
 const vex::LibraryLoading& hostLoading();
 
 /// Binds the process's four bindings to the double; for good, as bindings are.
