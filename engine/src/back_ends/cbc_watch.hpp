@@ -51,7 +51,7 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    static constexpr auto urgentFinish = std::chrono::milliseconds(100);
+    static constexpr auto urgentFinish = std::chrono::milliseconds(80);
 
     [[nodiscard]] bool isOverdue() const { return pace_.isUrgent() && Clock::now() > finishTime_; }
     void tell() noexcept {

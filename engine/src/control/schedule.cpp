@@ -7,10 +7,12 @@
 
 namespace engine {
 
-Schedule::Schedule(const ClosedModel& model, Point start, int seed, std::function<bool()> mustHold)
+Schedule::Schedule(std::shared_ptr<const ClosedModel> model, Point start, int seed,
+                   std::function<bool()> mustHold)
     : mustHold_(std::move(mustHold)),
-      ground_(model, std::move(start), seed),
-      stages_(makeStages(ground_)) {}
+      model_(std::move(model)),
+      ground_(std::make_shared<Ground>(*model_, std::move(start), seed)),
+      stages_(makeStages(*ground_)) {}
 
 void Schedule::openStage() {
     for (std::unique_ptr<Method>& method : stages_[next_++]) {
@@ -22,9 +24,11 @@ void Schedule::openStage() {
         running_.push_back({std::move(method), nullptr, static_cast<std::int64_t>(spent)});
     }
     for (Running& r : running_) {
-        Method& method = *r.method;
-        r.thread =
-            std::make_unique<PacedThread>([&method](Pace& pace) { method.run(pace); }, mustHold_);
+        // Whatever it works on stays with it, should it be left behind.
+        auto job = [method = r.method, ground = ground_, model = model_](Pace& pace) {
+            method->run(pace);
+        };
+        r.thread = std::make_unique<PacedThread>(std::move(job), mustHold_);
     }
 }
 
@@ -56,13 +60,19 @@ std::int64_t Schedule::advance(std::size_t k, std::int64_t work) {
 }
 
 void Schedule::dropEnded() {
-    std::erase_if(running_, [](const Running& r) { return r.thread->hasEnded(); });
+    std::erase_if(running_, [](const Running& r) {
+        return r.thread->isLeftBehind() || r.thread->hasEnded();
+    });
 }
 
 void Schedule::conclude(bool isUrgent) {
     for (Running& r : running_) {
         if (!r.thread->hasEnded()) r.thread->conclude(isUrgent);
     }
+}
+
+void Schedule::leaveBehind() {
+    for (Running& r : running_) r.thread->leaveBehind();
 }
 
 }  // namespace engine

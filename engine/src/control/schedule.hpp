@@ -19,9 +19,9 @@ namespace engine {
 /// On the solve thread while the workers rest, but openStage() and advance().
 class Schedule {
 public:
-    /// @param model     outlives this.
     /// @param mustHold  asked on the methods' threads several times a second; true holds them.
-    Schedule(const ClosedModel& model, Point start, int seed, std::function<bool()> mustHold);
+    Schedule(std::shared_ptr<const ClosedModel> model, Point start, int seed,
+             std::function<bool()> mustHold);
 
     /// All methods have ended.
     [[nodiscard]] bool isOver() const { return running_.empty() && next_ == stages_.size(); }
@@ -33,6 +33,10 @@ public:
 
     [[nodiscard]] std::size_t nbRunning() const { return running_.size(); }
     [[nodiscard]] Method& method(std::size_t k) { return *running_[k].method; }
+    /// What it found is its own: nobody else may look.
+    [[nodiscard]] bool isLeftBehind(std::size_t k) const {
+        return running_[k].thread->isLeftBehind();
+    }
 
     enum class Turn { OfMethod, OfSearch, OfNobody };
     struct Slot {
@@ -44,10 +48,14 @@ public:
     /// Lets a running method spend `work`. In a worker. @return what it has spent.
     std::int64_t advance(std::size_t k, std::int64_t work);
     void chargeSearch(std::int64_t work) { searchSpent_ += work; }
-    /// Takes those that have ended from the list, after a turn and a look at what they found.
+    /// Takes those that have ended or are left behind from the list, after a turn and a look at
+    /// what the former found.
     void dropEnded();
-    /// Has all end with what they have in hand, see PacedThread::conclude.
+    /// Has all end with what they have in hand, see PacedThread::conclude. Those that are left
+    /// behind are no longer among those running.
     void conclude(bool isUrgent);
+    /// Leaves those behind that have a turn; who waits for them returns.
+    void leaveBehind();
 
     /// All methods have been asked, but for those that come when nothing else is left.
     [[nodiscard]] bool hasChosen() const { return next_ + 1 >= stages_.size(); }
@@ -55,14 +63,15 @@ public:
 
 private:
     struct Running {
-        std::unique_ptr<Method> method;
+        std::shared_ptr<Method> method;  ///< shared with its thread, as is the ground
         std::unique_ptr<PacedThread> thread;
         std::int64_t spent;
         [[nodiscard]] double time() const { return static_cast<double>(spent) / method->weight(); }
     };
 
     std::function<bool()> mustHold_;
-    Ground ground_;
+    std::shared_ptr<const ClosedModel> model_;
+    std::shared_ptr<Ground> ground_;
     std::vector<Stage> stages_;
     std::size_t next_ = 0;  ///< stage to be opened
     std::vector<MethodChoice> choices_;

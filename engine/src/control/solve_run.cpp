@@ -18,6 +18,11 @@ namespace {
 /// worker that is deep in a step of a back end may run on behind one.
 constexpr auto pausePatience = std::chrono::milliseconds(100);
 
+/// How long a method may take to be held once the solve is to end, before it is left behind.
+constexpr auto haltPatience = std::chrono::milliseconds(80);
+/// How often the solve thread looks whether it was told to stop.
+constexpr auto stopInterval = std::chrono::milliseconds(20);
+
 /// Time ticks come more often than promised: who asks to stop does not wait a whole period, and who
 /// writes something once a period is never late by one.
 constexpr int ticksPerPeriod = 4;
@@ -61,11 +66,12 @@ bool isClearlyBetter(const ClosedModel& model, const Verdict& a, const Verdict& 
 
 SolveRun::SolveRun(RunContext context)
     : context_(std::move(context)),
+      model_(*context_.model),
       start_(Clock::now()),
       deadline_(start_),
       nextTimeTick_(start_),
       lastIterationTick_(start_),
-      domain_(context_.model.domain),
+      domain_(model_.domain),
       team_(nbThreadsOf(context_.parameters)),
       schedule_(context_.model, context_.solution.point(), context_.parameters.seed, [this] {
           team_.parkIfPaused();
@@ -87,7 +93,9 @@ void SolveRun::run() {
 }
 
 void SolveRun::runPhase(const Phase& phase) {
-    const auto phaseStart = Clock::now();
+    // What was prepared before the first one counts as its time.
+    const auto phaseStart = phase_ == nullptr ? start_ : Clock::now();
+    phase_ = &phase;
     deadline_ = phaseStart + std::chrono::seconds(phase.timeLimit);
     phaseStartIterations_ = context_.statistics.iterations;
     isPhaseStartUntold_ = true;
@@ -105,8 +113,7 @@ void SolveRun::runPhase(const Phase& phase) {
         emitIterationTickIfDue();
     }
     emitPhaseStartIfDue(/*mustNotWait=*/true);
-    const bool isLast = &phase == &context_.phases.back();
-    if (isLast || context_.stopSignal.isStopped()) concludeMethods();
+    if (isLastPhase() || context_.stopSignal.isStopped()) concludeMethods();
     if (context_.statistics.iterations > phaseStartIterations_) polish();
     emit(LS_CALLBACK_PHASE_ENDED);
 }
@@ -116,12 +123,12 @@ void SolveRun::polish() {
     if (!solution.verdict().feasible) return;
     const bool wasReached = isThresholdReached();
     const bool wasProved = solution.isProved();
-    std::optional<Point> point = polished(context_.model, domain_, solution.point(), wasProved);
+    std::optional<Point> point = polished(model_, domain_, solution.point(), wasProved);
     if (!point) return;
     Incumbent before = solution.claimed();
     std::vector<Value> values;
     Incumbent after{*std::move(point), {}, 0.0, before.finder};
-    after.verdict = judge(context_.model, after.point, values);
+    after.verdict = judge(model_, after.point, values);
     solution.replace(std::move(after));
     // A threshold that was reached only by the grace of the tolerance was reached all the same.
     if (wasReached && !isThresholdReached()) solution.replace(std::move(before));
@@ -154,8 +161,8 @@ bool SolveRun::isThresholdReached() {
             if (!thresholds[k]) continue;
             isAnySet = true;
             const double value = verdict.objectives[k].asDouble();
-            const bool isGood = context_.model.objective[k].maximise ? value >= *thresholds[k]
-                                                                     : value <= *thresholds[k];
+            const bool isGood =
+                model_.objective[k].maximise ? value >= *thresholds[k] : value <= *thresholds[k];
             if (!isGood) return false;
         }
         return isAnySet;
@@ -182,7 +189,7 @@ void SolveRun::tellMethods() {
     if (!solution.claimed().verdict.feasible || !solution.verdict().feasible) return;
     for (std::size_t k = 0; k < schedule_.nbRunning(); ++k) {
         FeasibleIncumbent& known = schedule_.method(k).findings().incumbent;
-        if (known.hasPoint() && !isBetter(context_.model, solution.verdict(), known.verdict())) {
+        if (known.hasPoint() && !isBetter(model_, solution.verdict(), known.verdict())) {
             continue;
         }
         known.take({solution.point(), solution.verdict(), 0.0, solution.claimed().finder});
@@ -201,7 +208,7 @@ void SolveRun::runRound(std::int64_t iterations) {
     const std::int64_t sinceTick = context_.statistics.iterations - lastTickIterations_;
     const std::int64_t toEvent =
         std::min(iterations, context_.parameters.iterationsBetweenTicks - sinceTick);
-    const std::int64_t fullRound = nbWorkers * workPerRound(context_.model);
+    const std::int64_t fullRound = nbWorkers * workPerRound(model_);
     const std::int64_t total = toEvent > fullRound / workPerIteration
                                    ? fullRound
                                    : toEvent * workPerIteration - workToCount_;
@@ -216,9 +223,8 @@ void SolveRun::runRound(std::int64_t iterations) {
                             context_.solution.claimed());
         }
     });
-    awaitJob();
-    for (std::size_t k = 0; k < schedule_.nbRunning(); ++k) accept(schedule_.method(k));
-    schedule_.dropEnded();
+    awaitJob(/*hasTurns=*/true);
+    acceptAll();
     std::int64_t work = std::accumulate(spent.begin(), spent.end(), std::int64_t{0});
     if (searchers_) {
         const std::int64_t ofSearch = searchers_->addTo(context_.statistics);
@@ -234,7 +240,13 @@ void SolveRun::runRound(std::int64_t iterations) {
 
 void SolveRun::concludeMethods() {
     schedule_.conclude(Clock::now() >= deadline_ || context_.stopSignal.isStopped());
-    for (std::size_t k = 0; k < schedule_.nbRunning(); ++k) accept(schedule_.method(k));
+    acceptAll();
+}
+
+void SolveRun::acceptAll() {
+    for (std::size_t k = 0; k < schedule_.nbRunning(); ++k) {
+        if (!schedule_.isLeftBehind(k)) accept(schedule_.method(k));
+    }
     schedule_.dropEnded();
 }
 
@@ -273,30 +285,36 @@ void SolveRun::acceptOptimum(Incumbent claimed) {
     if (!claimed.verdict.feasible) return;
     // A point that beats the "optimum" refutes the proof, unless by what the tolerance of the rows
     // gives it and the polish takes back.
-    if (isClearlyBetter(context_.model, solution.verdict(), claimed.verdict)) polish();
-    if (isClearlyBetter(context_.model, solution.verdict(), claimed.verdict)) return;
+    if (isClearlyBetter(model_, solution.verdict(), claimed.verdict)) polish();
+    if (isClearlyBetter(model_, solution.verdict(), claimed.verdict)) return;
     solution.replace(std::move(claimed));
     solution.proveOptimal();
 }
 
 void SolveRun::makeSearchers() {
     const int nbWorkers = team_.nbWorkers();
-    searchers_.emplace(context_.model, context_.parameters, domain_, nbWorkers);
+    searchers_.emplace(model_, context_.parameters, domain_, nbWorkers);
     team_.start(nbWorkers, [this](int k) { searchers_->create(k, context_.solution.point()); });
     awaitJob();
     searchers_->share(context_.solution);
 }
 
-void SolveRun::awaitJob() {
-    bool isHalted = false;
+void SolveRun::awaitJob(bool hasTurns) {
+    std::optional<Clock::time_point> haltTime;
     while (true) {
-        auto wakeTime = isHalted ? nextTimeTick_ : std::min(nextTimeTick_, deadline_);
+        const auto now = Clock::now();
+        if (!haltTime && (now >= deadline_ || context_.stopSignal.isStopped())) {
+            context_.stopSignal.halt();
+            haltTime = now;
+        }
+        const bool mustEnd =
+            hasTurns && haltTime && (isLastPhase() || context_.stopSignal.isStopped());
+        if (mustEnd && now >= *haltTime + haltPatience) schedule_.leaveBehind();
+        // A stop comes from any thread, at any time.
+        auto wakeTime = std::min(nextTimeTick_, now + stopInterval);
+        if (!haltTime) wakeTime = std::min(wakeTime, deadline_);
         if (isPhaseStartUntold_) wakeTime = std::min(wakeTime, phaseStartTime_);
         if (team_.waitUntil(wakeTime)) break;
-        if (Clock::now() >= deadline_ && !isHalted) {
-            context_.stopSignal.halt();
-            isHalted = true;
-        }
         if (Clock::now() >= nextTimeTick_ ||
             (isPhaseStartUntold_ && Clock::now() >= phaseStartTime_)) {
             team_.pause(pausePatience);

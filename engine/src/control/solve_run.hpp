@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -16,7 +17,7 @@ namespace engine {
 
 /// What a solve works on; owned by the solver, which outlives the run.
 struct RunContext {
-    const ClosedModel& model;
+    std::shared_ptr<const ClosedModel> model;
     const Parameters& parameters;
     const std::vector<Phase>& phases;
     Solution& solution;
@@ -61,6 +62,7 @@ private:
     void tellMethods();
     /// Takes over what a method has found out, while it is held.
     void accept(Method& method);
+    void acceptAll();
     /// Searchers that are still to be made stay inside.
     void takeDomain(const std::vector<Interval>& tightened);
     void acceptOptimum(Incumbent claimed);
@@ -71,7 +73,10 @@ private:
     void polish();
 
     /// Waits for the job under way, ticks meanwhile, and halts it at the deadline.
-    void awaitJob();
+    /// @param hasTurns  it lets methods run: those that cannot be held then are left behind at the
+    ///                  end of the solve.
+    void awaitJob(bool hasTurns = false);
+    [[nodiscard]] bool isLastPhase() const { return phase_ == &context_.phases.back(); }
     void emit(ls_callback_type type);
     /// The start of a phase is told when the methods are chosen, so that the description at the
     /// start says which apply; but not later than a moment after it.
@@ -81,6 +86,8 @@ private:
     void emitIterationTickIfDue();
 
     RunContext context_;
+    const ClosedModel& model_;
+    const Phase* phase_ = nullptr;  ///< under way
     Clock::time_point start_;
     Clock::time_point deadline_;  ///< of the phase under way
     Clock::time_point nextTimeTick_;

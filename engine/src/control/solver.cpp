@@ -52,7 +52,7 @@ SolveEnding Solver::solve(ls_solver* handle) {
     state_ = LS_STATE_RUNNING;
     const SolvedAtEnd solvedAtEnd{state_};
     const ExtendedPrecision precision;
-    SolveRun run({model.closed(), parameters, phases, solution(), statistics, methodChoices,
+    SolveRun run({model.sharedClosed(), parameters, phases, solution(), statistics, methodChoices,
                   stopSignal, [&](ls_callback_type type) { emit(type, handle, ending); }});
     run.run();
     ending.interruptText = stopSignal.interruptText();

@@ -46,7 +46,7 @@ void Model::addObjective(Objective objective) {
 }
 
 void Model::close() {
-    closed_ = std::make_unique<const ClosedModel>(closeModel(*store_, constraints_, objectives_));
+    closed_ = std::make_shared<const ClosedModel>(closeModel(*store_, constraints_, objectives_));
     store_.reset();
     constraints_ = {};
     objectives_ = {};

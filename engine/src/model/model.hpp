@@ -20,6 +20,8 @@ public:
     [[nodiscard]] bool isClosed() const { return closed_ != nullptr; }
     /// Only when closed; lives as long as this.
     [[nodiscard]] const ClosedModel& closed() const { return *closed_; }
+    /// The same for who may outlive this.
+    [[nodiscard]] const std::shared_ptr<const ClosedModel>& sharedClosed() const { return closed_; }
 
     // Building, only while open.
     ExpressionIndex createExpression(ls_operator op) { return store_->createExpression(op); }
@@ -46,7 +48,7 @@ public:
 
 private:
     std::unique_ptr<ExpressionStore> store_;  ///< while open
-    std::unique_ptr<const ClosedModel> closed_;
+    std::shared_ptr<const ClosedModel> closed_;
     std::vector<ExpressionIndex> constraints_;  ///< while open, like objectives_
     std::vector<Objective> objectives_;
 };

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
 #include <stdexcept>
+#include <thread>
 
 #include "control/paced_thread.hpp"
 #include "control/worker_team.hpp"
@@ -90,6 +92,35 @@ TEST(PacedThread, ThrowsWhatItsJobThrowsAndEndsOneThatIsHeld) {
     EXPECT_EQ(thread.advance(1), 1);
     EXPECT_THROW(thread.advance(1), std::runtime_error);
     const engine::PacedThread neverStarted(fail, [] { return false; });
+}
+
+TEST(PacedThread, LeavesAJobBehindThatDoesNotAskAndThatEndsByItself) {
+    struct Shared {
+        std::atomic<bool> hasBegun{false};
+        std::atomic<bool> mayAsk{false};
+        std::atomic<bool> mustEnd{false};
+    };
+    const auto shared = std::make_shared<Shared>();
+    {
+        engine::PacedThread thread(
+            [shared](engine::Pace& pace) {
+                shared->hasBegun = true;
+                while (!shared->mayAsk) std::this_thread::yield();
+                shared->mustEnd = !pace.spend(1) && pace.mustEnd() && pace.isUrgent();
+            },
+            []() -> bool { throw std::logic_error("asked although left behind"); });
+        thread.leaveBehind();
+        EXPECT_FALSE(thread.isLeftBehind()) << "it rests";
+        std::thread waiting([&] { EXPECT_EQ(thread.advance(5), 0); });
+        while (!shared->hasBegun) std::this_thread::yield();
+        thread.leaveBehind();
+        waiting.join();
+        EXPECT_TRUE(thread.isLeftBehind());
+        thread.conclude(/*isUrgent=*/false);
+        EXPECT_FALSE(thread.hasEnded());
+    }
+    shared->mayAsk = true;
+    while (!shared->mustEnd) std::this_thread::yield();
 }
 
 }  // namespace
