@@ -148,8 +148,10 @@ void printSettings(std::ostream& out, const Settings& settings) {
     out << '\n';
 }
 
-/// The trace with the bounds that were named between its records.
-TraceFile withBounds(TraceFile trace, const std::vector<std::pair<double, double>>& bounds) {
+/// The trace with what progress lines told between its records.
+TraceFile withProgress(TraceFile trace, const SearchWatch& watch) {
+    const auto& bounds = watch.bounds();
+    trace.infeasible = watch.infeasible();
     std::size_t k = 0;
     for (TraceRecord& record : trace.records) {
         while (k < bounds.size() && bounds[k].first <= record.seconds) ++k;
@@ -182,7 +184,7 @@ void explain(std::ostream& log, const RunRecord& run) {
 /// The trace so far; the last line may still be on its way, and the next reading gets it.
 TraceFile traceSoFar(const std::optional<TraceRequest>& trace, const SearchWatch& watch) {
     try {
-        return trace ? withBounds(trace->read(), watch.bounds()) : TraceFile();
+        return trace ? withProgress(trace->read(), watch) : TraceFile();
     } catch (const ReadError&) {
         return {};
     }
@@ -273,7 +275,7 @@ void runSolve(RunRecord& run, const InputText& file, Clock::time_point start, Lo
     const Clock::time_point checkStart = Clock::now();
     run.result = checkResult(*run.loaded, settings.solve, options);
     run.times.checking = secondsSince(checkStart);
-    if (trace) run.trace = withBounds(trace->read(), watch.bounds());
+    if (trace) run.trace = withProgress(trace->read(), watch);
     conclude(run, watch);
     run.isSolved = true;
     printSummary(log, run, target.terminal && terminalTakesColour(*target.terminal));

@@ -63,10 +63,15 @@ void SearchWatch::seeLine(std::string_view line) {
         if (place.empty()) place = line;
     }
     if (line.find(" || ") == std::string_view::npos) return;
-    const auto bound = boundIn(line);
-    if (!bound) return;
-    bound_ = bound;
-    bounds_.emplace_back(secondsBetween(searchStart_, Clock::now()), *bound);
+    const double seconds = secondsBetween(searchStart_, Clock::now());
+    if (auto infeasibility = infeasibilityIn(line)) {
+        infeasibility->seconds = seconds;
+        infeasible_.push_back(*infeasibility);
+    }
+    if (const auto bound = boundIn(line)) {
+        bound_ = bound;
+        bounds_.emplace_back(seconds, *bound);
+    }
 }
 
 void SearchWatch::poll() {
@@ -91,6 +96,21 @@ void SearchWatch::followTrace() {
     if (!value || value == bestFound_) return;
     bestFound_ = value;
     improvement_ = Clock::now();
+}
+
+std::optional<Infeasibility> infeasibilityIn(std::string_view line) {
+    const std::size_t end = line.find(" constraints violated");
+    if (end == std::string_view::npos) return std::nullopt;
+    line = line.substr(0, end);
+    line.remove_prefix(line.rfind(", ") == std::string_view::npos ? 0 : line.rfind(", ") + 2);
+    constexpr std::string_view between = " of ";
+    const char* const last = line.data() + line.size();
+    Infeasibility found;
+    const auto violated = std::from_chars(line.data(), last, found.nbViolated);
+    if (!std::string_view(violated.ptr, last).starts_with(between)) return std::nullopt;
+    const auto all = std::from_chars(violated.ptr + between.size(), last, found.nbConstraints);
+    const bool areNumbers = violated.ec == std::errc() && all.ec == std::errc();
+    return areNumbers ? std::optional(found) : std::nullopt;
 }
 
 std::optional<double> boundIn(std::string_view line) {

@@ -51,6 +51,8 @@ public:
     /// Seconds after the start at which each bound was named.
     [[nodiscard]] const std::vector<std::pair<double, double>>& bounds() const { return bounds_; }
 
+    [[nodiscard]] const std::vector<Infeasibility>& infeasible() const { return infeasible_; }
+
 private:
     void poll();
     void followTrace();
@@ -66,6 +68,7 @@ private:
     StopReason reason_ = StopReason::none;
     std::optional<double> bound_;
     std::vector<std::pair<double, double>> bounds_;
+    std::vector<Infeasibility> infeasible_;
     std::string refusal_;
     std::function<void()> listener_;
     std::string introductions_[2];  ///< the first lines with the optimizer's name
@@ -73,5 +76,8 @@ private:
 
 /// The number behind the word "bound" in a progress line; nothing without one.
 [[nodiscard]] std::optional<double> boundIn(std::string_view line);
+
+/// "3 of 7 constraints violated" in a progress line; nothing without it. The time is not set.
+[[nodiscard]] std::optional<Infeasibility> infeasibilityIn(std::string_view line);
 
 }  // namespace norv

@@ -6,6 +6,7 @@
 #include "readers/read_error.hpp"
 #include "solve/plot/axis.hpp"
 #include "solve/plot/trace_plot.hpp"
+#include "solve/search_watch.hpp"
 
 namespace norv::test {
 namespace {
@@ -68,6 +69,22 @@ TEST(TracePlot, drawsStepsPointsAndWords) {
     EXPECT_THAT(pictureOf("1, S, 0, 0, na, na\n2, E, 0, 7200, na, na\n"),
                 testing::HasSubstr(">no feasible point in 120 min<"));
     EXPECT_THAT(pictureOf(""), testing::HasSubstr(">no feasible point in 0 s<"));
+}
+
+TEST(TracePlot, drawsHowManyConstraintsWereViolated) {
+    TraceFile trace = {"t", {{0.0, {}, {}}, {10.0, 3.0, {}}, {20.0, 3.0, {}}}, {}};
+    for (const char* line : {"1 s, infeasible, 8 of 9 constraints violated, worst by c || ",
+                             "3 s, infeasible, 2 of 9 constraints violated, worst by c || "}) {
+        trace.infeasible.push_back(infeasibilityIn(line).value());
+    }
+    EXPECT_FALSE(infeasibilityIn("1 s, feasible, objective 8 || 3 constraints violated"));
+    trace.infeasible[0].seconds = 5.0;
+    trace.infeasible[1].seconds = 8.0;
+    std::ostringstream out;
+    writeTracePlot(out, trace, "t");
+    // From a quarter of the time on at 80 % of the height, and to the bottom at the first point.
+    EXPECT_THAT(out.str(), testing::HasSubstr("M241.25 141.6H347V350.4H417.5V420\""));
+    EXPECT_THAT(out.str(), testing::HasSubstr(">8 of 9 constraints violated, then 2<"));
 }
 
 TEST(TracePlot, namesFaultsOfTheTrace) {

@@ -16,10 +16,18 @@ struct TraceRecord {
     std::optional<double> bestBound;
 };
 
+/// How far the search was from a first point, as a progress line told.
+struct Infeasibility {
+    double seconds = 0.0;  ///< since the search began
+    double nbViolated = 0.0;
+    double nbConstraints = 0.0;  ///< of so many
+};
+
 /// A solve trace as the link's option "solvetrace" makes it.
 struct TraceFile {
     std::string instance;  ///< as its first line names it, perhaps empty
     std::vector<TraceRecord> records;
+    std::vector<Infeasibility> infeasible;  ///< in order of time; a file has none
 };
 
 /// Does the file begin like a solve trace?

@@ -20,13 +20,16 @@ constexpr double characterWidth = 7.0;  // of a label, at most
 /// Classes of the colours below.
 const char* const foundColour = "found";
 const char* const boundColour = "bound";
+const char* const violatedColour = "violated";
 const char* const style =
     "<style>.page{fill:#fff}text{fill:#222}.faint{fill:#555}.grid{stroke:#e3e3e3}.axis{stroke:#444}"
     ".found{stroke:#1f5fa8}.point{fill:#1f5fa8}.bound{stroke:#c2571a}.none{fill:#f3e3d6}"
+    ".violated{stroke:#8a3f8a}"
     "@media(prefers-color-scheme:dark){.page{fill:#161a1e}text{fill:#ddd}.faint{fill:#aaa}"
     ".grid{stroke:#333a40}.axis{stroke:#999}.found{stroke:#6db3f2}.point{fill:#6db3f2}"
-    ".bound{stroke:#f0975a}.none{fill:#3a2a1e}}</style>\n";
+    ".bound{stroke:#f0975a}.none{fill:#3a2a1e}.violated{stroke:#d08fd0}}</style>\n";
 const char* const thick = R"( stroke-width="2")";
+const char* const dots = R"( stroke-width="2" stroke-dasharray="2 3")";
 const char* const thickDashes = R"( stroke-width="2" stroke-dasharray="6 4")";
 
 /// A value that an axis can take: what lies between two of these is neither infinite nor lost.
@@ -81,6 +84,7 @@ public:
         : out_(target),
           found_(seriesOf(trace, &TraceRecord::bestFound)),
           bound_(seriesOf(trace, &TraceRecord::bestBound)),
+          infeasible_(trace.infeasible),
           duration_(trace.records.empty() ? 0.0 : drawable(trace.records.back().seconds)),
           unit_(unitFor(duration_)),
           times_(Axis::between(0.0, (duration_ > 0.0 ? duration_ : 1.0) / unit_.seconds)),
@@ -94,10 +98,11 @@ public:
              (direction.empty() ? "" : direction + ", ") + summary());
         drawSearchForPoint();
         drawAxes();
+        drawViolated();
         if (!bound_.values.empty()) drawSteps(bound_, boundColour, thickDashes);
         drawSteps(found_, foundColour, thick);
         drawPoints();
-        if (!bound_.values.empty()) drawLegend();
+        drawLegend();
         out_ << "</svg>\n";
     }
 
@@ -162,6 +167,33 @@ private:
             text(leftEdge_ + 8.0, topEdge + 18.0, R"(class="faint")", "no feasible point yet");
     }
 
+    /// On a scale of its own: 0 is the bottom, where the line ends when there is a point.
+    void drawViolated() {
+        if (infeasible_.empty()) return;
+        const double end = found_.values.empty() ? duration_ : found_.seconds.front();
+        double most = 1.0;
+        for (const Infeasibility& each : infeasible_) most = std::max(most, each.nbViolated);
+        const auto level = [&](const Infeasibility& each) {
+            return pixels(bottomEdge - 0.8 * (bottomEdge - topEdge) * each.nbViolated / most);
+        };
+        const auto place = [&](double seconds) { return pixels(x(std::min(seconds, end))); };
+        out_ << "<path fill=\"none\" class=\"" << violatedColour << '"' << dots << " d=\"M"
+             << place(infeasible_.front().seconds) << ' ' << level(infeasible_.front());
+        for (std::size_t k = 1; k < infeasible_.size(); ++k) {
+            if (infeasible_[k].nbViolated == infeasible_[k - 1].nbViolated) continue;
+            out_ << 'H' << place(infeasible_[k].seconds) << 'V' << level(infeasible_[k]);
+        }
+        out_ << 'H' << place(end);
+        if (!found_.values.empty()) out_ << 'V' << pixels(bottomEdge);
+        out_ << "\"/>\n";
+        constexpr double roomForWords = 250.0;
+        if (x(end) - leftEdge_ < roomForWords) return;
+        text(leftEdge_ + 8.0, topEdge + 36.0, R"(class="faint")",
+             shortText(infeasible_.front().nbViolated) + " of " +
+                 shortText(infeasible_.front().nbConstraints) + " constraints violated, then " +
+                 shortText(infeasible_.back().nbViolated));
+    }
+
     void drawAxes() {
         const bool hasValues = !found_.values.empty() || !bound_.values.empty();
         for (const Tick& tick : values_.ticks()) {
@@ -208,13 +240,16 @@ private:
             line(rightEdge - 104.0, atY - 4.0, rightEdge - 76.0, atY - 4.0, colour, attributes);
             text(rightEdge - 70.0, atY, "", name);
         };
-        entry(28.0, foundColour, thick, "best found");
-        entry(46.0, boundColour, thickDashes, "best bound");
+        if (!bound_.values.empty() && !found_.values.empty())
+            entry(28.0, foundColour, thick, "best found");
+        if (!bound_.values.empty()) entry(46.0, boundColour, thickDashes, "best bound");
+        if (!infeasible_.empty()) entry(64.0, violatedColour, dots, "violated");
     }
 
     std::ostream& out_;
     Series found_;
     Series bound_;
+    const std::vector<Infeasibility>& infeasible_;
     double duration_;  ///< seconds
     const TimeUnit& unit_;
     Axis times_;  ///< in `unit`
