@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 #include <thread>
 #include <utility>
 
@@ -198,7 +197,7 @@ void SolveRun::tellMethods() {
 
 void SolveRun::runRound(std::int64_t iterations) {
     using Turn = Schedule::Turn;
-    const std::int64_t nbWorkers = team_.nbWorkers();
+    const int nbWorkers = team_.nbWorkers();
     const std::vector<Schedule::Slot> slots =
         schedule_.nextTurns(static_cast<std::size_t>(nbWorkers));
     const auto isOfSearch = [&](const Schedule::Slot& s) { return s.turn == Turn::OfSearch; };
@@ -208,14 +207,13 @@ void SolveRun::runRound(std::int64_t iterations) {
     const std::int64_t sinceTick = context_.statistics.iterations - lastTickIterations_;
     const std::int64_t toEvent =
         std::min(iterations, context_.parameters.iterationsBetweenTicks - sinceTick);
-    const std::int64_t fullRound = nbWorkers * workPerRound(model_);
-    const std::int64_t total = toEvent > fullRound / workPerIteration
-                                   ? fullRound
-                                   : toEvent * workPerIteration - workToCount_;
+    const std::int64_t fullRound = workPerRound(model_);
+    const std::int64_t own = toEvent > fullRound / workPerIteration
+                                 ? fullRound
+                                 : toEvent * workPerIteration - workToCount_;
     std::vector<std::int64_t> spent(slots.size(), 0);
-    team_.start(static_cast<int>(nbWorkers), [&](int worker) {
+    team_.start(nbWorkers, [&](int worker) {
         const auto k = static_cast<std::size_t>(worker);
-        const std::int64_t own = total / nbWorkers + (worker < total % nbWorkers ? 1 : 0);
         if (slots[k].turn == Turn::OfMethod) {
             spent[k] = schedule_.advance(slots[k].method, own);
         } else if (slots[k].turn == Turn::OfSearch) {
@@ -225,11 +223,14 @@ void SolveRun::runRound(std::int64_t iterations) {
     });
     awaitJob(/*hasTurns=*/true);
     acceptAll();
-    std::int64_t work = std::accumulate(spent.begin(), spent.end(), std::int64_t{0});
+    // What is done side by side counts once: more threads leave no method less than one thread
+    // does.
+    std::int64_t work = *std::max_element(spent.begin(), spent.end());
     if (searchers_) {
         const std::int64_t ofSearch = searchers_->addTo(context_.statistics);
         schedule_.chargeSearch(ofSearch);
-        work += ofSearch;
+        const auto nbSearching = std::count_if(slots.begin(), slots.end(), isOfSearch);
+        if (nbSearching > 0) work = std::max(work, ofSearch / nbSearching);
         // A proof that has been accepted has seen the search's point, and polished it.
         if (!context_.solution.isProved()) searchers_->share(context_.solution);
     }

@@ -212,6 +212,8 @@ TEST(Solve, OneSeedOneResultWhateverTheClockDoes) {
         results.push_back(first);
     }
     EXPECT_NE(results[0], results[3]) << "the seed matters";
+    EXPECT_GT(std::stod(results[1]), 1.2 * std::stod(results[0]))
+        << "moves side by side count once";
 }
 
 struct Stop {
