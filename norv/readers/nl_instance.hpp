@@ -63,6 +63,8 @@ struct NlInstance {
     /// variables behind the file's own; elsewhere those numbers are not in use.
     std::vector<PiecewiseLinear> piecewise;
     bool hasValueVariables = false;
+    /// Suffixes whose values the client asks the solver for, each once.
+    std::vector<std::string> askedSuffixes;
     /// What was read but not taken as it stands, "file: ...".
     std::vector<std::string> warnings;
 

@@ -155,9 +155,13 @@ void NlParser::readObjective() {
 void NlParser::readSuffix() {
     constexpr std::int32_t kindMask = 3;  // 0: variables
     constexpr std::int32_t realFlag = 4;
+    constexpr std::int32_t askedFlag = 8;  // the client declares it and wants to read it back
     const std::int32_t flags = input_.integerWithin(0, 15, "the kind of a suffix");
     const std::int32_t nbValues = input_.count(0, "a count of values");
     const std::string_view name = input_.word("the name of a suffix");
+    auto& asked = instance_.askedSuffixes;
+    if ((flags & askedFlag) != 0 && std::ranges::find(asked, name) == asked.end())
+        asked.emplace_back(name);
     const std::int32_t nbVariables = instance_.header.nbVariables;
     std::vector<double>* const values =
         (flags & kindMask) == 0 ? specialOrdered_.valuesOf(name, nbVariables) : nullptr;

@@ -49,15 +49,20 @@ void requireSquare(const Model& model, const std::string& path) {
                       " equations, one for each variable, and nothing else");
 }
 
-/// @return how many piecewise-linear terms of variables there are.
-std::int32_t readInto(ModelBuilder& builder, const InputText& file, const ReadingSettings& settings,
-                      std::ostream& log) {
-    std::int32_t nbTerms = 0;
+/// What an .nl file tells beside its model.
+struct Remarks {
+    std::int32_t nbTerms = 0;  ///< piecewise-linear ones, of variables
+    std::vector<std::string> askedSuffixes;
+};
+
+Remarks readInto(ModelBuilder& builder, const InputText& file, const ReadingSettings& settings,
+                 std::ostream& log) {
+    Remarks remarks;
     // No .mps file begins with a "g" or "b" and a digit, or with the sense of an objective.
     if (looksLikeNl(file.text())) {
         const NlInstance instance = readNl(file, readNlNames(file.path()), settings.objective);
         build(instance, builder, log);
-        nbTerms = static_cast<std::int32_t>(instance.piecewise.size());
+        remarks = {static_cast<std::int32_t>(instance.piecewise.size()), instance.askedSuffixes};
     } else if (looksLikeLp(file.text())) {
         for (const std::string& warning : readLp(file, builder))
             log << "Warning: " << warning << '\n';
@@ -67,7 +72,7 @@ std::int32_t readInto(ModelBuilder& builder, const InputText& file, const Readin
               builder, log);
     }
     if (settings.isSquareSystem) builder.setModelType(hostapi::model_type::squareSystem);
-    return nbTerms;
+    return remarks;
 }
 
 /// The model of the file with variables and rows in place of its piecewise-linear terms; nothing
@@ -116,21 +121,22 @@ LoadedModel readModel(const InputText& file, const Environment& environment,
     ModelBuilder builder;
     std::optional<ModelBuilder> copy;
     std::optional<Model> finished;
-    std::int32_t nbTerms = 0;
+    Remarks remarks;
     std::int32_t nbOwnRows = 0;  // without the twins of ranges
     try {
-        nbTerms = readInto(builder, file, settings, log);
+        remarks = readInto(builder, file, settings, log);
         nbOwnRows = builder.nbRows();
         if (builder.nbSpecialOrderedSets() > 0 && !settings.keepsSets) copy.emplace(builder);
         finished = builder.finish(environment);
     } catch (const std::invalid_argument& refusal) {
         throw ReadError(file.path() + ": " + refusal.what());
     }
-    LoadedModel loaded = {std::move(*finished), std::nullopt};
+    LoadedModel loaded = {std::move(*finished), std::nullopt, std::move(remarks.askedSuffixes)};
     const Model& model = loaded.model;
     if (settings.isSquareSystem) requireSquare(model, file.path());
     log << file.path() << ": " << model.nbRows() << " rows, " << model.nbVariables() << " columns ("
         << model.nbDiscrete() << " discrete), " << model.nbCoefficients() << " coefficients\n";
+    const std::int32_t nbTerms = remarks.nbTerms;
     if (nbTerms > 0 && !settings.keepsSets && !settings.isSquareSystem) {
         if (auto pieces = withPieces(file, settings, nbTerms, environment)) {
             log << file.path() << ": " << nbTerms << " piecewise-linear term"

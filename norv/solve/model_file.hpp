@@ -3,6 +3,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "norv/environment.hpp"
 #include "norv/model.hpp"
@@ -28,6 +29,8 @@ struct ReadingSettings {
 struct LoadedModel {
     Model model;
     std::optional<Model> forLink;
+    /// Of an .nl file: suffixes whose values the client asks for.
+    std::vector<std::string> askedSuffixes;
 };
 
 /// Reads an .mps or .nl file, which its content tells apart, and builds the host's model of it.

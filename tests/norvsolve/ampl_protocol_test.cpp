@@ -163,10 +163,11 @@ TEST_F(AmplProtocol, takesKeywordsFromEnvironmentAndCommandLine) {
                                                            "13, limits 10 7 2\n"));
     setVariable("norvsolve_options", "");
     const std::string optionFile = scratchFile("my options.opt");
-    writeFile(optionFile, "seed 3\n");
+    writeFile(optionFile, "seed 3\nlogfreq soon\n");
     const ProgramRun loud = solve({"optionfile=" + optionFile, "outlev", "1", "wantsol=2"});
     EXPECT_THAT(contentOf(scratchFile("calls")), HasSubstr("no options, file 1 " + optionFile));
     EXPECT_THAT(loud.output, HasSubstr("a line for log and status\n"));
+    EXPECT_THAT(loud.output, HasSubstr("outlev 1, wantsol 2, seed 3\n"));
     EXPECT_THAT(loud.output, EndsWith("x1\t2.5\nx2\t2.5\nx3\t2.5\n"));
 }
 

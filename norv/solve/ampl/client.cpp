@@ -77,6 +77,15 @@ void runFor(RunRecord& run, const Request& request, const Catalogue& catalogue,
     std::cerr << complaintLine;
 }
 
+/// A line that names what the client asked for and does not get.
+std::string missingSuffixes(const std::vector<std::string>& asked) {
+    std::string names;
+    for (const std::string& each : asked) {
+        if (each != activitySuffix) names += (names.empty() ? " " : ", ") + each;
+    }
+    return names.empty() ? "" : "\nno values for suffixes:" + names;
+}
+
 std::string messageOf(const RunRecord& run) {
     namespace record = hostapi::head_and_tail;
     std::string message = "norvsolve " NORV_VERSION ": " + run.ending.text;
@@ -87,7 +96,7 @@ std::string messageOf(const RunRecord& run) {
                numberText(run.model().headAndTail(record::seconds)) + " seconds";
     if ((run.settings.output.wanted & wanted_solution::duals) != 0)
         message += "\nno dual values: the search has none";
-    return message;
+    return message + missingSuffixes(run.loaded->askedSuffixes);
 }
 
 /// The values of all rows, where a client can take them.

@@ -12,7 +12,6 @@ namespace {
 
 /// A suffix of rows (1) with real values (4).
 constexpr std::int32_t realRowSuffix = 5;
-constexpr std::string_view activityName = "activity";
 
 struct Activity {
     std::int32_t row;
@@ -51,9 +50,9 @@ void writeText(std::ostream& out, const NlHeader& header, const AmplSolution& so
     out << "objno 0 " << solution.code << '\n';
     const std::vector<Activity> activities = activitiesOf(solution);
     if (activities.empty()) return;
-    out << "suffix " << realRowSuffix << ' ' << activities.size() << ' ' << activityName.size() + 1
-        << " 0 0\n"
-        << activityName << '\n';
+    out << "suffix " << realRowSuffix << ' ' << activities.size() << ' '
+        << activitySuffix.size() + 1 << " 0 0\n"
+        << activitySuffix << '\n';
     for (const Activity& each : activities)
         out << each.row << ' ' << numberText(each.value) << '\n';
 }
@@ -112,8 +111,8 @@ void writeBinary(std::ostream& out, const NlHeader& header, const AmplSolution& 
     if (activities.empty()) return;
     records.add(std::string_view("\nSuffix\n")).add(realRowSuffix);
     records.add(static_cast<std::int32_t>(activities.size()));
-    records.add(static_cast<std::int32_t>(activityName.size() + 1)).add(std::int32_t{0});
-    records.add(activityName).add(std::string_view("\0", 1));
+    records.add(static_cast<std::int32_t>(activitySuffix.size() + 1)).add(std::int32_t{0});
+    records.add(activitySuffix).add(std::string_view("\0", 1));
     for (const Activity& each : activities) records.add(each.row).add(each.value);
     records.finish();
 }

@@ -4,11 +4,15 @@
 #include <ostream>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "readers/nl_header.hpp"
 
 namespace norv {
+
+/// The suffix of rows that carries their values.
+constexpr std::string_view activitySuffix = "activity";
 
 /// What an AMPL client reads back from "stub.sol".
 struct AmplSolution {

@@ -210,6 +210,21 @@ void take(const SaidSetting& said, const Catalogue& catalogue, Settings& setting
     settings.made.push_back({entry.name(), said.value});
 }
 
+/// Tells of the link's options in the option file which of them are set, and to what, unless
+/// something later set them. Lines that are refused, and pairs, are left to the log.
+void addMade(const std::vector<Assignment>& lines, Settings& settings) {
+    Options options;
+    const std::string folder = systemDirectory(settings.solve.systemDirectory);
+    if (lines.empty() || !options.readDefinition(folder + definitionFile)) return;
+    for (const Assignment& each : lines) options.set(each.text, each.source);
+    for (const OptionDescription& each : options.descriptions()) {
+        const bool isNews =
+            std::ranges::find(settings.made, each.name, &MadeSetting::name) == settings.made.end();
+        if (options.isSet(each.name) && !each.isPairs && isNews)
+            settings.made.push_back({each.name, each.value});
+    }
+}
+
 /// The last option file that is named, or an empty path.
 std::string optionFileIn(const std::vector<SaidSetting>& said) {
     std::string path;
@@ -283,14 +298,15 @@ Settings settingsOf(const Request& request, const std::string& variable,
     settings.model = request.file;
     std::vector<SaidSetting> said = readVariable(variable, "norvsolve_options", catalogue);
     said.insert(said.end(), request.said.begin(), request.said.end());
+    std::vector<Assignment> rest;
     if (const std::string path = optionFileIn(said); !path.empty()) {
-        std::vector<Assignment> rest;
         const std::vector<SaidSetting> inFile = readOptionFile(path, rest);
         for (const SaidSetting& each : inFile) take(each, catalogue, settings);
         settings.solve.ownsOptions = !inFile.empty();
-        if (settings.solve.ownsOptions) settings.solve.fileAssignments = std::move(rest);
+        if (settings.solve.ownsOptions) settings.solve.fileAssignments = rest;
     }
     for (const SaidSetting& each : said) take(each, catalogue, settings);
+    addMade(rest, settings);
     return settings;
 }
 
