@@ -81,10 +81,7 @@ void CallLog::add(const std::string& name, const std::string& arguments,
 }
 
 std::string CallLog::abbreviated(std::string text) const {
-    for (const auto& [path, shortText] : abbreviations_) {
-        for (std::size_t at = text.find(path); at != std::string::npos; at = text.find(path, at))
-            text.replace(at, path.size(), shortText);
-    }
+    for (const auto& [path, shortText] : abbreviations_) text = replaced(text, path, shortText);
     return text;
 }
 

@@ -89,6 +89,12 @@ std::vector<std::string> split(std::string_view text, std::string_view separator
     return pieces;
 }
 
+std::string replaced(std::string text, std::string_view old, std::string_view by) {
+    for (std::size_t at = 0; (at = text.find(old, at)) != text.npos; at += by.size())
+        text.replace(at, old.size(), by);
+    return text;
+}
+
 double numberOf(const std::string& word) {
     char* end = nullptr;
     const double value = std::strtod(word.c_str(), &end);

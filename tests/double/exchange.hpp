@@ -89,6 +89,8 @@ Result respond(const char* name, bool mayFail, Real&& real, Arguments... argumen
 
 /// A piece of `text` between separators, blanks around it dropped.
 std::vector<std::string> split(std::string_view text, std::string_view separator);
+/// `text` with `by` in every place of `old`.
+std::string replaced(std::string text, std::string_view old, std::string_view by);
 /// Also "inf", "-inf" and "nan". @throws std::invalid_argument naming what is no number.
 double numberOf(const std::string& word);
 

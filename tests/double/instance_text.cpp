@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <sstream>
 #include <stdexcept>
@@ -34,8 +35,7 @@ class Reader {
 public:
     void readStatement(const std::string& statement) {
         std::istringstream stream(statement);
-        words.clear();
-        for (std::string word; stream >> word;) words.push_back(word);
+        words.assign(std::istream_iterator<std::string>(stream), {});
         position = 0;
         if (words.empty()) return;
         const std::string first = next();
@@ -47,8 +47,6 @@ public:
             builder.setWithNames(next() != "off");
         else if (first == "square")
             builder.setModelType(hostapi::model_type::squareSystem);
-        else if (first == "chain")
-            addChain(static_cast<std::int32_t>(number(next())));
         else
             readRow(first);
     }
@@ -60,11 +58,16 @@ private:
         if (position == words.size()) throw std::invalid_argument("a statement ends too early");
         return words[position++];
     }
-    [[nodiscard]] bool isNext(std::string_view word) const {
-        return position < words.size() && words[position] == word;
+    double nextNumber() { return doubles::numberOf(next()); }
+    bool take(std::string_view word) {
+        const bool isNext = position < words.size() && words[position] == word;
+        position += isNext ? 1 : 0;
+        return isNext;
     }
-
-    static double number(const std::string& word) { return doubles::numberOf(word); }
+    [[nodiscard]] bool isAtEndOf(std::string_view what) const {
+        return position == words.size() || relations.count(words[position]) != 0 ||
+               (what == "term" && (words[position] == "+" || words[position] == "-"));
+    }
 
     std::int32_t variable(const std::string& name) {
         const auto known = variables.find(name);
@@ -78,14 +81,10 @@ private:
 
     void declareVariable(std::int32_t type) {
         const std::string name = next();
-        double lower = 0.0;
-        double upper = type == hostapi::variable_type::binary ? 1.0 : 10.0;
-        if (isNext("in")) {
-            next();
-            lower = number(next());
-            upper = number(next());
-        }
-        addVariable(name, type, lower, upper);
+        const bool hasBounds = take("in");
+        const double lower = hasBounds ? nextNumber() : 0.0;
+        const double usualUpper = type == hostapi::variable_type::binary ? 1.0 : 10.0;
+        addVariable(name, type, lower, hasBounds ? nextNumber() : usualUpper);
     }
 
     void readObjective(bool maximise) {
@@ -95,21 +94,20 @@ private:
     }
 
     void readRow(const std::string& name) {
-        if (next() != ":") throw std::invalid_argument("no ':' after " + name);
         // The row must exist before its entries; its relation stands behind them.
-        for (std::size_t k = position; k < words.size(); ++k) {
-            const auto relation = relations.find(words[k]);
-            if (relation == relations.end()) continue;
-            readFunction(builder.addRow(relation->second, number(words.at(k + 1)), name));
-            return;
-        }
-        throw std::invalid_argument("no relation in row " + name);
+        const auto relation = std::find_if(words.begin(), words.end(), [](const auto& word) {
+            return relations.count(word) != 0;
+        });
+        if (!take(":") || words.end() - relation != 2)
+            throw std::invalid_argument("no row: " + name);
+        readFunction(
+            builder.addRow(relations.at(*relation), doubles::numberOf(words.back()), name));
     }
 
     void readFunction(std::int32_t row) {
-        while (position < words.size() && relations.count(words[position]) == 0) {
-            double sign = 1.0;
-            if (isNext("+") || isNext("-")) sign = next() == "-" ? -1.0 : 1.0;
+        while (!isAtEndOf("function")) {
+            const double sign = take("-") ? -1.0 : 1.0;
+            take("+");
             readTerm(row, sign);
         }
     }
@@ -117,18 +115,15 @@ private:
     void readTerm(std::int32_t row, double coefficient) {
         std::string word = next();
         if (std::isdigit(static_cast<unsigned char>(word.front())) != 0) {
-            coefficient *= number(word);
-            if (position == words.size() || isNext("+") || isNext("-") ||
-                relations.count(words[position]) != 0) {
-                if (row == norv::objectiveRow) builder.setObjectiveConstant(coefficient);
-                return;
-            }
+            coefficient *= doubles::numberOf(word);
+            if (isAtEndOf("term") && row == norv::objectiveRow)
+                builder.setObjectiveConstant(coefficient);
+            if (isAtEndOf("term")) return;
             word = next();
         }
         if (word == "[") {
             addList(row);
-        } else if (isNext("*")) {
-            next();
+        } else if (take("*")) {
             const std::int32_t first = variable(word);
             builder.addQuadratic(row, first, variable(next()), coefficient);
         } else {
@@ -136,23 +131,12 @@ private:
         }
     }
 
-    void addChain(std::int32_t length) {
-        const auto link = [this](std::int32_t k) { return variable("x" + std::to_string(k)); };
-        for (std::int32_t k = 1; k <= length; ++k) {
-            const std::int32_t row = builder.addRow(0, 1.0, "e" + std::to_string(k));
-            builder.addCoefficient(row, link(k), 1.0);
-            builder.addCoefficient(row, link(k + 1), -1.0);
-        }
-    }
-
     void addList(std::int32_t row) {
-        std::vector<std::int32_t> opcodes;
-        std::vector<std::int32_t> fields;
-        for (std::string word = next(); word != "]"; word = next()) {
-            const std::size_t colon = std::min(word.find(':'), word.size());
-            opcodes.push_back(static_cast<std::int32_t>(number(word.substr(0, colon))));
-            fields.push_back(colon < word.size() ? fieldOf(opcodes.back(), word.substr(colon + 1))
-                                                 : 0);
+        std::vector<std::int32_t> opcodes, fields;
+        while (!take("]")) {
+            const std::vector<std::string> parts = doubles::split(next(), ":");
+            opcodes.push_back(std::stoi(parts[0]));
+            fields.push_back(parts.size() > 1 ? fieldOf(opcodes.back(), parts[1]) : 0);
         }
         builder.setInstructions(row, opcodes, fields);
     }
@@ -164,8 +148,8 @@ private:
             return std::find(all.begin(), all.end(), opcode) != all.end();
         };
         if (isOneOf(withVariable)) return variable(word) + 1;
-        if (isOneOf(withConstant)) return builder.addPoolConstant(number(word));
-        return static_cast<std::int32_t>(number(word));
+        if (isOneOf(withConstant)) return builder.addPoolConstant(doubles::numberOf(word));
+        return std::stoi(word);
     }
 
     norv::ModelBuilder builder;
@@ -178,8 +162,22 @@ private:
 
 norv::Model readInstance(std::string_view text, const norv::Environment& environment) {
     Reader reader;
-    std::istringstream stream{std::string(text)};
-    for (std::string statement; std::getline(stream, statement, ';');)
-        reader.readStatement(statement);
+    for (const std::string& statement : statementsOf(text)) reader.readStatement(statement);
     return reader.finish(environment);
+}
+
+std::vector<std::string> statementsOf(std::string_view text) {
+    std::vector<std::string> all;
+    for (const std::string& statement : doubles::split(text, ";")) {
+        if (!statement.starts_with("for ")) {
+            all.push_back(statement);
+            continue;
+        }
+        const std::string repeated = statement.substr(statement.find(' ', 4) + 1);
+        for (int k = 1, nb = std::stoi(statement.substr(4)); k <= nb; ++k) {
+            const std::string half = doubles::replaced(repeated, "##", std::to_string(k + 1));
+            all.push_back(doubles::replaced(half, "#", std::to_string(k)));
+        }
+    }
+    return all;
 }

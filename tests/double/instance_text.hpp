@@ -1,6 +1,8 @@
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "norv/environment.hpp"
 #include "norv/model.hpp"
@@ -11,9 +13,9 @@
 ///   cont | bin | int | semicont | semiint | sos1 | sos2  NAME [in LOWER UPPER]   declares
 ///   min | max  FUNCTION                       the objective; constants in it become its constant
 ///   NAME : FUNCTION RELATION NUMBER           a row; RELATION: = >= <= =free= =ext= =cone= =logic=
-///   chain N                                   rows e1: x1 - x2 = 1, e2: x2 - x3 = 1, … eN
-///   names off                                 the instance carries no names
-///   square                                    a square system
+///   for N STATEMENT                           for k = 1, …, N, which # stands for, and ## for k +
+///   1 names off                                 the instance carries no names square a square
+///   system
 /// A FUNCTION is a list of terms, each with its sign: 3 x, - y, 2 x * y, x * x, 4, and instruction
 /// lists, [ 1:x 2:2.5 4 ]: opcodes by number, with the variable, the constant or the number of
 /// their field. "0" alone is the function without terms. Numbers may be inf or -inf; undeclared
@@ -21,3 +23,6 @@
 
 /// @throws std::invalid_argument with the word that cannot be read.
 norv::Model readInstance(std::string_view text, const norv::Environment& environment);
+
+/// The statements of a text, those behind "for" one by one.
+std::vector<std::string> statementsOf(std::string_view text);

@@ -78,9 +78,6 @@ void Case::read(const std::string& statement) {
         for (const std::string& script : split(rest, "|")) searches.push_back(split(script, " "));
     } else if (first == "option") {
         for (const std::string& option : split(rest, " | ")) options.push_back(option);
-    } else if (first == "pairs") {
-        for (int k = 1; k <= std::stoi(rest); ++k)
-            options.push_back("defvar x" + std::to_string(k) + " e" + std::to_string(k));
     } else if (first == "own") {
         ownOptions = true;
     } else if (first == "answer") {
@@ -97,7 +94,7 @@ void Case::read(const std::string& statement) {
 Case readCase(const std::vector<std::string>& lines) {
     Case c;
     for (const std::string& line : lines) {
-        for (const std::string& statement : split(line, ";")) c.read(statement);
+        for (const std::string& statement : statementsOf(line)) c.read(statement);
     }
     if (!c.steps.empty()) return c;
     if (c.kind == "setup") c.steps = {"ready"};
@@ -187,9 +184,8 @@ private:
         log.addLines(inFull ? modelText(solver) : modelSize(solver));
     }
 
-    std::string expanded(std::string text) const {
-        const std::size_t at = text.find("$tmp");
-        return at == std::string::npos ? text : text.replace(at, 4, scratch.path.string());
+    std::string expanded(const std::string& text) const {
+        return replaced(text, "$tmp", scratch.path.string());
     }
 
     void setLevels() {

@@ -20,7 +20,6 @@
 ///                            that fits counts; without ls_close a model is shown by its size alone
 ///   option NAME VALUE | NAME VALUE…   lines of the option file; $tmp stands for a folder of its
 ///                            own, whose files dump and trace are shown at the end
-///   pairs N                  as option lines: defvar x1 e1, … defvar xN eN
 ///   own                      the host hands over no option object: the file is read for real
 ///   level NAME VALUE…        the variables' levels before
 ///   answer CALL = ANSWER | CALL = ANSWER…   what calls answer (Exchange::answer)
