@@ -9,8 +9,6 @@ namespace doubles {
 
 namespace {
 
-constexpr std::size_t longestLine = 100;
-
 constexpr const char* ofSetup =
     "nevLogStat nevLogStatPChar nevLog nevLogPChar nmoModelStatSet nmoSolveStatSet optSetIntStr";
 /// All that change something outside the model.
@@ -35,13 +33,10 @@ bool fits(const std::string& name, std::string_view pattern) {
 
 /// A record of a solve trace without what no test can foresee.
 std::string withoutTime(const std::string& record) {
-    std::vector<std::string> fields = split(record, ",");
-    if (fields.size() != 6 || fields[0].find_first_not_of("0123456789") != std::string::npos)
+    const std::vector<std::string> fields = split(record, ", ");
+    if (fields.size() != 6 || record.find_first_not_of("0123456789") != fields[0].size())
         return record;
-    fields[3] = "t";
-    std::string all = fields[0];
-    for (std::size_t k = 1; k < fields.size(); ++k) all += ", " + fields[k];
-    return all;
+    return record.substr(0, fields[0].size() + 6) + ", t, " + fields[4] + ", " + fields[5];
 }
 
 }  // namespace
@@ -51,12 +46,8 @@ CallLog::CallLog(const std::string& kind, const std::vector<std::string>& rules)
     rules_.insert(rules_.end(), rules.begin(), rules.end());
 }
 
-void CallLog::abbreviate(const std::string& path, const std::string& text) {
-    abbreviations_.emplace_back(path, text);
-}
-
 void CallLog::begin(const std::string& step, bool isShown) {
-    flush();
+    lines_.flush();
     isShown_ = isShown;
     hasSolver_ = !isSetup_ || step != "ready";
 }
@@ -85,43 +76,21 @@ std::string CallLog::abbreviated(std::string text) const {
     return text;
 }
 
-void CallLog::addPiece(const std::string& piece) {
-    const std::string text = abbreviated(piece);
-    if (line_.size() + 1 + text.size() > longestLine) flush();
-    line_ += (line_.empty() ? "" : " ") + text;
-}
-
-void CallLog::addLines(const std::string& lines) {
-    if (!isShown_) return;
-    flush();
-    all_ += abbreviated(lines);
-}
-
 void CallLog::end(int result) {
     isShown_ = isShown_ || result != 0;
     if (!isShown_ || (result == 0 && isSetup_)) return;
     addPiece("->" + std::to_string(result));
-    flush();
+    lines_.flush();
 }
 
 void CallLog::addFile(const std::filesystem::path& file) {
-    flush();
+    lines_.flush();
     addPiece(file.filename().string() + ":");
     std::ifstream stream(file);
     int nbHeads = shows("heads") ? 2 : 0;
     for (std::string text; std::getline(stream, text);)
         if (text[0] != '*' || ++nbHeads > 2) addPiece("| " + withoutTime(text));
-    flush();
-}
-
-std::string CallLog::text() {
-    flush();
-    return all_;
-}
-
-void CallLog::flush() {
-    if (!line_.empty()) all_ += line_ + "\n";
-    line_.clear();
+    lines_.flush();
 }
 
 }  // namespace doubles

@@ -4,6 +4,8 @@
 #include <new>
 #include <stdexcept>
 
+#include "host/library_loading.hpp"
+
 // Not inlined: the compiler would take the pair below for a mismatch of new and free.
 // NOLINTBEGIN(cppcoreguidelines-*): this is where memory is managed by hand
 [[gnu::noinline]] void* operator new(std::size_t size) {
@@ -26,6 +28,8 @@
 // NOLINTEND(cppcoreguidelines-*)
 
 namespace doubles {
+
+using std::string_literals::operator""s;
 
 thread_local bool isInLink = false;
 thread_local int failingAllocation = 0;
@@ -64,6 +68,18 @@ Fault Exchange::faultOf(const std::string& name, bool mayFail) {
     if (!mayFail || ++nbCounted != spoiledCall) return Fault::none;
     spoiledName = name;
     return spoiledFault;
+}
+
+void (*realFunction(const std::string& symbol))() {
+    const vex::LibraryLoading& loading = vex::platformLoading();
+    const std::string suffix = vex::librarySuffix;
+    std::string reason;
+    for (const auto& library :
+         {"hubdclib64" + suffix, "prmdclib64" + suffix, VEXCC_ENGINE_LIBRARY + ""s}) {
+        const auto found = loading.find(loading.open(library, reason), symbol);
+        if (found != nullptr) return found;
+    }
+    throw std::runtime_error(symbol + ": " + reason);
 }
 
 std::string quoted(std::string_view text) {

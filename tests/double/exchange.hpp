@@ -87,6 +87,10 @@ public:
 template <class Result, class Real, class... Arguments>
 Result respond(const char* name, bool mayFail, Real&& real, Arguments... arguments);
 
+/// A function of the built-in host or of the engine, which no program with doubles is linked with.
+/// @throws std::runtime_error naming what cannot be found.
+void (*realFunction(const std::string& symbol))();
+
 /// A piece of `text` between separators, blanks around it dropped.
 std::vector<std::string> split(std::string_view text, std::string_view separator);
 /// `text` with `by` in every place of `old`.

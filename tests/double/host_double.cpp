@@ -23,18 +23,6 @@ constexpr std::string_view trusted =
     "nmoObjStyleSet nmoObjReformSet nmoSetNRowPerm nmoEnvironment nmoPPool optMessageCount "
     "optVarEquMapCount CnmoXAPIVersion ";
 
-template <class Function>
-Function* builtIn(const char* symbol) {
-    const vex::LibraryLoading& loading = vex::platformLoading();
-    for (const char* library : {"hubdclib64", "prmdclib64"}) {
-        std::string reason;
-        const AnyFunction found =
-            loading.find(loading.open(std::string(library) + vex::librarySuffix, reason), symbol);
-        if (found != nullptr) return reinterpret_cast<Function*>(found);
-    }
-    throw std::runtime_error(symbol);
-}
-
 /// A text as a template's argument.
 template <std::size_t size>
 struct Text {
@@ -55,7 +43,8 @@ template <Text symbol, std::size_t shown, class Result, class... Arguments>
 struct Double<symbol, shown, Result(Arguments...)> {
     static Result call(Arguments... arguments) {
         constexpr const char* name = symbol.characters + shown;
-        static auto* const real = builtIn<Result(Arguments...)>(symbol.characters);
+        static auto* const real =
+            reinterpret_cast<Result (*)(Arguments...)>(realFunction(symbol.characters));
         static const bool mayFail = !(std::is_void_v<Result> && (isOutput<Arguments> || ...)) &&
                                     trusted.find(" " + std::string(name) + " ") == trusted.npos;
         return respond<Result>(name, mayFail, real, arguments...);

@@ -1,11 +1,14 @@
 #include "double/model_text.hpp"
 
 #include <array>
+#include <cmath>
 #include <map>
 #include <string_view>
 #include <vector>
 
+#include "double/call_log.hpp"
 #include "double/exchange.hpp"
+#include "host/operations.hpp"
 #include "localsolver.hpp"
 
 namespace doubles {
@@ -21,88 +24,61 @@ constexpr std::array<std::string_view, 37> operators = {
     "dist", "div",   "mod",   "array", "at",  "scalarprod", "ceil", "floor", "round", "sqrt",
     "log",  "exp",   "pow",   "cos",   "sin", "tan",        "int"};
 
-constexpr std::size_t longestLine = 100;
-
 class Writer {
 public:
-    explicit Writer(ls_solver* owner) : solver(owner), nbUses(nbExpressions()) {
+    explicit Writer(ls_solver* owner) : solver(owner) {
         // What is left over from building is not counted.
         for (int k = 0; k < ls_nb_objectives(solver); ++k) use(at(ls_get_objective(solver, k)));
-        for (int k = 0; k < ls_nb_constraints(solver); ++k)
-            use(at(ls_get_constraint(solver, k)), /*isConstraint=*/true);
-        for (int e = 0; e < static_cast<int>(nbUses.size()); ++e) nameIfOwn(at(e));
+        for (int k = 0; k < ls_nb_constraints(solver); ++k) {
+            use(at(ls_get_constraint(solver, k)));
+            labels[ls_get_constraint(solver, k)] = "";
+        }
+        for (int e = 0; e < ls_nb_expressions(solver); ++e) nameIfOwn(at(e));
     }
 
-    std::string objectives() const {
+    std::string text() const {
+        Lines lines;
         const int nb = ls_nb_objectives(solver);
-        std::string text = nb == 0 ? "no objective\n" : "";
+        if (nb == 0) lines.addLines("no objective\n");
         for (int k = 0; k < nb; ++k) {
             const bool minimise = ls_get_objective_direction(solver, k) == LS_MINIMIZE;
-            text += minimise ? "min " : "max ";
-            text += reference(at(ls_get_objective(solver, k))) + "\n";
+            const std::string function = reference(at(ls_get_objective(solver, k)));
+            if (nb > 1 || !minimise || function != "sum()")
+                lines.addLines((minimise ? "min " : "max ") + function + "\n");
         }
-        return text == "min sum()\n" ? "" : text;
-    }
-
-    std::string constraints() const {
-        std::string text, line;
         for (int k = 0; k < ls_nb_constraints(solver); ++k) {
             const LSExpression e = at(ls_get_constraint(solver, k));
-            const std::string piece = ": " + full(e);
-            if (e.isNamed() || line.size() + 1 + piece.size() > longestLine) {
-                text += line + (line.empty() ? "" : "\n");
-                line.clear();
-            }
             if (e.isNamed())
-                text += e.getName() + piece + "\n";
+                lines.addLines(e.getName() + ": " + full(e) + "\n");
             else
-                line += (line.empty() ? "" : " ") + piece;
+                lines.addPiece(": " + full(e));
         }
-        return text + line + (line.empty() ? "" : "\n");
-    }
-
-    std::string decisionsAndDefinitions() const {
-        std::string decisions, definitions, line, domain;
-        for (const LSExpression e : own) {
-            if (!e.isDecision()) {
-                definitions += reference(e) + " = " + full(e) + "\n";
-                continue;
-            }
-            if (full(e) != domain && !domain.empty()) line += " = " + domain;
-            if (line.size() + reference(e).size() + domain.size() > longestLine) {
-                decisions += line + (line.ends_with(")") ? "\n" : " = " + domain + "\n");
-                line.clear();
-            }
-            domain = full(e);
-            line += (line.empty() ? "" : " ") + reference(e);
+        lines.flush();
+        for (std::size_t k = 0; k < decisions.size(); ++k) {
+            const std::string domain = full(decisions[k]);
+            const bool isLast = k + 1 == decisions.size() || full(decisions[k + 1]) != domain;
+            lines.addPiece(reference(decisions[k]) + (isLast ? " = " + domain : ""));
         }
-        return decisions + line + (line.empty() ? "" : " = " + domain + "\n") + definitions;
+        for (const LSExpression e : definitions)
+            lines.addLines(reference(e) + " = " + full(e) + "\n");
+        return lines.text();
     }
 
 private:
-    std::size_t nbExpressions() const {
-        return static_cast<std::size_t>(ls_nb_expressions(solver));
-    }
     LSExpression at(int e) const { return {solver, e}; }
 
-    void use(LSExpression root, bool isConstraint = false) {
-        std::vector<LSExpression> open = {root};
-        while (!open.empty()) {
-            const LSExpression e = open.back();
-            open.pop_back();
-            if (++nbUses[static_cast<std::size_t>(e.getIndex())] > 1) continue;
-            for (int k = 0; k < e.getNbOperands(); ++k) open.push_back(e.getOperand(k));
-        }
-        if (isConstraint) labels[root.getIndex()] = "";
+    void use(LSExpression e) {
+        if (++nbUses[e.getIndex()] > 1) return;
+        for (int k = 0; k < e.getNbOperands(); ++k) use(e.getOperand(k));
     }
 
+    /// A label for what has a line of its own.
     void nameIfOwn(LSExpression e) {
-        const bool isShared = nbUses[static_cast<std::size_t>(e.getIndex())] > 1;
-        if (!e.isDecision() && (e.getOperator() == LS_OP_CONST || labels.count(e.getIndex()) != 0 ||
-                                (!e.isNamed() && !isShared)))
-            return;
-        own.push_back(e);
-        labels[e.getIndex()] = e.isNamed() ? e.getName() : "$" + std::to_string(own.size());
+        const bool isNone = e.getOperator() == LS_OP_CONST || labels.count(e.getIndex()) != 0;
+        if (!e.isDecision() && (isNone || (!e.isNamed() && nbUses[e.getIndex()] < 2))) return;
+        (e.isDecision() ? decisions : definitions).push_back(e);
+        const std::size_t number = decisions.size() + definitions.size();
+        labels[e.getIndex()] = e.isNamed() ? e.getName() : "$" + std::to_string(number);
     }
 
     /// What stands for `e` as an operand.
@@ -114,24 +90,57 @@ private:
     std::string full(LSExpression e) const {
         if (e.getOperator() == LS_OP_CONST)
             return e.isDouble() ? typedNumber(e.getDoubleValue()) : std::to_string(e.getIntValue());
-        std::string text(operators.at(static_cast<std::size_t>(e.getOperator())));
+        std::string operands;
         for (int k = 0; k < e.getNbOperands(); ++k)
-            text += (k > 0 ? ", " : "(") + reference(e.getOperand(k));
-        return text + (e.getNbOperands() > 0 ? ")" : "()");
+            operands += (k > 0 ? ", " : "") + reference(e.getOperand(k));
+        return std::string(operators.at(static_cast<std::size_t>(e.getOperator()))) + "(" +
+               operands + ")";
     }
 
     ls_solver* solver;
-    std::vector<int> nbUses;            ///< by expression
-    std::map<int, std::string> labels;  ///< of what has a line of its own; empty: constraints
-    std::vector<LSExpression> own;
+    std::map<int, int> nbUses;
+    std::map<int, std::string> labels;  ///< empty: constraints
+    std::vector<LSExpression> decisions, definitions;
 };
+
+double valueOf(const vex::NorvLocalSolver& link, LSExpression e) {
+    return link.solver->getSolution().getValue(e);
+}
+
+/// Puts every decision at a value of its own. @return the levels of all variables then.
+std::vector<double> setPoint(const vex::NorvLocalSolver& link, double scale) {
+    std::vector<double> point(link.variables.size());
+    for (std::size_t j = 0; j < point.size(); ++j) {
+        const LSExpression x = link.variables[j];
+        if (!vex::isBuilt(x) || !x.isDecision()) continue;
+        const double wish = scale * (1.0 + 0.7 * static_cast<double>(j));
+        if (x.isDouble())
+            x.setDoubleValue(wish);
+        else
+            x.setIntValue(std::llround(wish));
+    }
+    for (std::size_t j = 0; j < point.size(); ++j) {
+        if (vex::isBuilt(link.variables[j])) point[j] = valueOf(link, link.variables[j]);
+    }
+    return point;
+}
+
+/// @param largest  of the numbers that rounding errors come from.
+std::string differenceOf(const std::string& what, norv::Evaluation host, double built,
+                         double largest) {
+    // Where the host has no value, what the engine says does not matter.
+    if (host.nbErrors != 0 || !std::isfinite(host.value) || !std::isfinite(built)) return {};
+    if (std::fabs(host.value - built) <= 1e-9 * std::fmax(largest, std::fabs(host.value)))
+        return {};
+    return "DIFFERS BY VALUE: " + what + " is " + typedNumber(host.value) + ", built " +
+           typedNumber(built) + "\n";
+}
 
 }  // namespace
 
 std::string modelText(ls_solver* solver) {
     const Silence silence;
-    const Writer writer(solver);
-    return writer.objectives() + writer.constraints() + writer.decisionsAndDefinitions();
+    return Writer(solver).text();
 }
 
 std::string modelSize(ls_solver* solver) {
@@ -142,6 +151,32 @@ std::string modelSize(ls_solver* solver) {
     return std::to_string(ls_nb_objectives(solver)) + " objectives, " +
            std::to_string(ls_nb_constraints(solver)) + " constraints, " +
            std::to_string(nbDecisions) + " decisions\n";
+}
+
+std::string differencesByValue(const vex::NorvLocalSolver& link, const norv::Model& model) {
+    const Silence silence;
+    std::string differences;
+    for (const double scale : {0.0, 1.0, -2.5, 0.3, 1e3}) {
+        const std::vector<double> point = setPoint(link, scale);
+        double largest = 1.0;
+        for (const double level : point) largest = std::fmax(largest, std::fabs(level));
+        for (std::size_t at = 0; at < link.constraints.size(); ++at) {
+            const auto i = static_cast<std::int32_t>(at);
+            norv::Evaluation row;
+            vex::nmoEvalFunc(link.nmo, i, point.data(), &row.value, &row.nbErrors);
+            const LSExpression constraint = link.constraints[at];
+            // A definition holds by itself.
+            differences +=
+                differenceOf("row " + std::to_string(i), row,
+                             vex::isBuilt(constraint) ? valueOf(link, constraint.getOperand(0))
+                                                      : vex::nmoGetRhsOne(link.nmo, i),
+                             largest);
+        }
+        if (vex::optGetIntStr(link.opt, "hierarchicalobj") != 0) continue;
+        differences += differenceOf("the objective", model.evaluateObjective(point),
+                                    valueOf(link, link.objectives.at(0)), largest);
+    }
+    return differences;
 }
 
 }  // namespace doubles

@@ -3,6 +3,8 @@
 #include <string>
 
 #include "localsolver.h"
+#include "norv/model.hpp"
+#include "translate/nlocalsolver.hpp"
 
 namespace doubles {
 
@@ -14,5 +16,10 @@ std::string modelText(ls_solver* solver);
 
 /// "N objectives, M constraints, K decisions".
 std::string modelSize(ls_solver* solver);
+
+/// Compares rows and objective of an instance, as the host evaluates them, with the engine's values
+/// of what was built from them, at points of all signs. The model is closed.
+/// @return a line a difference.
+std::string differencesByValue(const vex::NorvLocalSolver& link, const norv::Model& model);
 
 }  // namespace doubles

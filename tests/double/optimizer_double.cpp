@@ -9,7 +9,6 @@
 #include <tuple>
 
 #include "double/exchange.hpp"
-#include "host/library_loading.hpp"
 #include "localsolver.hpp"
 
 namespace doubles {
@@ -29,17 +28,6 @@ struct State {
 State& state() {
     static State instance;
     return instance;
-}
-
-/// The engine's own function of that name; the program's functions of these names are this file's.
-template <class Pointer>
-Pointer engineFunction(const char* name) {
-    const vex::LibraryLoading& loading = vex::platformLoading();
-    static std::string reason;
-    static const vex::LibraryHandle engine = loading.open(VEXCC_ENGINE_LIBRARY, reason);
-    const vex::AnyFunction address = engine != nullptr ? loading.find(engine, name) : nullptr;
-    if (address == nullptr) throw std::runtime_error(std::string(name) + ": " + reason);
-    return reinterpret_cast<Pointer>(address);
 }
 
 void report(int code, const char* text, const char* function) {
@@ -162,7 +150,7 @@ struct Call<Function> {
                 return std::snprintf(std::get<nb - 2>(all), room, "<%s>", name) + 1;
             }
         }
-        static const auto real = engineFunction<Result (*)(Arguments...)>(name);
+        static const auto real = reinterpret_cast<Result (*)(Arguments...)>(realFunction(name));
         return std::apply(real, all);
     }
 };

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstring>
 #include <limits>
+#include <queue>
 #include <stdexcept>
 #include <string_view>
 #include <type_traits>
@@ -49,72 +50,59 @@ std::string textOfAll(Arguments... arguments) {
     return text;
 }
 
-/// Writes one piece of an answer through an output argument; leaves the others alone.
-class OutputWriter {
-public:
-    explicit OutputWriter(std::vector<std::string> answer) : pieces(std::move(answer)) {}
-
-    std::string next() { return at < pieces.size() ? pieces[at++] : ""; }
-
-    template <class Argument>
-    void write(Argument argument) {
-        if constexpr (std::is_same_v<Argument, char*>) {
-            const std::string text = next();
-            if (argument != nullptr) std::memcpy(argument, text.c_str(), text.size() + 1);
-        } else if constexpr (std::is_same_v<Argument, void**>) {
-            const std::string piece = next();
-            if (!piece.empty()) *argument = piece == "null" ? nullptr : static_cast<void*>(this);
-        } else if constexpr (std::is_same_v<Argument, double*> ||
-                             std::is_same_v<Argument, std::int32_t*>) {
-            if (argument == nullptr) return;
-            for (const std::string& word : split(next(), " ")) {
+/// Writes the next piece of an answer through an output argument; leaves the others alone.
+template <class Argument>
+void write(std::queue<std::string>& pieces, Argument argument) {
+    constexpr bool isText = std::is_same_v<Argument, char*>;
+    constexpr bool isNumbers =
+        std::is_same_v<Argument, double*> || std::is_same_v<Argument, std::int32_t*>;
+    if constexpr (isText || isNumbers) {
+        if (pieces.empty() || argument == nullptr) return;
+        const std::string piece = pieces.front();
+        pieces.pop();
+        if constexpr (isText) {
+            std::memcpy(argument, piece.c_str(), piece.size() + 1);
+        } else {
+            for (const std::string& word : split(piece, " ")) {
                 if (!word.empty())
                     *argument++ = static_cast<std::remove_pointer_t<Argument>>(numberOf(word));
             }
         }
     }
+}
 
-private:
-    std::vector<std::string> pieces;
-    std::size_t at = 0;
-};
-
+/// A scripted answer: what is returned, but for texts, and then what is written.
 template <class Result, class... Arguments>
 Result decode(const std::string& answer, Arguments... arguments) {
-    OutputWriter writer(split(answer, ","));
+    std::queue<std::string> pieces;
+    for (const std::string& piece : split(answer, ",")) pieces.push(piece);
+    Result result{};
     if constexpr (std::is_same_v<Result, char*>) {
-        if (answer == "null") return nullptr;
-        char* buffer = nullptr;
-        const auto take = [&buffer](auto argument) {
-            if constexpr (std::is_same_v<decltype(argument), char*>) buffer = argument;
+        const auto take = [&result](auto argument) {
+            if constexpr (std::is_same_v<decltype(argument), char*>) result = argument;
         };
-        (take(arguments), ...);
-        (writer.write(arguments), ...);
-        return buffer;
-    } else if constexpr (std::is_void_v<Result>) {
-        (writer.write(arguments), ...);
+        if (answer != "null") (take(arguments), ...);
     } else if constexpr (std::is_arithmetic_v<Result>) {
-        const auto result = static_cast<Result>(numberOf(writer.next()));
-        (writer.write(arguments), ...);
-        return result;
-    } else {
-        return Result();
+        result = static_cast<Result>(numberOf(pieces.front()));
+        pieces.pop();
     }
+    if (answer != "null") (write(pieces, arguments), ...);
+    return result;
 }
 
 /// What the result's type has to offer to a fault.
 template <class Result, class... Arguments>
 Result extreme(Fault fault, Arguments... arguments) {
     using Limits = std::numeric_limits<Result>;
-    if constexpr (std::is_same_v<Result, char*>) {
-        return decode<Result>(fault == Fault::low ? std::string(255, 'w') : "null", arguments...);
-    } else if constexpr (std::is_floating_point_v<Result>) {
-        return fault == Fault::low ? Limits::quiet_NaN() : Limits::infinity();
-    } else if constexpr (std::is_integral_v<Result>) {
-        return fault == Fault::low ? Limits::min() : Limits::max();
-    } else {
+    const bool isLow = fault == Fault::low;
+    if constexpr (std::is_same_v<Result, char*>)
+        return decode<Result>(isLow ? std::string(255, 'w') : "null", arguments...);
+    else if constexpr (std::is_floating_point_v<Result>)
+        return isLow ? Limits::quiet_NaN() : Limits::infinity();
+    else if constexpr (std::is_integral_v<Result>)
+        return isLow ? Limits::min() : Limits::max();
+    else
         return Result();
-    }
 }
 
 inline void throwPlanned(const std::string& kind, const char* name) {
@@ -152,9 +140,10 @@ Result respond(const char* name, bool mayFail, Real&& real, Arguments... argumen
         throwPlanned(answer != nullptr ? answer->substr(6) : "standard", name);
         return Result();
     }
+    using Answer = std::conditional_t<std::is_void_v<Result>, std::nullptr_t, Result>;
     const auto result = [&]() -> Result {
         if (fault != Fault::none) return extreme<Result>(fault, arguments...);
-        if (answer != nullptr) return decode<Result>(*answer, arguments...);
+        if (answer != nullptr) return static_cast<Result>(decode<Answer>(*answer, arguments...));
         return real(arguments...);
     };
     if constexpr (std::is_void_v<Result>) {
@@ -162,13 +151,10 @@ Result respond(const char* name, bool mayFail, Real&& real, Arguments... argumen
         tell("");
         result();
     } else {
+        using Shown = std::conditional_t<std::is_same_v<Result, char*>, const char*, Result>;
         const Result answered = result();
-        if constexpr (std::is_pointer_v<Result> && !std::is_same_v<Result, char*>)
-            tell(answered == nullptr ? " = null" : "");
-        else if constexpr (std::is_same_v<Result, char*>)
-            tell(" = " + (answered != nullptr ? quoted(answered) : "null"));
-        else
-            tell(" = " + textOf(answered));
+        const std::string shown = textOf<Shown>(answered);
+        tell(shown.empty() ? "" : " = " + shown);
         return answered;
     }
 }

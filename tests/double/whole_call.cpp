@@ -15,7 +15,6 @@
 #include "double/instance_text.hpp"
 #include "double/model_text.hpp"
 #include "double/optimizer_double.hpp"
-#include "double/value_check.hpp"
 #include "host/host_interfaces.hpp"
 #include "link/entry_points.hpp"
 #include "norv/environment.hpp"
@@ -103,19 +102,15 @@ Case readCase(const std::vector<std::string>& lines) {
     return c;
 }
 
-const vex::HostInterface& interfaceOf(const std::string& prefix) {
-    static const std::map<std::string, const vex::HostInterface*> all = {
-        {"nmo", &vex::nmoInterface},
-        {"nev", &vex::nevInterface},
-        {"hux", &vex::huxInterface},
-        {"opt", &vex::optInterface}};
-    return *all.at(prefix);
-}
+const std::map<std::string, const vex::HostInterface*> interfaces = {{"nmo", &vex::nmoInterface},
+                                                                     {"nev", &vex::nevInterface},
+                                                                     {"hux", &vex::huxInterface},
+                                                                     {"opt", &vex::optInterface}};
 
 /// What a fresh binding says where there is room for so much. The slots hold the double again
 /// afterwards.
 std::string bindAnew(const Words& step) {
-    const vex::HostInterface& interface = interfaceOf(step[1]);
+    const vex::HostInterface& interface = *interfaces.at(step[1]);
     const std::size_t room = step.size() > 2 ? std::stoul(step[2]) : 1024;
     std::string message(1100, '#');
     vex::Binding binding(interface);

@@ -9,7 +9,7 @@
 /// A case is a list of statements, separated by ';' or on lines of their own. Those of an instance
 /// (instance_text.hpp) and, in any order:
 ///   setup | solve | whole    which calls are shown: of model setup with the model built, and what
-///                            differs by value (value_check.hpp); of the solve; all that change
+///                            differs by value (model_text.hpp); of the solve; all that change
 ///                            something. At first setup.
 ///   do STEP…                 in place of "ready" (setup) and of "ready solve" for each search:
 ///                            steps ready, solve; throws: model setup alone, the exception that
