@@ -131,16 +131,15 @@ public:
     explicit Run(const Case& c)
         : asked(c), model(readInstance(c.instance, environment)), log(c.kind, c.rules) {
         log.abbreviate(scratch.path.string(), "$tmp");
-        log.abbreviate(std::string("64") + vex::librarySuffix + "\"", "64.lib\"");
-        log.abbreviate(std::string("64") + vex::librarySuffix + ":", "64.lib:");
+        log.abbreviate(std::string("64") + vex::librarySuffix, "64.lib");
         log.abbreviate(VEXCC_SYSTEM_DIRECTORY "/", "$system/");
         environment.setSystemDirectory(VEXCC_SYSTEM_DIRECTORY);
         setLevels();
         handles.model = model.handle();
-        if (asked.ownOptions)
-            writeOptionFile();
-        else
-            setOptions();
+        handles.options = asked.ownOptions ? nullptr : options.handle();
+        if (!options.readDefinition(VEXCC_SYSTEM_DIRECTORY "/optlocalsolver.def"))
+            throw std::invalid_argument(options.messages().front().text);
+        if (!asked.options.empty()) writeOptionFile();
         setSearches(asked.searches);
     }
     ~Run() {
@@ -179,10 +178,6 @@ private:
         log.addLines(inFull ? modelText(solver) : modelSize(solver));
     }
 
-    std::string expanded(const std::string& text) const {
-        return replaced(text, "$tmp", scratch.path.string());
-    }
-
     void setLevels() {
         for (std::size_t k = 0; k + 1 < asked.levels.size(); k += 2) {
             std::int32_t j = 0;
@@ -195,20 +190,10 @@ private:
     void writeOptionFile() {
         const std::string path = scratch.path.string() + "/localsolver.opt";
         std::ofstream file(path);
-        for (const std::string& option : asked.options) file << expanded(option) << "\n";
+        file << "solvetracetime 0\n";  // no case may depend on how long it takes
+        for (const std::string& option : asked.options)
+            file << replaced(option, "$tmp", scratch.path.string()) << "\n";
         model.setOptionFile(path, 2);
-    }
-
-    void setOptions() {
-        if (!options.readDefinition(VEXCC_SYSTEM_DIRECTORY "/optlocalsolver.def"))
-            throw std::invalid_argument(options.messages().front().text);
-        handles.options = options.handle();
-        // No case may depend on how long it takes.
-        options.set("solvetracetime 0", "case");
-        for (const std::string& option : asked.options) {
-            if (!options.set(expanded(option), "case"))
-                throw std::invalid_argument(options.messages().back().text);
-        }
     }
 
     void perform(const std::string& step) {
@@ -248,8 +233,6 @@ private:
         } catch (const localsolver::LSException& error) {
             return "LSException " + std::to_string(error.getErrorCode()) + " of " +
                    error.getFileName() + ", " + error.getFunctionName() + "\n";
-        } catch (const vex::RecursionDepthLimitReached&) {
-            return "RecursionDepthLimitReached\n";
         }
         return "no exception\n";
     }

@@ -20,7 +20,7 @@
 ///                            that fits counts; without ls_close a model is shown by its size alone
 ///   option NAME VALUE | NAME VALUE…   lines of the option file; $tmp stands for a folder of its
 ///                            own, whose files dump and trace are shown at the end
-///   own                      the host hands over no option object: the file is read for real
+///   own                      the host hands over no option object
 ///   level NAME VALUE…        the variables' levels before
 ///   answer CALL = ANSWER | CALL = ANSWER…   what calls answer (Exchange::answer)
 ///   search WORD… | WORD…     what one search does after the other (setSearches); at first one

@@ -25,7 +25,6 @@ const Lines everything = {
     "cont x in 4 4 ; int n in 2 2 ; cont d in 0 9 ; max x + n * n + d",
     "c1 : x + n <= 9 ; c2 : [ 1:x 20:10 ] >= 1 ; def : 2 d + x = 8",
     "option aggrvars 1 | solvetrace $tmp/trace | dumpmodel $tmp/dump | writelsp $tmp/lsp",
-    "option solvetracetime 0",
     "search 0 3 4 1 status=3",
     "whole",
     "own"};
