@@ -1,6 +1,7 @@
 #include "defvars/order_list.hpp"
 
 #include <algorithm>
+#include <cassert>
 
 namespace vex {
 
@@ -24,6 +25,7 @@ void OrderList::remove(std::int32_t v) {
     const std::int32_t right = at(v).after;
     (left == none ? first_ : at(left).after) = right;
     (right == none ? last_ : at(right).before) = left;
+    at(v).number = 0;
 }
 
 /// How much larger the right neighbour's number is than the left one's.
@@ -32,6 +34,7 @@ std::uint64_t OrderList::room(std::int32_t left, std::int32_t right) const {
 }
 
 void OrderList::placeBetween(std::int32_t left, std::int32_t v, std::int32_t right) {
+    assert(at(v).number == 0);
     if (room(left, right) < 2) spreadAround(left == none ? right : left);
     const std::uint64_t half = room(left, right) / 2;
     if (left != none)

@@ -23,7 +23,7 @@ public:
     void placeAfter(std::int32_t v, std::int32_t u) { placeBetween(u, v, at(u).after); }
     void remove(std::int32_t v);
 
-    /// Is member `u` in front of member `v`? Those that were never placed are all equal.
+    /// Is member `u` in front of member `v`? Those that are not in the list are all equal.
     [[nodiscard]] bool isBefore(std::int32_t u, std::int32_t v) const {
         return at(u).number < at(v).number;
     }
@@ -32,7 +32,7 @@ private:
     static constexpr std::int32_t none = -1;
 
     struct Member {
-        std::uint64_t number = 0;  ///< ascending along the list; 0: never placed
+        std::uint64_t number = 0;  ///< ascending along the list; 0: not in it
         std::int32_t before = none;
         std::int32_t after = none;
     };
