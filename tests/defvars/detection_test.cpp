@@ -110,13 +110,9 @@ void findByReference(vex::ModelHandle nmo, vex::DefinedVariables& definedVariabl
 }
 
 /// Random numbers in [0, n).
-class Dice {
-public:
-    explicit Dice(unsigned seed) : engine(seed) {}
-    int operator()(int n) { return static_cast<int>(engine() % static_cast<unsigned>(n)); }
-
-private:
+struct Dice {
     std::mt19937 engine;
+    int operator()(int n) { return static_cast<int>(engine() % static_cast<unsigned>(n)); }
 };
 
 std::string randomInstance(Dice& dice, int nbVariables, int nbRows) {
@@ -158,7 +154,7 @@ TEST(Detection, AgreesWithThePlainSearchOnRandomInstances) {
     doubles::bindHost();
     std::size_t nbDefined = 0;
     for (unsigned seed = 0; seed < 2000; ++seed) {
-        Dice dice(seed);
+        Dice dice{std::mt19937(seed)};
         const int size = seed % 20 == 0 ? 60 : 8;
         const std::string instance = randomInstance(dice, 2 + dice(size), 1 + dice(size));
         const norv::Environment environment;

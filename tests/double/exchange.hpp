@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// What the doubles of the host and of the optimizer have in common: one record of all calls and
@@ -52,12 +53,9 @@ public:
     [[nodiscard]] const std::string& spoiled() const { return spoiledName; }
 
 private:
-    struct Answers {
-        std::vector<std::string> values;
-        std::size_t next = 0;
-    };
     std::vector<Listener> listeners;
-    std::map<std::string, Answers> answers;
+    /// By key, and the position of the next one.
+    std::map<std::string, std::pair<std::vector<std::string>, std::size_t>> answers;
     std::int64_t nbCounted = 0;
     std::int64_t spoiledCall = 0;  // 0: none
     Fault spoiledFault = Fault::none;

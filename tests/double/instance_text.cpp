@@ -16,20 +16,18 @@
 
 namespace {
 
-const std::map<std::string, std::int32_t, std::less<>> variableTypes = {
+const std::map<std::string, std::int32_t> variableTypes = {
     {"cont", hostapi::variable_type::continuous},
     {"bin", hostapi::variable_type::binary},
     {"int", hostapi::variable_type::integer},
     {"semicont", hostapi::variable_type::semiContinuous},
-    {"semiint", hostapi::variable_type::semiInteger},
-    {"sos1", hostapi::variable_type::specialOrdered1},
-    {"sos2", hostapi::variable_type::specialOrdered2}};
+    {"semiint", hostapi::variable_type::semiInteger}};
 
-const std::map<std::string, std::int32_t, std::less<>> relations = {
-    {"=", hostapi::equation_type::equality},     {">=", hostapi::equation_type::greater},
-    {"<=", hostapi::equation_type::less},        {"=free=", hostapi::equation_type::free},
-    {"=ext=", hostapi::equation_type::external}, {"=cone=", hostapi::equation_type::cone},
-    {"=logic=", hostapi::equation_type::logic}};
+const std::map<std::string, std::int32_t> relations = {{"=", hostapi::equation_type::equality},
+                                                       {">=", hostapi::equation_type::greater},
+                                                       {"<=", hostapi::equation_type::less},
+                                                       {"=free=", hostapi::equation_type::free},
+                                                       {"=logic=", hostapi::equation_type::logic}};
 
 class Reader {
 public:

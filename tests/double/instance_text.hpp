@@ -10,11 +10,11 @@
 /// Instances as text, for tables of cases.
 ///
 /// Statements end with ';'. Variables are numbered as they are met first, rows as they are written.
-///   cont | bin | int | semicont | semiint | sos1 | sos2  NAME [in LOWER UPPER]   declares
+///   cont | bin | int | semicont | semiint  NAME [in LOWER UPPER]   declares
 ///   min | max  FUNCTION                       the objective; constants in it become its constant
-///   NAME : FUNCTION RELATION NUMBER           a row; RELATION: = >= <= =free= =ext= =cone= =logic=
-///   for N STATEMENT                           for k = 1, …, N, which # stands for, and ## for k +
-///   1 names off                                 the instance carries no names square a square
+///   NAME : FUNCTION RELATION NUMBER           a row; RELATION: = >= <= =free= =logic=
+///   for N STATEMENT                           N times; # stands for 1, 2, …, ## for the next
+///   number names off                                 the instance carries no names square a square
 ///   system
 /// A FUNCTION is a list of terms, each with its sign: 3 x, - y, 2 x * y, x * x, 4, and instruction
 /// lists, [ 1:x 2:2.5 4 ]: opcodes by number, with the variable, the constant or the number of

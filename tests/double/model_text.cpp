@@ -36,6 +36,12 @@ public:
         for (int e = 0; e < ls_nb_expressions(solver); ++e) nameIfOwn(at(e));
     }
 
+    std::string size() const {
+        return std::to_string(ls_nb_objectives(solver)) + " objectives, " +
+               std::to_string(ls_nb_constraints(solver)) + " constraints, " +
+               std::to_string(decisions.size()) + " decisions\n";
+    }
+
     std::string text() const {
         Lines lines;
         const int nb = ls_nb_objectives(solver);
@@ -125,32 +131,12 @@ std::vector<double> setPoint(const vex::NorvLocalSolver& link, double scale) {
     return point;
 }
 
-/// @param largest  of the numbers that rounding errors come from.
-std::string differenceOf(const std::string& what, norv::Evaluation host, double built,
-                         double largest) {
-    // Where the host has no value, what the engine says does not matter.
-    if (host.nbErrors != 0 || !std::isfinite(host.value) || !std::isfinite(built)) return {};
-    if (std::fabs(host.value - built) <= 1e-9 * std::fmax(largest, std::fabs(host.value)))
-        return {};
-    return "DIFFERS BY VALUE: " + what + " is " + typedNumber(host.value) + ", built " +
-           typedNumber(built) + "\n";
-}
-
 }  // namespace
 
-std::string modelText(ls_solver* solver) {
+std::string modelText(ls_solver* solver, bool inFull) {
     const Silence silence;
-    return Writer(solver).text();
-}
-
-std::string modelSize(ls_solver* solver) {
-    const Silence silence;
-    int nbDecisions = 0;
-    for (int e = 0; e < ls_nb_expressions(solver); ++e)
-        nbDecisions += ls_expr_is_decision(solver, e);
-    return std::to_string(ls_nb_objectives(solver)) + " objectives, " +
-           std::to_string(ls_nb_constraints(solver)) + " constraints, " +
-           std::to_string(nbDecisions) + " decisions\n";
+    const Writer writer(solver);
+    return inFull ? writer.text() : writer.size();
 }
 
 std::string differencesByValue(const vex::NorvLocalSolver& link, const norv::Model& model) {
@@ -158,23 +144,30 @@ std::string differencesByValue(const vex::NorvLocalSolver& link, const norv::Mod
     std::string differences;
     for (const double scale : {0.0, 1.0, -2.5, 0.3, 1e3}) {
         const std::vector<double> point = setPoint(link, scale);
-        double largest = 1.0;
+        double largest = 1.0;  // of the numbers that rounding errors come from
         for (const double level : point) largest = std::fmax(largest, std::fabs(level));
+        const auto compare = [&](std::size_t row, norv::Evaluation host, double built) {
+            // Where the host has no value, what the engine says does not matter.
+            const double allowed = 1e-9 * std::fmax(largest, std::fabs(host.value));
+            if (host.nbErrors == 0 && std::isfinite(host.value) && std::isfinite(built) &&
+                !(std::fabs(host.value - built) <= allowed))
+                differences += "DIFFERS BY VALUE: row " + std::to_string(row) + " is " +
+                               typedNumber(host.value) + ", built " + typedNumber(built) + "\n";
+        };
         for (std::size_t at = 0; at < link.constraints.size(); ++at) {
             const auto i = static_cast<std::int32_t>(at);
             norv::Evaluation row;
             vex::nmoEvalFunc(link.nmo, i, point.data(), &row.value, &row.nbErrors);
             const LSExpression constraint = link.constraints[at];
             // A definition holds by itself.
-            differences +=
-                differenceOf("row " + std::to_string(i), row,
-                             vex::isBuilt(constraint) ? valueOf(link, constraint.getOperand(0))
-                                                      : vex::nmoGetRhsOne(link.nmo, i),
-                             largest);
+            compare(at, row,
+                    vex::isBuilt(constraint) ? valueOf(link, constraint.getOperand(0))
+                                             : vex::nmoGetRhsOne(link.nmo, i));
         }
-        if (vex::optGetIntStr(link.opt, "hierarchicalobj") != 0) continue;
-        differences += differenceOf("the objective", model.evaluateObjective(point),
-                                    valueOf(link, link.objectives.at(0)), largest);
+        // The objective comes behind the rows.
+        if (vex::optGetIntStr(link.opt, "hierarchicalobj") == 0)
+            compare(link.constraints.size(), model.evaluateObjective(point),
+                    valueOf(link, link.objectives.at(0)));
     }
     return differences;
 }

@@ -12,10 +12,8 @@ namespace doubles {
 /// objective without terms, and constraints without name share lines; then the decisions in the
 /// order of creation, neighbours of one domain together; then a line an expression that has a name
 /// or is used more than once. These are called by their names and, where there are none, $1, $2, …
-std::string modelText(ls_solver* solver);
-
-/// "N objectives, M constraints, K decisions".
-std::string modelSize(ls_solver* solver);
+/// In short: "N objectives, M constraints, K decisions".
+std::string modelText(ls_solver* solver, bool inFull);
 
 /// Compares rows and objective of an instance, as the host evaluates them, with the engine's values
 /// of what was built from them, at points of all signs. The model is closed.

@@ -75,9 +75,7 @@ void search(ls_solver* solver) {
             std::this_thread::sleep_for(std::chrono::milliseconds(400));
         } else if (word == "lines") {
             std::ifstream trace("trace");
-            std::string unused;
-            int nbLines = 0;
-            while (std::getline(trace, unused)) ++nbLines;
+            const auto nbLines = std::count(std::istreambuf_iterator<char>(trace), {}, '\n');
             exchange().tell("lines", std::to_string(nbLines), "");
         } else if (equals == std::string::npos) {
             runEvent(solver, static_cast<int>(numberOf(word)));

@@ -175,7 +175,7 @@ private:
         ls_solver* solver = link().solver->getHandle();
         const auto& rules = asked.rules;
         const bool inFull = std::find(rules.begin(), rules.end(), "-ls_close") == rules.end();
-        log.addLines(inFull ? modelText(solver) : modelSize(solver));
+        log.addLines(modelText(solver, inFull));
     }
 
     void setLevels() {

@@ -4,34 +4,31 @@
 
 #include "host/exported.hpp"
 
-#define SMALL_HOST_EXPORTED extern "C" VEX_EXPORTED
+static std::int32_t nbObjects = 0;  // created and not yet freed
 
-namespace {
+extern "C" {
 
-std::int32_t nbObjects = 0;  // created and not yet freed
-char anObject = 0;
-
-}  // namespace
-
-SMALL_HOST_EXPORTED std::int32_t XCreate(void** handle) {
+VEX_EXPORTED std::int32_t XCreate(void** handle) {
     ++nbObjects;
-    *handle = &anObject;
+    *handle = &nbObjects;
     return 1;
 }
 
-SMALL_HOST_EXPORTED void XFree(void** handle) {
+VEX_EXPORTED void XFree(void** handle) {
     --nbObjects;
     *handle = nullptr;
 }
 
-SMALL_HOST_EXPORTED std::int32_t CXCheck(const char*, std::int32_t, const std::int32_t*, char*) {
+VEX_EXPORTED std::int32_t CXCheck(const char*, std::int32_t, const std::int32_t*, char*) {
     return 0;
 }
 
-SMALL_HOST_EXPORTED std::int32_t CXAPIVersion(std::int32_t, char*, std::int32_t*) {
+VEX_EXPORTED std::int32_t CXAPIVersion(std::int32_t, char*, std::int32_t*) {
     return 1;
 }
 
-SMALL_HOST_EXPORTED std::int32_t smallHostObjects() {
+VEX_EXPORTED std::int32_t smallHostObjects() {
     return nbObjects;
 }
+
+}  // extern "C"
