@@ -39,7 +39,8 @@ class ModelText {
 public:
     explicit ModelText(std::string_view text) : text_(text) {
         for (skip(); at_ < text_.size(); skip()) statement();
-        model = closeModel(store_, constraints_, objectives_);
+        model = copyGraph(store_);
+        completeModel(model, constraints_, objectives_);
     }
     ClosedModel model;
     [[nodiscard]] ExpressionIndex named(const std::string& name) const { return names_.at(name); }

@@ -1,6 +1,7 @@
 #include "model/close_model.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "model/domain.hpp"
 #include "model/operator_table.hpp"
@@ -35,6 +36,7 @@ void checkArrayLengths(const ExpressionStore& store, ExpressionIndex e) {
 void copyOperands(const ExpressionStore& store, ClosedModel& model) {
     const auto n = static_cast<std::size_t>(store.nbExpressions());
     model.op.reserve(n);
+    model.constantValue.resize(n);
     model.firstOperand.reserve(n + 1);
     model.operand.reserve(static_cast<std::size_t>(store.nbOperands()));
     for (ExpressionIndex e = 0; e < store.nbExpressions(); ++e) {
@@ -43,6 +45,9 @@ void copyOperands(const ExpressionStore& store, ClosedModel& model) {
         model.op.push_back(static_cast<std::uint8_t>(store.operatorOf(e)));
         model.firstOperand.push_back(static_cast<std::int32_t>(model.operand.size()));
         store.forEachOperand(e, [&](ExpressionIndex o) { model.operand.push_back(o); });
+        if (store.operatorOf(e) == LS_OP_CONST) {
+            model.constantValue[static_cast<std::size_t>(e)] = store.constantOf(e);
+        }
     }
     model.firstOperand.push_back(static_cast<std::int32_t>(model.operand.size()));
 }
@@ -102,7 +107,7 @@ void computeOrder(ClosedModel& model) {
                                  "others",
                                  e, operatorInfo(model.operatorOf(e)).name.data()));
     }
-    model.rank.resize(n);
+    model.rank = std::move(nbWaiting);  // in whose place it comes
     for (std::size_t k = 0; k < n; ++k) {
         model.rank[static_cast<std::size_t>(model.order[k])] = static_cast<std::int32_t>(k);
     }
@@ -130,13 +135,11 @@ bool isDoubleResult(const ClosedModel& model, ExpressionIndex e) {
     return false;
 }
 
-void computeTypes(const ExpressionStore& store, ClosedModel& model) {
+void computeTypes(ClosedModel& model) {
     const auto n = static_cast<std::size_t>(model.nbExpressions());
-    model.constantValue.resize(n);
     model.isDouble.resize(n);
     for (const ExpressionIndex e : model.order) {
         const auto k = static_cast<std::size_t>(e);
-        if (model.operatorOf(e) == LS_OP_CONST) model.constantValue[k] = store.constantOf(e);
         model.isDouble[k] = isDoubleResult(model, e) ? 1 : 0;
     }
 }
@@ -161,18 +164,37 @@ void collectDecisions(ClosedModel& model) {
 
 }  // namespace
 
-ClosedModel closeModel(const ExpressionStore& store,
-                       const std::vector<ExpressionIndex>& constraints,
-                       const std::vector<Objective>& objectives) {
+ClosedModel copyGraph(const ExpressionStore& store) {
     ClosedModel model;
     copyOperands(store, model);
+    return model;
+}
+
+void completeModel(ClosedModel& model, const std::vector<ExpressionIndex>& constraints,
+                   const std::vector<Objective>& objectives) {
     computeUsers(model);
     computeOrder(model);
-    computeTypes(store, model);
+    computeTypes(model);
     collectDecisions(model);
     model.constraint = constraints;
     model.objective = objectives;
-    return model;
+}
+
+void refill(ExpressionStore& store, ClosedModel graph) {
+    for (auto* derived : {&graph.firstUser, &graph.user, &graph.rank, &graph.order}) {
+        *derived = std::vector<std::int32_t>();
+    }
+    for (ExpressionIndex e = 0; e < graph.nbExpressions(); ++e) {
+        const ls_operator op = graph.operatorOf(e);
+        if (op == LS_OP_CONST) {
+            store.createConstant(graph.constantValue[static_cast<std::size_t>(e)]);
+        } else {
+            store.createExpression(op);
+        }
+    }
+    for (ExpressionIndex e = 0; e < graph.nbExpressions(); ++e) {
+        for (const ExpressionIndex o : graph.operandsOf(e)) store.addOperand(e, o);
+    }
 }
 
 }  // namespace engine

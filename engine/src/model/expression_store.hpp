@@ -24,6 +24,7 @@ class ExpressionStore {
 public:
     explicit ExpressionStore(StoreLimits limits = {}) : limits_(limits) {}
 
+    [[nodiscard]] const StoreLimits& limits() const { return limits_; }
     [[nodiscard]] std::int32_t nbExpressions() const {
         return static_cast<std::int32_t>(nodes_.size());
     }

@@ -46,8 +46,16 @@ void Model::addObjective(Objective objective) {
 }
 
 void Model::close() {
-    closed_ = std::make_shared<const ClosedModel>(closeModel(*store_, constraints_, objectives_));
+    auto closed = std::make_shared<ClosedModel>(copyGraph(*store_));
+    store_ = std::make_unique<ExpressionStore>(store_->limits());
+    try {
+        completeModel(*closed, constraints_, objectives_);
+    } catch (...) {
+        refill(*store_, std::move(*closed));
+        throw;
+    }
     store_.reset();
+    closed_ = std::move(closed);
     constraints_ = {};
     objectives_ = {};
 }

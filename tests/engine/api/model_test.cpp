@@ -87,6 +87,20 @@ TEST(Model, IllFormedModelsAreRefusedByTheCallThatSeesIt) {
     }
 }
 
+TEST(Model, AModelRefusedForACycleReadsAsBefore) {
+    RecordingHook hook;
+    const SolverHandle s = makeSolver();
+    const int half = constant(s.get(), 0.5);
+    const int sum = expression(s.get(), LS_OP_SUM, {half, constant(s.get(), -7)});
+    ls_expr_add_operand(s.get(), sum, expression(s.get(), LS_OP_ABS, {sum}));
+    ls_close(s.get());
+    EXPECT_EQ(hook.take().code, LS_ERROR_ARGUMENT);
+    EXPECT_EQ(ls_expr_nb_operands(s.get(), sum), 3);
+    EXPECT_EQ(ls_expr_get_operator(s.get(), ls_expr_get_operand(s.get(), sum, 2)), LS_OP_ABS);
+    EXPECT_EQ(ls_expr_get_double_value(s.get(), half), 0.5);
+    EXPECT_EQ(ls_expr_get_int_value(s.get(), ls_expr_get_operand(s.get(), sum, 1)), -7);
+}
+
 TEST(Model, ARefusedCloseCanBeMended) {
     RecordingHook hook;
     const SolverHandle s = makeSolver();
