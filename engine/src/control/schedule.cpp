@@ -7,11 +7,11 @@
 
 namespace engine {
 
-Schedule::Schedule(std::shared_ptr<const ClosedModel> model, Point start, int seed,
-                   std::function<bool()> mustHold)
+Schedule::Schedule(std::shared_ptr<const ClosedModel> model, const Propagator* root, Point start,
+                   int seed, std::function<bool()> mustHold)
     : mustHold_(std::move(mustHold)),
       model_(std::move(model)),
-      ground_(std::make_shared<Ground>(*model_, std::move(start), seed)),
+      ground_(std::make_shared<Ground>(*model_, std::move(start), seed, root)),
       stages_(makeStages(*ground_)) {}
 
 void Schedule::openStage() {

@@ -20,8 +20,9 @@ namespace engine {
 class Schedule {
 public:
     /// @param mustHold  asked on the methods' threads several times a second; true holds them.
-    Schedule(std::shared_ptr<const ClosedModel> model, Point start, int seed,
-             std::function<bool()> mustHold);
+    /// @param root      propagated already, without conflict; or null.
+    Schedule(std::shared_ptr<const ClosedModel> model, const Propagator* root, Point start,
+             int seed, std::function<bool()> mustHold);
 
     /// All methods have ended.
     [[nodiscard]] bool isOver() const { return running_.empty() && next_ == stages_.size(); }

@@ -72,10 +72,11 @@ SolveRun::SolveRun(RunContext context)
       lastIterationTick_(start_),
       domain_(model_.domain),
       team_(nbThreadsOf(context_.parameters)),
-      schedule_(context_.model, context_.solution.point(), context_.parameters.seed, [this] {
-          team_.parkIfPaused();
-          return context_.stopSignal.workersHalt().load();
-      }) {}
+      schedule_(context_.model, context_.root, context_.solution.point(), context_.parameters.seed,
+                [this] {
+                    team_.parkIfPaused();
+                    return context_.stopSignal.workersHalt().load();
+                }) {}
 
 SolveRun::~SolveRun() {
     context_.stopSignal.halt();

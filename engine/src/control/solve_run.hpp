@@ -18,6 +18,7 @@ namespace engine {
 /// What a solve works on; owned by the solver, which outlives the run.
 struct RunContext {
     std::shared_ptr<const ClosedModel> model;
+    const Propagator* root;  ///< propagated without conflict, or null
     const Parameters& parameters;
     const std::vector<Phase>& phases;
     Solution& solution;

@@ -12,19 +12,9 @@ namespace engine {
 
 namespace {
 
-/// Up to this many operands the proof takes a fraction of a second; larger models are propagated
+/// Up to this many operands the proof takes a small part of a second; larger models are propagated
 /// when a solve begins, under its time limit.
-constexpr std::size_t nbOperandsProvedAtClose = 500'000;
-
-bool isQuicklyRefuted(const ClosedModel& model) {
-    if (model.operand.size() > nbOperandsProvedAtClose) return false;
-    try {
-        std::vector<Interval> domain = model.domain;
-        return !propagateDomains(model, domain);
-    } catch (const std::bad_alloc&) {
-        return false;  // the proof is a bonus, the model is closed without it
-    }
-}
+constexpr std::size_t nbOperandsProvedAtClose = 200'000;
 
 }  // namespace
 
@@ -32,7 +22,13 @@ void Solver::close() {
     const ExtendedPrecision precision;
     model.close();
     state_ = LS_STATE_CLOSED;
-    if (isQuicklyRefuted(model.closed())) solution().proveInconsistent();
+    if (model.closed().operand.size() > nbOperandsProvedAtClose) return;
+    try {
+        std::optional<Propagator> root = propagatedRoot(model.closed());
+        root ? void(root_.emplace(*std::move(root))) : void(solution().proveInconsistent());
+    } catch (const std::bad_alloc&) {
+        // The proof is a bonus, the model is closed without it.
+    }
 }
 
 Solution& Solver::solution() {
@@ -52,8 +48,9 @@ SolveEnding Solver::solve(ls_solver* handle) {
     state_ = LS_STATE_RUNNING;
     const SolvedAtEnd solvedAtEnd{state_};
     const ExtendedPrecision precision;
-    SolveRun run({model.sharedClosed(), parameters, phases, solution(), statistics, methodChoices,
-                  stopSignal, [&](ls_callback_type type) { emit(type, handle, ending); }});
+    SolveRun run({model.sharedClosed(), root_ ? &*root_ : nullptr, parameters, phases, solution(),
+                  statistics, methodChoices, stopSignal,
+                  [&](ls_callback_type type) { emit(type, handle, ending); }});
     run.run();
     ending.interruptText = stopSignal.interruptText();
     return ending;

@@ -11,6 +11,7 @@
 #include "control/solution.hpp"
 #include "control/statistics.hpp"
 #include "control/stop_signal.hpp"
+#include "evaluate/propagator.hpp"
 #include "model/model.hpp"
 
 namespace engine {
@@ -62,6 +63,7 @@ private:
 
     std::atomic<ls_state> state_{LS_STATE_MODELING};
     std::optional<Solution> solution_;
+    std::optional<Propagator> root_;  ///< as close() left it, for every solve
 };
 
 }  // namespace engine

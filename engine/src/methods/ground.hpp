@@ -13,8 +13,13 @@ namespace engine {
 struct Ground {
     /// @param closed  outlives this.
     /// @param from    the starting point.
-    Ground(const ClosedModel& closed, Point from, int seedOfSolve)
-        : model(closed), start(std::move(from)), seed(seedOfSolve), propagator(closed) {}
+    /// @param root    started already, without conflict; or none.
+    Ground(const ClosedModel& closed, Point from, int seedOfSolve, const Propagator* root = nullptr)
+        : model(closed),
+          start(std::move(from)),
+          seed(seedOfSolve),
+          propagator(root != nullptr ? *root : Propagator(closed)),
+          isPropagated(root != nullptr) {}
 
     const ClosedModel& model;
     /// The starting point; moved into the tightened domains once there are any.
@@ -23,6 +28,7 @@ struct Ground {
     /// Ranges at the root: started without conflict when the first stage has ended. Who branches
     /// works on a copy.
     Propagator propagator;
+    bool isPropagated;  ///< from the beginning: at close
 
     /// What the linear view says of the model: linear when nothing in it is curved. Made when first
     /// asked, by the stage's choice of methods. @return null: there is none.

@@ -5,8 +5,10 @@
 namespace engine {
 namespace {
 
+/// A few passes: what takes more converges slowly, and the methods propagate further where they
+/// branch.
 std::int64_t workLimitFor(const ClosedModel& model) {
-    return 100'000 + 8 * static_cast<std::int64_t>(model.operand.size() + model.op.size());
+    return 20'000 + 3 * static_cast<std::int64_t>(model.operand.size() + model.op.size());
 }
 
 std::vector<Interval> domainsOf(const ClosedModel& model, const Propagator& propagator) {
@@ -35,7 +37,8 @@ void Propagation::run(Pace& pace) {
     if (someIsEmpty(model().domain)) {
         return conclude(Outcome::Inconsistent, "a decision has an empty domain");
     }
-    const bool isConsistent = propagator.start(model().domain, workLimitFor(model()));
+    const bool isConsistent =
+        ground().isPropagated || propagator.start(model().domain, workLimitFor(model()));
     pace.spend(propagator.work());
     if (!isConsistent) return conclude(Outcome::Inconsistent, std::string(name()));
     findings().domain = domainsOf(model(), propagator);
@@ -52,12 +55,11 @@ std::unique_ptr<Method> makePropagation(Ground& ground) {
     return std::make_unique<Propagation>(ground);
 }
 
-bool propagateDomains(const ClosedModel& model, std::vector<Interval>& domain) {
-    if (someIsEmpty(domain)) return false;
-    Propagator propagator(model);
-    if (!propagator.start(domain, workLimitFor(model))) return false;
-    domain = domainsOf(model, propagator);
-    return true;
+std::optional<Propagator> propagatedRoot(const ClosedModel& model) {
+    if (someIsEmpty(model.domain)) return std::nullopt;
+    std::optional<Propagator> propagator(std::in_place, model);
+    if (!propagator->start(model.domain, workLimitFor(model))) propagator.reset();
+    return propagator;
 }
 
 }  // namespace engine

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <memory>
-#include <vector>
+#include <optional>
 
+#include "evaluate/propagator.hpp"
 #include "methods/method.hpp"
 
 namespace engine {
@@ -11,8 +12,8 @@ namespace engine {
 /// refutes models whose ranges contradict each other. Starts the ground's propagator.
 std::unique_ptr<Method> makePropagation(Ground& ground);
 
-/// The same at close: false when it proves the model inconsistent.
-/// @param domain  [nbDecisions], tightened in place.
-bool propagateDomains(const ClosedModel& model, std::vector<Interval>& domain);
+/// The same at close: what it leaves is the ground of the first solve.
+/// @return nothing when it proves the model inconsistent.
+std::optional<Propagator> propagatedRoot(const ClosedModel& model);
 
 }  // namespace engine

@@ -136,6 +136,19 @@ public:
         addTo(upper_, nbUnboundedUpper_, r.upper);
         mayBeNan_ = mayBeNan_ || r.mayBeNan;
     }
+    /// Terms of a finite width below this cannot be narrowed by knowing that the total lies in
+    /// `whole`; 0 where some may be NaN.
+    [[nodiscard]] double widthWithoutEffect(const Range& whole) const {
+        if (mayBeNan_ || isHuge()) return 0.0;
+        const auto room = [this](int nbUnbounded, long double slack, double side) {
+            if (nbUnbounded > 0 || std::isinf(side)) return infinity;
+            // By so much roundings may lie.
+            const double size = static_cast<double>(magnitude_) + std::fabs(side);
+            return static_cast<double>(slack) - 8.0 * DBL_EPSILON * size;
+        };
+        return std::min(room(nbUnboundedUpper_, upper_ - whole.lower, whole.lower),
+                        room(nbUnboundedLower_, whole.upper - lower_, whole.upper));
+    }
     [[nodiscard]] Range total() const {
         if (isHuge()) return {-infinity, infinity, true};
         // Both infinities among the terms: their sum may be NaN.

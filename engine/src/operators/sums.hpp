@@ -26,10 +26,13 @@ inline void sumNarrowing(const NarrowingStep& x) {
     RangeSum total;
     for (std::size_t k = 0; k < x.size(); ++k) total.add(x[k]);
     const Range whole = x.beforeRounding(2.0);
+    const double widthWithoutEffect = total.widthWithoutEffect(whole);
     for (std::size_t k = 0; k < x.size(); ++k) {
+        const Range own = x[k];
+        if (own.upper - own.lower < widthWithoutEffect) continue;
         // Ranges narrowed on the way make `rest` wider than it need be, never wrong: an operand
         // that occurs twice is taken away with the range it was added with or a narrower one.
-        const Range rest = total.without(x[k]);
+        const Range rest = total.without(own);
         const double lower = whole.lower - rest.upper;
         const double upper = whole.upper - rest.lower;
         x.restrict(k, std::isnan(lower) ? -infinity : below(lower),
