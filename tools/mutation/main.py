@@ -1,5 +1,21 @@
 #!/usr/bin/env python3
-"""Measures tests by the one-line mutations of the code that they kill; docs/testing.md explains.
+"""Measures tests by the one-line mutations of the code that they kill.
+
+FOLDER is src, engine/src, norv or hostapi, or a folder or file below them. Mutants of src meet all
+programs of tests/ but those of engine, norv, norvsolve and house; of engine those of tests/engine; of
+norv those of tests/norv and tests/norvsolve; of hostapi those of the link and the host. The scripts
+among the tests (sweeps, checks of the sources) are not run.
+
+Draws spread evenly over the lines that can be mutated, and the same seed draws the same mutants from
+the same code. A mutant that does not compile, or that compiles to the same object files, is replaced
+by the next draw. One that hangs is killed: each program has four times the processor time that it
+takes on the unchanged code, and five seconds. Entries of the list of equivalents are not drawn; those
+whose line is gone are reported.
+
+Mutants are built in copies of the tree below build/mutate/, without debug information and through the
+compiler cache, one in each copy. Each meets the programs that killed most in least processor time
+first, up to the first failure, and only the programs that hold its object files are linked. That is
+three seconds of one processor for most, twenty for one that survives.
 
 Exit status 0 when the measurement is complete, whatever it shows."""
 import argparse

@@ -1,4 +1,21 @@
-"""The mutations: each operator is a generator over the tokens of a file."""
+"""The mutations: each operator is a generator over the tokens of a file.
+
+comparison         made strict or not, turned, negated
+logic, arithmetic  && and ||, + and -, * and / exchanged; a sign dropped
+constant           a number moved by one, a character by one bit
+text               one character of a string
+constant_name      a named constant becomes another of its family: an enumerator, LS_OP_...
+table_column       a cell of a table of macro lines becomes another of its column
+condition          a condition that is no single comparison negated
+statement          an expression statement of up to three lines dropped
+result             a returned value becomes that of {}
+arguments          two neighbouring arguments exchanged
+opposite           break/continue, true/false, min/max, floor/ceil, front/back, first/second,
+                   lower_bound/upper_bound
+
+Comments, preprocessor lines, assertions, case labels, types between angle brackets, sizes of arrays
+and files of other platforms stay as they are.
+"""
 import dataclasses
 import re
 
