@@ -39,10 +39,6 @@ Exchange& exchange() {
     return instance;
 }
 
-void Exchange::reset() {
-    *this = {};
-}
-
 void Exchange::answer(const std::string& key, const std::string& values) {
     answers[key] = {split(values, " then "), 0};
 }

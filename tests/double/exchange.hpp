@@ -20,7 +20,7 @@ enum class Fault { none, low, high, thrown };
 class Exchange {
 public:
     /// Forgets calls, answers and faults; starts counting at 0. Nothing is recorded until asked.
-    void reset();
+    void reset() { *this = {}; }
 
     /// Receives every call when it is over: name, arguments, " = result" or "".
     using Listener = std::function<void(const std::string& name, const std::string& arguments,
@@ -47,10 +47,11 @@ public:
     /// Counts a call. @return how it goes wrong.
     [[nodiscard]] Fault faultOf(const std::string& name, bool mayFail);
     [[nodiscard]] std::int64_t nbCalls() const { return nbCounted; }
-    [[nodiscard]] bool isSilent() const { return nbSilences > 0; }
     [[nodiscard]] bool hasAnswers() const { return !answers.empty(); }
     /// The function whose call was spoiled, or the empty text.
     [[nodiscard]] const std::string& spoiled() const { return spoiledName; }
+
+    bool isSilent = false;
 
 private:
     std::vector<Listener> listeners;
@@ -60,8 +61,6 @@ private:
     std::int64_t spoiledCall = 0;  // 0: none
     Fault spoiledFault = Fault::none;
     std::string spoiledName;
-    int nbSilences = 0;
-    friend class Silence;
 };
 
 Exchange& exchange();
@@ -72,13 +71,22 @@ extern thread_local bool isInLink;
 /// program with doubles has an allocation of its own.
 extern thread_local int failingAllocation;
 
-/// For the scope's time calls go through untouched: neither recorded nor answered nor spoiled.
-class Silence {
+/// For the scope's time `flag` is `value`.
+class Holding {
 public:
-    Silence() { ++exchange().nbSilences; }
-    ~Silence() { --exchange().nbSilences; }
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
+    Holding(bool& held, bool value) : flag(held), before(held) { flag = value; }
+    ~Holding() { flag = before; }
+    Holding(const Holding&) = delete;
+    Holding& operator=(const Holding&) = delete;
+
+private:
+    bool& flag;
+    const bool before;
+};
+
+/// For the scope's time calls go through untouched: neither recorded nor answered nor spoiled.
+struct Silence : Holding {
+    Silence() : Holding(exchange().isSilent, true) {}
 };
 
 /// One call that a double answers: by `real(arguments...)` unless the script says otherwise.

@@ -63,27 +63,20 @@ std::int32_t check(const char* operation, std::int32_t nbArguments, const std::i
     return respond<std::int32_t>(name.characters, false, accept, question.c_str(), message);
 }
 
-template <class Function>
-AnyFunction any(Function* function) {
-    return reinterpret_cast<AnyFunction>(function);
-}
-
-using Symbols = std::map<std::string, AnyFunction>;
-
-const Symbols& symbols() {
+const std::map<std::string, AnyFunction>& symbols() {
 #define DOUBLE(symbol, shown, ...) \
-    { symbol, any(&Double<symbol, shown, __VA_ARGS__>::call) }
+    { symbol, reinterpret_cast<AnyFunction>(&Double<symbol, shown, __VA_ARGS__>::call) }
 #define OPERATION_plain(name, ...) DOUBLE(#name, 0, __VA_ARGS__)
 #define OPERATION_text(name, ...) DOUBLE("C" #name, 1, __VA_ARGS__)
 #define HOST_OPERATION(name, form, ...) OPERATION_##form(name, __VA_ARGS__),
-#define ENTRIES(prefix)                                                    \
-    DOUBLE(prefix "XCreate", 0, hostapi::CreateEntry),                     \
-        DOUBLE("C" prefix "XCreateD", 0, hostapi::CreateInDirectoryEntry), \
-        DOUBLE(prefix "XFree", 0, hostapi::FreeEntry),                     \
-        DOUBLE("C" prefix "XAPIVersion", 0, hostapi::VersionEntry), {      \
-        "C" prefix "XCheck", any(&check<"C" prefix "XCheck">)              \
+#define ENTRIES(prefix)                                                                 \
+    DOUBLE(prefix "XCreate", 0, hostapi::CreateEntry),                                  \
+        DOUBLE("C" prefix "XCreateD", 0, hostapi::CreateInDirectoryEntry),              \
+        DOUBLE(prefix "XFree", 0, hostapi::FreeEntry),                                  \
+        DOUBLE("C" prefix "XAPIVersion", 0, hostapi::VersionEntry), {                   \
+        "C" prefix "XCheck", reinterpret_cast<AnyFunction>(&check<"C" prefix "XCheck">) \
     }
-    static const Symbols all = {
+    static const std::map<std::string, AnyFunction> all = {
 #include "hostapi/hux_operations.inc"
 #include "hostapi/nev_operations.inc"
 #include "hostapi/nmo_operations.inc"

@@ -110,7 +110,7 @@ struct Call<Function> {
             !same<Function, &ls_delete_solver> && !same<Function, &ls_set_exception_callback>;
         Exchange& shared = exchange();
         const Holding outside(isInLink, false);
-        const Fault fault = shared.isSilent() ? Fault::none : shared.faultOf(name, mayFail);
+        const Fault fault = shared.isSilent ? Fault::none : shared.faultOf(name, mayFail);
         if (fault != Fault::none) {
             report(fault == Fault::low ? LS_ERROR_CALLER : LS_ERROR_INTERNAL, "planned failure",
                    name);
@@ -133,7 +133,7 @@ struct Call<Function> {
         } else if constexpr (same<Function, &ls_add_callback>) {
             s.callbacks.push_back({std::get<1>(all), std::get<2>(all), std::get<3>(all)});
         }
-        if (!s.searches.empty() && !exchange().isSilent()) {
+        if (!s.searches.empty() && !exchange().isSilent) {
             if constexpr (same<Function, &ls_solve>) {
                 return search(std::get<0>(all));
             } else if constexpr (same<Function, &ls_interrupt>) {

@@ -111,24 +111,11 @@ inline void throwPlanned(const std::string& kind, const char* name) {
     reportError(static_cast<int>(numberOf(kind)), name);
 }
 
-/// For the scope's time `flag` is `value`.
-class Holding {
-public:
-    Holding(bool& held, bool value) : flag(held), before(held) { flag = value; }
-    ~Holding() { flag = before; }
-    Holding(const Holding&) = delete;
-    Holding& operator=(const Holding&) = delete;
-
-private:
-    bool& flag;
-    const bool before;
-};
-
 template <class Result, class Real, class... Arguments>
 Result respond(const char* name, bool mayFail, Real&& real, Arguments... arguments) {
     Exchange& shared = exchange();
     const Holding outside(isInLink, false);
-    if (shared.isSilent()) return real(arguments...);
+    if (shared.isSilent) return real(arguments...);
     const auto tell = [&](const std::string& result) {
         if (shared.isListening()) shared.tell(name, textOfAll(arguments...), result);
     };
