@@ -83,8 +83,13 @@ void MpsParser::addQuadraticPair(std::span<const QuadraticEntry> entries) {
         quoted(columnNames_[entry.first]) + " and " + quoted(columnNames_[entry.second]);
     for (std::size_t k = 1; k < entries.size(); ++k) {
         if (listedTwice && k == 1 && entries[1].swapped != entry.swapped) continue;
-        throw ReadError(
-            complaint(text_.path(), entries[k].place, "found the entry of " + pair + " once more"));
+        const std::string found = "found the entry of " + pair + " once more";
+        if (!listsOneTriangle(entry.section)) {
+            throw ReadError(complaint(text_.path(), entries[k].place, found));
+        }
+        // What other programs make of it.
+        instance_.warnings.push_back(
+            complaint(text_.path(), entries[k].place, found + ": the entries are added"));
     }
     if (listedTwice && (entries.size() == 1 || entries[1].value != entry.value)) {
         instance_.warnings.push_back(

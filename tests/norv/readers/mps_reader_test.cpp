@@ -115,8 +115,11 @@ TEST(MpsReader, takesQuadraticSections) {
          objective +
              " | c1: -inf <= + x + y <= 0 | c2: 0 <= + 2 x*x + 3 x*y <= inf | c3: 0 <= <= 0" +
              columns},
-        {"a pair twice", around("QUADOBJ\n x y 3\n y x 3\n"),
-         "m:12:4: found the entry of \"x\" and \"y\" once more"},
+        {"a pair of one triangle twice", around("QUADOBJ\n x y 3\n y x 2\n"),
+         objective + " + 5 x*y" + rowsOf + columns +
+             "\nm:12:4: found the entry of \"x\" and \"y\" once more: the entries are added"},
+        {"a pair of both triangles thrice", around("QMATRIX\n x y 3\n y x 3\n x y 1\n"),
+         "m:13:4: found the entry of \"x\" and \"y\" once more"},
         {"a row twice", around("QUADOBJ\n x y 3\nQSECTION cost\n x x 1\n"),
          "m:12:1: found a second quadratic section for row \"cost\", expected one"},
     });
