@@ -4,19 +4,12 @@
 #include <cmath>
 #include <utility>
 
+#include "search/dive_move.hpp"
 #include "search/exponential.hpp"
 
 namespace engine {
 namespace {
 
-/// What the methods beside the iterations may cost, as multiples of the iterations' own work. While
-/// no feasible point is known they go before.
-struct Shares {
-    double descent;
-    double dive;
-};
-constexpr Shares feasibleShares{2.0, 0.5};
-constexpr Shares infeasibleShares{1.0, 4.0};
 /// What an iteration costs beside the values that it computes, in values.
 constexpr double valuesPerIteration = 100.0;
 constexpr std::int64_t visitsPerValue = 4;
@@ -37,9 +30,12 @@ LocalSearch::LocalSearch(const ClosedModel& model, std::vector<Interval> domain,
       walk_(evaluator_, domain_, random_),
       cut_(evaluator_),
       best_(model),
-      descent_(evaluator_.plan(), domain_),
-      dive_(evaluator_, domain_, cut_, random_),
       tabuUntil_(domain_.size(), 0) {
+    SideMoveSearch& self = *this;
+    auto descent = std::make_unique<DescentMove>(self, evaluator_, domain_, cut_);
+    auto dive = std::make_unique<DiveMove>(self, evaluator_, domain_, cut_, random_, *descent);
+    sideMoves_.push_back(std::move(descent));
+    sideMoves_.push_back(std::move(dive));
     stepSize_.reserve(domain_.size());
     for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
         const Interval& interval = domain_[static_cast<std::size_t>(d)];
@@ -104,12 +100,18 @@ std::int64_t LocalSearch::step() {
     iterate();
     const double spent = valuesPerIteration + static_cast<double>(work_);
     const bool isFeasible = best_.claimed().verdict.feasible;
-    const Shares& shares = isFeasible ? feasibleShares : infeasibleShares;
-    const std::int64_t before = descent_.work() + dive_.work();
-    if (descent_.isUseful()) descend(shares.descent * spent);
-    if (dive_.isUseful()) dive(shares.dive * spent);
-    const std::int64_t beside = descent_.work() + dive_.work() - before;
-    return visitsPerValue * (static_cast<std::int64_t>(spent) + beside);
+    const std::int64_t before = workBeside();
+    for (const std::unique_ptr<SideMove>& move : sideMoves_) {
+        const SideMove::Shares shares = move->shares();
+        if (move->isUseful()) move->run((isFeasible ? shares.feasible : shares.infeasible) * spent);
+    }
+    return visitsPerValue * (static_cast<std::int64_t>(spent) + workBeside() - before);
+}
+
+std::int64_t LocalSearch::workBeside() const {
+    std::int64_t work = 0;
+    for (const std::unique_ptr<SideMove>& move : sideMoves_) work += move->work();
+    return work;
 }
 
 void LocalSearch::confirm() {
@@ -204,44 +206,6 @@ bool LocalSearch::claim() {
     sinceProgress_ = 0;
     if (best_.claimed().verdict.feasible) cut_.setBest(best_.claimed().verdict.objectives);
     return true;
-}
-
-void LocalSearch::descend(double earned) {
-    constexpr std::int64_t shortestPause = 500;
-    descentAllowance_.earn(earned);
-    if (!descentAllowance_.isLeft()) return;
-    const std::int64_t before = descent_.work();
-    if (!descent_.isRunning()) {
-        if (statistics_.iterations < nextDescent_) return;
-        startDescent();
-    } else if (descent_.advance()) {
-        visit(descent_.point());
-    }
-    descentAllowance_.spend(descent_.work() - before);
-    if (!descent_.isRunning()) {
-        const std::int64_t duration = statistics_.iterations - descentStart_;
-        nextDescent_ = statistics_.iterations + std::max(shortestPause, duration);
-    }
-}
-
-void LocalSearch::startDescent() {
-    descent_.start(evaluator_, cut_.activeObjective());
-    descentStart_ = statistics_.iterations;
-}
-
-void LocalSearch::dive(double earned) {
-    constexpr std::int64_t shortestPause = 100;
-    diveAllowance_.earn(earned);
-    if (!diveAllowance_.isLeft()) return;
-    const std::int64_t before = dive_.work();
-    if (!dive_.isRunning()) {
-        if (statistics_.iterations < nextDive_) return;
-        dive_.start();
-    } else if (dive_.advance() && visit(dive_.point())) {
-        startDescent();
-    }
-    if (!dive_.isRunning()) nextDive_ = statistics_.iterations + shortestPause;
-    diveAllowance_.spend(dive_.work() - before);
 }
 
 bool LocalSearch::visit(const Point& point) {

@@ -3,17 +3,17 @@
 #include <atomic>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <vector>
 
 #include "evaluate/evaluator.hpp"
 #include "operators/random.hpp"
 #include "search/best_point.hpp"
-#include "search/continuous_descent.hpp"
-#include "search/dive.hpp"
 #include "search/inverse.hpp"
 #include "search/objective_cut.hpp"
 #include "search/searcher.hpp"
+#include "search/side_move.hpp"
 
 namespace engine {
 
@@ -31,9 +31,9 @@ namespace engine {
 /// inequality in its way. If that fails, too, the weights of what is violated grow (Morris, "The
 /// breakout method", AAAI 1993), and after a long time without progress the search restarts from
 /// the best point, shaken, with another strategy (Selman, Kautz and Cohen, "Noise strategies for
-/// improving local search", AAAI 1994, for one of its ingredients). Beside the iterations a
-/// ContinuousDescent moves all floats together, and a Dive all decisions.
-class LocalSearch {
+/// improving local search", AAAI 1994, for one of its ingredients). Beside the iterations the side
+/// moves of a list move many decisions together, each for its share of the work.
+class LocalSearch : private SideMoveSearch {
 public:
     LocalSearch(const ClosedModel& model, std::vector<Interval> domain, SearchSettings settings);
     LocalSearch(const LocalSearch&) = delete;
@@ -76,28 +76,9 @@ private:
     void accept();
     /// Claims the point as the best if it is. @return whether it is.
     bool claim();
-    /// Work granted to one of the methods that run beside the iterations.
-    class Allowance {
-    public:
-        void earn(double work) { left_ = std::fmin(left_ + work, most); }
-        void spend(std::int64_t work) { left_ -= static_cast<double>(work); }
-        [[nodiscard]] bool isLeft() const { return left_ > 0.0; }
-
-    private:
-        static constexpr double most = 10000.0;
-        double left_ = 0.0;
-    };
-
-    /// Advances the continuous descent that runs beside the iterations, or starts one.
-    /// @param earned  work granted for it, in values computed.
-    void descend(double earned);
-    /// The same for the dives.
-    void dive(double earned);
-    /// Starts a continuous descent from here; one under way is dropped.
-    void startDescent();
-    /// Goes to `point` if it is the best or scores better than the current one.
-    /// @return whether it is.
-    bool visit(const Point& point);
+    bool visit(const Point& point) override;
+    [[nodiscard]] std::int64_t nbIterations() const override { return statistics_.iterations; }
+    [[nodiscard]] std::int64_t workBeside() const;
     [[nodiscard]] bool accepts(double before, double after);
     /// Puts the evaluator to `point`, moved into the domain.
     void moveTo(const Point& point);
@@ -142,13 +123,7 @@ private:
     InverseWalk walk_;
     ObjectiveCut cut_;
     BestPoint best_;
-    ContinuousDescent descent_;
-    Dive dive_;
-    Allowance descentAllowance_;
-    std::int64_t descentStart_ = 0;
-    std::int64_t nextDescent_ = 50;
-    Allowance diveAllowance_;
-    std::int64_t nextDive_ = 200;
+    std::vector<std::unique_ptr<SideMove>> sideMoves_;
     SearchStatistics statistics_;
     Strategy strategy_{1.0, 0.1, 0.0};
 
