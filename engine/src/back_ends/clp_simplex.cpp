@@ -43,6 +43,7 @@ public:
         repairStatus();
     }
     Status solve(Pace& pace, int mostPivots) override;
+    bool minimiseViolation(Pace& pace, int mostPivots) override;
     [[nodiscard]] const std::vector<double>& levels() const override { return levels_; }
     [[nodiscard]] const std::vector<double>& multipliers() const override { return multipliers_; }
     [[nodiscard]] SimplexBasis basis() const override;
@@ -52,6 +53,10 @@ private:
     void takeStatus(const SimplexBasis& start);
     void repairStatus();
     Status run(CbcWatch& watch, int mostPivots);
+    /// Calls `body`, which gives a Status, between the watch's beginning and its end.
+    template <typename Body>
+    Status watched(Pace& pace, Body body);
+    void takeOptimum(const ClpSimplex& solver);
 
     std::unique_ptr<ClpSimplex> solver_ = std::make_unique<ClpSimplex>();
     std::vector<double> lower_;  ///< [nbColumns]
@@ -149,13 +154,9 @@ SimplexSolver::Status ClpSimplexMethod::run(CbcWatch& watch, int mostPivots) {
     solver_->dual();
     if (watch.stopped()) return Status::Open;
     switch (solver_->status()) {
-        case 0: {
-            const double* levels = solver_->primalColumnSolution();
-            levels_.assign(levels, levels + solver_->numberColumns());
-            const double* duals = solver_->dualRowSolution();
-            multipliers_.assign(duals, duals + solver_->numberRows());
+        case 0:
+            takeOptimum(*solver_);
             return Status::Optimal;
-        }
         case 1: {
             multipliers_.clear();
             const std::unique_ptr<double[]> ray(solver_->infeasibilityRay());
@@ -167,17 +168,59 @@ SimplexSolver::Status ClpSimplexMethod::run(CbcWatch& watch, int mostPivots) {
     }
 }
 
-SimplexSolver::Status ClpSimplexMethod::solve(Pace& pace, int mostPivots) {
+void ClpSimplexMethod::takeOptimum(const ClpSimplex& solver) {
+    const double* levels = solver.primalColumnSolution();
+    levels_.assign(levels, levels + lower_.size());
+    const double* duals = solver.dualRowSolution();
+    multipliers_.assign(duals, duals + solver.numberRows());
+}
+
+template <typename Body>
+SimplexSolver::Status ClpSimplexMethod::watched(Pace& pace, Body body) {
     const auto nbEntries = static_cast<std::size_t>(solver_->getNumElements());
     CbcWatch watch(pace, nbEntries, /*grace=*/0);
     Status status = Status::Open;
     try {
-        status = run(watch, mostPivots);
+        status = body(watch);
     } catch (const CoinError&) {
         status = Status::Open;
     }
     watch.rethrow();
     return status;
+}
+
+SimplexSolver::Status ClpSimplexMethod::solve(Pace& pace, int mostPivots) {
+    return watched(pace, [&](CbcWatch& watch) { return run(watch, mostPivots); });
+}
+
+bool ClpSimplexMethod::minimiseViolation(Pace& pace, int mostPivots) {
+    ClpSimplex elastic(*solver_);
+    std::fill_n(elastic.objective(), elastic.numberColumns(), 0.0);
+    std::vector<CoinBigIndex> start{0};
+    std::vector<int> row;
+    std::vector<double> side;
+    for (int i = 0; i < elastic.numberRows(); ++i) {
+        for (const double s : {1.0, -1.0}) {
+            if (std::fabs(s > 0.0 ? elastic.rowLower()[i] : elastic.rowUpper()[i]) >= largestBound) {
+                continue;
+            }
+            row.push_back(i);
+            side.push_back(s);
+            start.push_back(static_cast<CoinBigIndex>(row.size()));
+        }
+    }
+    const std::vector<double> ones(row.size(), 1.0);
+    elastic.addColumns(static_cast<int>(row.size()), /*columnLower=*/nullptr,
+                       /*columnUpper=*/nullptr, ones.data(), start.data(), row.data(), side.data());
+    const Status status = watched(pace, [&](CbcWatch& watch) {
+        PivotEvents events(watch);
+        elastic.passInEventHandler(&events);
+        elastic.setMaximumIterations(elastic.numberIterations() + mostPivots);
+        elastic.primal();
+        return !watch.stopped() && elastic.status() == 0 ? Status::Optimal : Status::Open;
+    });
+    if (status == Status::Optimal) takeOptimum(elastic);
+    return status == Status::Optimal;
 }
 
 SimplexBasis ClpSimplexMethod::basis() const {

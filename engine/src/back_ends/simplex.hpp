@@ -40,11 +40,15 @@ public:
     /// multipliers alone. Spends a step a pivot; Open when the pace ends it, when
     /// `mostPivots` do not do, or when the numbers do not.
     virtual Status solve(Pace& pace, int mostPivots) = 0;
+    /// After Infeasible: levels within the bounds with the least sum of what rows miss, and
+    /// multipliers that prove it. A ray says the same in theory; in practice there often is none,
+    /// or it is too coarse. @return false, and nothing changes, when pace or numbers do not allow it.
+    virtual bool minimiseViolation(Pace& pace, int mostPivots) = 0;
 
-    /// After Optimal.
+    /// After Optimal, and after a least violation.
     [[nodiscard]] virtual const std::vector<double>& levels() const = 0;  ///< [nbColumns]
-    /// After Optimal the dual values, after Infeasible a ray of them if there is one, [nbRows] or
-    /// empty; as good as doubles are.
+    /// After Optimal and a least violation the dual values, after Infeasible a ray of them if there
+    /// is one, [nbRows] or empty; as good as doubles are.
     [[nodiscard]] virtual const std::vector<double>& multipliers() const = 0;
     [[nodiscard]] virtual SimplexBasis basis() const = 0;
 };

@@ -255,6 +255,9 @@ Fate SpatialTree::solveRelaxation(BoxNode& node, std::vector<Cut>& cuts, bool& i
         const Box box{rows.lower, rows.upper};
         if (status == SimplexSolver::Status::Infeasible) {
             levels_.clear();
+            if (isContradicted(box)) return Fate::Closed;
+            if (!simplex_->minimiseViolation(treePace_, mostPivots)) return Fate::Open;
+            levels_ = simplex_->levels();
             return isContradicted(box) ? Fate::Closed : Fate::Open;
         }
         if (status != SimplexSolver::Status::Optimal) return Fate::Open;
