@@ -44,6 +44,8 @@ public:
     }
     Status solve(Pace& pace, int mostPivots) override;
     bool minimiseViolation(Pace& pace, int mostPivots) override;
+    Trial tryBranches(std::int32_t column, double below, double above, Pace& pace,
+                      int mostPivots) override;
     [[nodiscard]] const std::vector<double>& levels() const override { return levels_; }
     [[nodiscard]] const std::vector<double>& multipliers() const override { return multipliers_; }
     [[nodiscard]] SimplexBasis basis() const override;
@@ -87,7 +89,7 @@ void ClpSimplexMethod::load(const LinearModel& model, const std::vector<double>&
                          rowUpper.data());
     setBounds();
     solver_->setPrimalTolerance(tolerance);
-    solver_->setDualTolerance(tolerance);
+    solver_->setDualTolerance(1e-7);
     solver_->createStatus();
     if (!start.isEmpty()) takeStatus(start);
     repairStatus();
@@ -201,7 +203,8 @@ bool ClpSimplexMethod::minimiseViolation(Pace& pace, int mostPivots) {
     std::vector<double> side;
     for (int i = 0; i < elastic.numberRows(); ++i) {
         for (const double s : {1.0, -1.0}) {
-            if (std::fabs(s > 0.0 ? elastic.rowLower()[i] : elastic.rowUpper()[i]) >= largestBound) {
+            if (std::fabs(s > 0.0 ? elastic.rowLower()[i] : elastic.rowUpper()[i]) >=
+                largestBound) {
                 continue;
             }
             row.push_back(i);
@@ -221,6 +224,35 @@ bool ClpSimplexMethod::minimiseViolation(Pace& pace, int mostPivots) {
     });
     if (status == Status::Optimal) takeOptimum(elastic);
     return status == Status::Optimal;
+}
+
+SimplexSolver::Trial ClpSimplexMethod::tryBranches(std::int32_t column, double below, double above,
+                                                   Pace& pace, int mostPivots) {
+    constexpr int isInfeasible = 1;
+    const int j = column;
+    std::vector<double> levels[2];
+    double* levelsAt[2];
+    for (int k = 0; k < 2; ++k) {
+        levels[k].resize(lower_.size());
+        levelsAt[k] = levels[k].data();
+    }
+    int status[2] = {-1, -1};
+    int nbPivots[2] = {0, 0};
+    // On return these are the changes of the optimum.
+    double upper = below;
+    double lower = above;
+    const int mostBefore = solver_->maximumIterations();
+    watched(pace, [&](CbcWatch& watch) {
+        PivotEvents events(watch);
+        solver_->passInEventHandler(&events);
+        solver_->setMaximumIterations(solver_->numberIterations() + mostPivots);
+        solver_->strongBranching(1, &j, &lower, &upper, levelsAt, status, nbPivots,
+                                 /*stopOnFirstInfeasible=*/false, /*alwaysFinish=*/true);
+        return Status::Optimal;
+    });
+    solver_->setMaximumIterations(mostBefore);
+    return {status[0] == isInfeasible ? HUGE_VAL : upper,
+            status[1] == isInfeasible ? HUGE_VAL : lower};
 }
 
 SimplexBasis ClpSimplexMethod::basis() const {

@@ -42,8 +42,20 @@ public:
     virtual Status solve(Pace& pace, int mostPivots) = 0;
     /// After Infeasible: levels within the bounds with the least sum of what rows miss, and
     /// multipliers that prove it. A ray says the same in theory; in practice there often is none,
-    /// or it is too coarse. @return false, and nothing changes, when pace or numbers do not allow it.
+    /// or it is too coarse. @return false, and nothing changes, when pace or numbers do not allow
+    /// it.
     virtual bool minimiseViolation(Pace& pace, int mostPivots) = 0;
+
+    /// What two changes of a column's bounds cost.
+    struct Trial {
+        double below;  ///< the optimum grows by at least about this
+        double above;
+    };
+    /// After Optimal: how much dearer the optimum gets, as far as `mostPivots` pivots tell, when
+    /// the column may be at most `below`, and when it must be at least `above`; infinity where
+    /// nothing seems to be left. The state stays as it is.
+    virtual Trial tryBranches(std::int32_t column, double below, double above, Pace& pace,
+                              int mostPivots) = 0;
 
     /// After Optimal, and after a least violation.
     [[nodiscard]] virtual const std::vector<double>& levels() const = 0;  ///< [nbColumns]

@@ -18,6 +18,13 @@ constexpr double leastWidth = 1e-9;
 constexpr double shareOfLevel = 0.7;
 /// A split leaves each side at least this part of the width.
 constexpr double leastPart = 0.15;
+/// So many splits tell what a column is good for.
+constexpr double enoughSplits = 4.0;
+/// Trials at a box, and trials in a row without a better column.
+constexpr int mostTrials = 16;
+constexpr int mostVainTrials = 6;
+/// A part that seems to be empty gains this many times the mean.
+constexpr double gainOfEmpty = 20.0;
 
 }  // namespace
 
@@ -120,21 +127,59 @@ BranchPoint Branching::splitAt(const Candidate& candidate, double level) const {
 }
 
 std::optional<BranchPoint> Branching::choose(std::span<const double> levels,
-                                             std::span<const double> weights) {
+                                             std::span<const double> weights, const Trial& trial) {
     std::vector<Candidate> candidates;
     addFractional(levels, candidates);
     if (candidates.empty()) addMissing(levels, weights, candidates);
     if (candidates.empty()) return chooseWidest();
-    double best = -1.0;
-    const Candidate* chosen = nullptr;
-    for (const Candidate& c : candidates) {
-        const double score = estimate(c.column, /*isUpper=*/false, c.lowerDistance) *
-                             estimate(c.column, /*isUpper=*/true, c.upperDistance);
-        if (score <= best) continue;
-        best = score;
-        chosen = &c;
-    }
+    for (Candidate& c : candidates) c.score = scoreOf(c);
+    std::stable_sort(candidates.begin(), candidates.end(),
+                     [](const Candidate& a, const Candidate& b) { return a.score > b.score; });
+    if (isInteger(candidates.front().column)) tryOut(levels, trial, candidates);
+    const auto chosen =
+        std::max_element(candidates.begin(), candidates.end(),
+                         [](const Candidate& a, const Candidate& b) { return a.score < b.score; });
     return splitAt(*chosen, levels[static_cast<std::size_t>(chosen->column)]);
+}
+
+double Branching::scoreOf(const Candidate& c) const {
+    return estimate(c.column, /*isUpper=*/false, c.lowerDistance) *
+           estimate(c.column, /*isUpper=*/true, c.upperDistance);
+}
+
+bool Branching::isReliable(std::int32_t column) const {
+    const auto j = static_cast<std::size_t>(column);
+    return std::min(lower_[j].nb, upper_[j].nb) >= enoughSplits;
+}
+
+/// The scores of the most promising candidates become those of trials.
+void Branching::tryOut(std::span<const double> levels, const Trial& trial,
+                       std::vector<Candidate>& candidates) {
+    double best = 0.0;
+    int nbTrials = 0;
+    int nbVain = 0;
+    for (Candidate& c : candidates) {
+        if (nbTrials >= mostTrials || nbVain >= mostVainTrials) break;
+        if (!isInteger(c.column) || isReliable(c.column)) {
+            best = std::max(best, c.score);
+            continue;
+        }
+        const auto found = trial(splitAt(c, levels[static_cast<std::size_t>(c.column)]));
+        if (!found) break;
+        const double mean = all_.nb > 0.0 ? all_.sum / all_.nb : 1.0;
+        double gain[2] = {found->below, found->above};
+        for (const bool isUpper : {false, true}) {
+            double& g = gain[isUpper ? 1 : 0];
+            const double distance = isUpper ? c.upperDistance : c.lowerDistance;
+            learn({c.column, isUpper, distance}, g);
+            if (std::isinf(g)) g = gainOfEmpty * mean;
+            g = std::max(g, 1e-12 * distance);
+        }
+        c.score = gain[0] * gain[1];
+        ++nbTrials;
+        nbVain = c.score > best ? 0 : nbVain + 1;
+        best = std::max(best, c.score);
+    }
 }
 
 std::optional<BranchPoint> Branching::chooseWidest() const {

@@ -28,6 +28,9 @@ constexpr int roundsAtRoot = 30;
 constexpr int roundsBelow = 4;
 constexpr int mostPivotsBelow = 5'000;
 constexpr int mostPivotsAtRoot = 200'000;
+constexpr int mostPivotsOfTrial = 100;
+/// Trials of splits may take this part of the work that the tree takes.
+constexpr double shareOfTrials = 0.5;
 /// Pivots of the first tightening, for each definition and on the whole.
 constexpr std::int64_t tighteningPivotsPerDefinition = 200;
 constexpr std::int64_t fewTighteningPivots = 2'000;
@@ -65,6 +68,7 @@ private:
     void offer(const std::vector<double>& levels);
     [[nodiscard]] std::vector<double> weightsOf(const std::vector<double>& multipliers) const;
     void keepUsefulCuts(const std::vector<Cut>& cuts);
+    bool mayTry();
     void branch(BoxNode& node);
     void addChild(const BoxNode& node, const BranchPoint& split, bool isUpper);
     void improve(const Point& point);
@@ -94,6 +98,7 @@ private:
     std::size_t root_ = 0;  ///< mark of the propagator
     PartOfPace treePace_;
     PartOfPace improvementPace_;
+    PartOfPace trialPace_;
     std::int64_t nodeWork_;  ///< operands that propagation may look at for a box
     std::int64_t toldWork_;  ///< of the propagator
     std::int64_t nbNodes_ = 0;
@@ -128,6 +133,7 @@ SpatialTree::SpatialTree(const ClosedModel& model, const FactorableModel& factor
       branching_(relaxation_),
       treePace_(settings.pace),
       improvementPace_(settings.pace),
+      trialPace_(settings.pace),
       nodeWork_(1000 + 20 * static_cast<std::int64_t>(model.operand.size())),
       toldWork_(propagator.work()) {
     if (model.objective.empty()) return;
@@ -378,10 +384,21 @@ void SpatialTree::addChild(const BoxNode& node, const BranchPoint& split, bool i
     }
 }
 
+bool SpatialTree::mayTry() {
+    constexpr double first = 1e7;
+    return static_cast<double>(trialPace_.spent()) <
+               first + shareOfTrials * static_cast<double>(treePace_.spent()) &&
+           !trialPace_.mustEnd();
+}
+
 void SpatialTree::branch(BoxNode& node) {
+    const auto trial = [&](const BranchPoint& at) -> std::optional<SimplexSolver::Trial> {
+        if (multipliers_.empty() || !mayTry()) return std::nullopt;
+        return simplex_->tryBranches(at.column, at.point, at.next, trialPace_, mostPivotsOfTrial);
+    };
     const std::optional<BranchPoint> split =
         levels_.empty() ? branching_.chooseWidest()
-                        : branching_.choose(levels_, weightsOf(multipliers_));
+                        : branching_.choose(levels_, weightsOf(multipliers_), trial);
     if (!split) {
         unresolved_ = std::min(unresolved_, node.bound);
         return;
