@@ -22,13 +22,15 @@ ConvexTangents::ConvexTangents(const FactorableModel& factorable, const ClosedMo
                                const Propagator& propagator)
     : factorable_(factorable),
       model_(model),
-      propagator_(propagator),
       jacobian_(model),
       columnOf_(model.decision.size(), noColumn),
       isInside_(model.op.size(), 0) {
     for (std::size_t j = 0; j < factorable.linear.nbColumns(); ++j) {
         const DecisionIndex d = factorable.linear.decision[j];
         if (d >= 0) columnOf_[static_cast<std::size_t>(d)] = static_cast<std::int32_t>(j);
+    }
+    for (std::size_t e = 0; e < model.op.size(); ++e) {
+        range_.push_back(propagator.rangeOf(static_cast<ExpressionIndex>(e)));
     }
     for (const CurvedForm& c : factorable.curved) {
         jacobian_.addRow(c.expression, noExpression, 1.0);
@@ -47,7 +49,7 @@ void ConvexTangents::evaluate(const Point& at) {
             [this](ExpressionIndex x) { return isInside_[static_cast<std::size_t>(x)] != 0; });
         const double value = values_[i].asDouble();
         const bool isInside =
-            areOperandsInside && std::isfinite(value) && propagator_.rangeOf(e).contains(value);
+            areOperandsInside && std::isfinite(value) && range_[i].contains(value);
         isInside_[i] = isInside ? 1 : 0;
     }
 }

@@ -12,11 +12,13 @@ namespace engine {
 /// "The cutting-plane method for solving convex programs", J. SIAM 8, 1960) that say more than the
 /// parts of the expression do.
 ///
-/// Planes are taken only where all parts of an expression lie inside their propagated ranges, since
-/// the curvature may rest on them.
+/// Planes are taken only where all parts of an expression lie inside the ranges that they have in
+/// the first box, since the curvature may rest on those. Later boxes may exclude the incumbent, whose
+/// planes are worth most.
 class ConvexTangents {
 public:
-    /// All outlive it.
+    /// @param propagator  with the ranges of the first box.
+    /// Model and factorable model outlive it.
     ConvexTangents(const FactorableModel& factorable, const ClosedModel& model,
                    const Propagator& propagator);
 
@@ -38,7 +40,7 @@ private:
 
     const FactorableModel& factorable_;
     const ClosedModel& model_;
-    const Propagator& propagator_;
+    std::vector<Range> range_;  ///< [nbExpressions]
     Jacobian jacobian_;                   ///< a row for each curved expression
     std::vector<std::int32_t> columnOf_;  ///< [nbDecisions]
     std::vector<Value> values_;

@@ -56,6 +56,7 @@ private:
     [[nodiscard]] double cutoff() const;
     void addCutoff(std::vector<ValueLimit>& restrictions) const;
     bool enter(const BoxNode& node);
+    bool takeIncumbent();
     void examine(BoxNode& node);
     Fate bound(BoxNode& node);
     Fate boundByPropagation(BoxNode& node);
@@ -103,6 +104,8 @@ private:
     std::int64_t toldWork_;  ///< of the propagator
     std::int64_t nbNodes_ = 0;
     std::int64_t nbMade_ = 0;
+    std::int64_t nbMadeBefore_ = 0;  ///< the incumbent
+    double known_ = infinity;        ///< cutoff that the waiting boxes meet
     std::int64_t nextImprovement_ = 1;
     double unresolved_ = infinity;  ///< least bound of boxes that could not be split
     double reported_ = -infinity;
@@ -331,7 +334,7 @@ Fate SpatialTree::bound(BoxNode& node) {
     for (int pass = 0; pass < mostPasses; ++pass) {
         if (!relaxation_.refresh()) return Fate::Closed;
         if (!simplex_) return Fate::Open;
-        if (node.depth == 0 && pass == 0) supportIncumbent(cuts);
+        if (pass == 0 && node.number < nbMadeBefore_) supportIncumbent(cuts);
         bool isTightened = false;
         if (solveRelaxation(node, cuts, isTightened) == Fate::Closed) return Fate::Closed;
         if (levels_.empty()) return Fate::Open;
@@ -431,6 +434,15 @@ void SpatialTree::improveFromRelaxation() {
     improve(point);
 }
 
+/// @return whether there is a better one than before.
+bool SpatialTree::takeIncumbent() {
+    if (!(cutoff() < known_)) return false;
+    known_ = cutoff();
+    nbMadeBefore_ = nbMade_;
+    queue_.dropFrom(known_);
+    return true;
+}
+
 void SpatialTree::examine(BoxNode& node) {
     ++nbNodes_;
     levels_.clear();
@@ -445,6 +457,11 @@ void SpatialTree::examine(BoxNode& node) {
     if (std::isfinite(before)) branching_.learn(node.split, gain);
     if (isClosed) return;
     improveFromRelaxation();
+    if (takeIncumbent() && !factorable_.curved.empty() && !levels_.empty()) {
+        node.cuts = usefulCuts_;
+        node.basis = basis_;
+        if (bound(node) == Fate::Closed) return;
+    }
     if (node.bound >= cutoff()) return;
     branch(node);
 }
@@ -501,9 +518,9 @@ SpatialOutcome SpatialTree::run() {
     root_ = propagator_.mark();
     if (settings_.improve && !incumbent_.hasPoint()) improve(start_);
     if (tightenRoot()) queue_.push({.bound = -infinity, .number = nbMade_++});
-    double known = cutoff();
     while (next_ || !queue_.isEmpty()) {
         if (settings_.exchange) settings_.exchange();
+        takeIncumbent();
         BoxNode node = takeNode();
         if (node.bound >= cutoff()) continue;
         if (!spendOnNode() || treePace_.mustEnd()) {
@@ -512,10 +529,7 @@ SpatialOutcome SpatialTree::run() {
             return outcome(/*isFinished=*/false);
         }
         examine(node);
-        if (cutoff() < known) {
-            known = cutoff();
-            queue_.dropFrom(known);
-        }
+        takeIncumbent();
         report();
     }
     report();
