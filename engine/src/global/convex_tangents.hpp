@@ -13,8 +13,8 @@ namespace engine {
 /// parts of the expression do.
 ///
 /// Planes are taken only where all parts of an expression lie inside the ranges that they have in
-/// the first box, since the curvature may rest on those. Later boxes may exclude the incumbent, whose
-/// planes are worth most.
+/// the first box, since the curvature may rest on those. Later boxes may exclude the incumbent,
+/// whose planes are worth most.
 class ConvexTangents {
 public:
     /// @param propagator  with the ranges of the first box.
@@ -40,7 +40,7 @@ private:
 
     const FactorableModel& factorable_;
     const ClosedModel& model_;
-    std::vector<Range> range_;  ///< [nbExpressions]
+    std::vector<Range> range_;            ///< [nbExpressions]
     Jacobian jacobian_;                   ///< a row for each curved expression
     std::vector<std::int32_t> columnOf_;  ///< [nbDecisions]
     std::vector<Value> values_;

@@ -26,6 +26,14 @@ bool isUseful(double bound) {
     return std::fabs(bound) <= largestCoefficient;
 }
 
+/// How much a switch is on; 1 where that says nothing.
+double shareOf(const Switch& own, std::span<const double> levels) {
+    constexpr double least = 1e-6;
+    if (own.binary == noColumn) return 1.0;
+    const double share = std::fabs(levels[static_cast<std::size_t>(own.binary)] - own.off);
+    return share > least && share < 1.0 ? share : 1.0;
+}
+
 }  // namespace
 
 double valueOf(const LinearForm& form, std::span<const double> levels) {
@@ -41,6 +49,7 @@ Relaxation::Relaxation(const FactorableModel& factorable, const ClosedModel& mod
     : factorable_(factorable),
       model_(model),
       propagator_(propagator),
+      switch_(switchesOf(factorable.linear)),
       rows_(factorable.linear),
       nbModelRows_(factorable.linear.nbRows()),
       nbModelEntries_(factorable.linear.column.size()) {}
@@ -188,14 +197,36 @@ void Relaxation::addRows(const Definition& definition) {
     }
 }
 
-/// result - slope * argument >= offset, or <= for a line above.
+/// A line below f that holds while the switch is on may be lifted to f(value) where it is off
+/// (Frangioni and Gentile, "Perspective cuts for a class of convex 0-1 mixed integer programs",
+/// Math. Prog. 106, 2006; here for any line, below or above): line(x) + (f(value) - line(value)) *
+/// off.
+LinearForm Relaxation::formOf(const Definition& definition, const Line& line, bool isBelow) const {
+    LinearForm form{{}, {}, line.offset};
+    if (line.slope != 0.0) {
+        form.column.push_back(definition.first);
+        form.coefficient.push_back(line.slope);
+    }
+    const Switch& own = switch_[static_cast<std::size_t>(definition.first)];
+    if (own.binary == noColumn) return form;
+    const double value = definition.curve.value(own.value);
+    const double size = std::max({1.0, std::fabs(value), std::fabs(line.offset)});
+    const double lift = value - line.at(own.value) + (isBelow ? -rounding : rounding) * size;
+    if (!std::isfinite(lift) || (isBelow ? lift <= 0.0 : lift >= 0.0)) return form;
+    // lift * (1 - y), or lift * y where the binary is off at 1.
+    form.column.push_back(own.binary);
+    form.coefficient.push_back(own.off == 0.0 ? -lift : lift);
+    if (own.off == 0.0) form.constant += lift;
+    return form;
+}
+
+/// result - form >= 0, or <= for a line above.
 void Relaxation::addLine(const Definition& definition, const Line& line, bool isBelow) {
     if (!std::isfinite(line.offset) || !std::isfinite(line.slope)) {
         return addFreeRow(definition.result);
     }
-    const LinearForm argument{{definition.first}, {-line.slope}, 0.0};
-    addRow(line.slope == 0.0 ? LinearForm{} : argument, definition.result, 1.0,
-           isBelow ? line.offset : -infinity, isBelow ? infinity : line.offset);
+    addRow(scaled(formOf(definition, line, isBelow), -1.0), definition.result, 1.0,
+           isBelow ? 0.0 : -infinity, isBelow ? infinity : 0.0);
 }
 
 /// The nearest lines at both ends and between them, from below and from above.
@@ -341,15 +372,21 @@ std::size_t Relaxation::separate(std::span<const double> levels, std::vector<Cut
         if (definition.kind != Kind::Curve || !isActive(definition)) continue;
         const Range range = rangeOf(definition.first);
         const CurveLines lines(definition.curve, {range.lower, range.upper});
-        const double x = std::clamp(levels[static_cast<std::size_t>(definition.first)],
-                                    lines.domain().lower, lines.domain().upper);
+        const double level = levels[static_cast<std::size_t>(definition.first)];
         const double z = levels[static_cast<std::size_t>(definition.result)];
-        const double value = definition.curve.value(x);
+        const Switch& own = switch_[static_cast<std::size_t>(definition.first)];
+        const double on = shareOf(own, levels);
+        // Between off and on, at a fraction of the way.
+        const double x = std::clamp(on < 1.0 ? own.value + (level - own.value) / on : level,
+                                    lines.domain().lower, lines.domain().upper);
+        double value = definition.curve.value(x);
+        if (on < 1.0) value = on * value + (1.0 - on) * definition.curve.value(own.value);
         if (!std::isfinite(value) || relativeTo(z - value, value) <= leastViolation) continue;
         const bool isBelow = z < value;
         const Line line = lines.nearest(x, isBelow);
         if (!std::isfinite(line.offset) || !isUseful(line.slope)) continue;
-        const double beyond = (isBelow ? 1.0 : -1.0) * (line.at(x) - z);
+        const double beyond = (isBelow ? 1.0 : -1.0) *
+                              (engine::valueOf(formOf(definition, line, isBelow), levels) - z);
         if (!(beyond > leastViolation * std::max(1.0, std::fabs(value)))) continue;
         addCut(definition, line, isBelow, cuts);
     }
@@ -358,13 +395,11 @@ std::size_t Relaxation::separate(std::span<const double> levels, std::vector<Cut
 
 /// line - result <= 0, or >= 0 for a line above.
 void Relaxation::addCut(const Definition& definition, const Line& line, bool isBelow,
-                        std::vector<Cut>& cuts) {
+                        std::vector<Cut>& cuts) const {
     const double sign = isBelow ? 1.0 : -1.0;
-    Cut cut{{definition.result}, {-sign}, sign * line.offset};
-    if (line.slope != 0.0) {
-        cut.column.push_back(definition.first);
-        cut.coefficient.push_back(sign * line.slope);
-    }
+    Cut cut = scaled(formOf(definition, line, isBelow), sign);
+    cut.column.push_back(definition.result);
+    cut.coefficient.push_back(-sign);
     cuts.push_back(std::move(cut));
 }
 

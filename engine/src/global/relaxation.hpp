@@ -6,6 +6,7 @@
 
 #include "evaluate/propagator.hpp"
 #include "global/factorable_model.hpp"
+#include "global/switches.hpp"
 
 namespace engine {
 
@@ -70,8 +71,11 @@ private:
     void addAtMostRows(const Definition& definition);
     void addIsZeroRows(const Definition& definition);
     void addLargestRows(const Definition& definition);
-    static void addCut(const Definition& definition, const Line& line, bool isBelow,
-                       std::vector<Cut>& cuts);
+    void addCut(const Definition& definition, const Line& line, bool isBelow,
+                std::vector<Cut>& cuts) const;
+    /// slope * argument + offset, as far as the argument's switch allows no more.
+    [[nodiscard]] LinearForm formOf(const Definition& definition, const Line& line,
+                                    bool isBelow) const;
     void addLine(const Definition& definition, const Line& line, bool isBelow);
     void addFreeRow(std::int32_t column);
     /// lower <= form + factor * column <= upper; a free row where a number is beyond use.
@@ -81,6 +85,7 @@ private:
     const FactorableModel& factorable_;
     const ClosedModel& model_;
     const Propagator& propagator_;
+    std::vector<Switch> switch_;  ///< [nbColumns]
     LinearModel rows_;
     std::size_t nbModelRows_;
     std::size_t nbModelEntries_;

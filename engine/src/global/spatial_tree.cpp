@@ -7,6 +7,7 @@
 #include "back_ends/simplex.hpp"
 #include "global/bound_tightening.hpp"
 #include "global/branching.hpp"
+#include "global/cones.hpp"
 #include "global/convex_tangents.hpp"
 #include "global/integral_objective.hpp"
 #include "global/node_queue.hpp"
@@ -60,6 +61,7 @@ private:
     void examine(BoxNode& node);
     Fate bound(BoxNode& node);
     Fate boundByPropagation(BoxNode& node);
+    std::size_t separate(std::vector<Cut>& cuts);
     Fate solveRelaxation(BoxNode& node, std::vector<Cut>& cuts, bool& isTightened);
     [[nodiscard]] bool raise(BoxNode& node, double lower) const;
     bool tighten(const SafeBound& bound);
@@ -94,6 +96,7 @@ private:
     std::unique_ptr<SimplexSolver> simplex_;
     Relaxation relaxation_;
     ConvexTangents tangents_;
+    std::vector<Cone> cones_;
     Branching branching_;
     NodeQueue queue_{mostWaitingNodes};
     std::size_t root_ = 0;  ///< mark of the propagator
@@ -133,6 +136,7 @@ SpatialTree::SpatialTree(const ClosedModel& model, const FactorableModel& factor
       simplex_(makeSimplexSolver()),
       relaxation_(factorable, model, propagator),
       tangents_(factorable, model, propagator),
+      cones_(conesOf(factorable)),
       branching_(relaxation_),
       treePace_(settings.pace),
       improvementPace_(settings.pace),
@@ -248,6 +252,11 @@ bool SpatialTree::isContradicted(const Box& box) {
     return false;
 }
 
+std::size_t SpatialTree::separate(std::vector<Cut>& cuts) {
+    return relaxation_.separate(levels_, cuts) + tangents_.separate(levels_, inside(), cuts) +
+           addPlanes(cones_, levels_, Planes::Violated, cuts);
+}
+
 /// Solves and cuts until nothing is gained. `isTightened` tells whether ranges were found to be
 /// smaller.
 Fate SpatialTree::solveRelaxation(BoxNode& node, std::vector<Cut>& cuts, bool& isTightened) {
@@ -282,8 +291,7 @@ Fate SpatialTree::solveRelaxation(BoxNode& node, std::vector<Cut>& cuts, bool& i
             round > 1 && std::isfinite(before) && node.bound - before < leastGain * gap;
         const std::size_t nbCuts = cuts.size();
         const bool isLast =
-            round >= mostRounds || isSlow || treePace_.mustEnd() ||
-            relaxation_.separate(levels_, cuts) + tangents_.separate(levels_, inside(), cuts) == 0;
+            round >= mostRounds || isSlow || treePace_.mustEnd() || separate(cuts) == 0;
         if (isLast) {
             isTightened = tighten(safe);
             return Fate::Open;
@@ -322,7 +330,9 @@ void SpatialTree::supportIncumbent(std::vector<Cut>& cuts) {
     if (!incumbent_.hasPoint()) return;
     std::vector<Value> values;
     judge(model_, incumbent_.point(), values);
-    relaxation_.supportAt(relaxation_.levelsAt(values), cuts);
+    const std::vector<double> levels = relaxation_.levelsAt(values);
+    relaxation_.supportAt(levels, cuts);
+    addPlanes(cones_, levels, Planes::All, cuts);
     tangents_.supportAt(incumbent_.point(), cuts);
 }
 
