@@ -20,6 +20,8 @@ constexpr double endOfTheWorld = 1e12;
 /// Numbers beyond this are no bounds for the simplex method, which would add them up.
 constexpr double largestBound = 1e20;
 constexpr double tolerance = 1e-9;
+/// Of scaling, factorising and pricing, once a call.
+constexpr std::int64_t workPerEntry = 20;
 
 double clpNumber(double bound) {
     return std::fabs(bound) < largestBound ? bound : std::copysign(COIN_DBL_MAX, bound);
@@ -183,6 +185,7 @@ SimplexSolver::Status ClpSimplexMethod::watched(Pace& pace, Body body) {
     CbcWatch watch(pace, nbEntries, /*grace=*/0);
     Status status = Status::Open;
     try {
+        pace.spend(workPerEntry * static_cast<std::int64_t>(nbEntries));
         status = body(watch);
     } catch (const CoinError&) {
         status = Status::Open;

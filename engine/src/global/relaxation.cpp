@@ -13,6 +13,8 @@ namespace {
 constexpr double largestCoefficient = 1e7;
 /// Levels this far beyond a line deserve a cut; relative above 1.
 constexpr double leastViolation = 1e-8;
+/// Less is not worth a coefficient, relative to the line.
+constexpr double leastLift = 1e-6;
 /// Rows and curves miss by rounding: relative.
 constexpr double rounding = 1e-12;
 
@@ -212,7 +214,7 @@ LinearForm Relaxation::formOf(const Definition& definition, const Line& line, bo
     const double value = definition.curve.value(own.value);
     const double size = std::max({1.0, std::fabs(value), std::fabs(line.offset)});
     const double lift = value - line.at(own.value) + (isBelow ? -rounding : rounding) * size;
-    if (!std::isfinite(lift) || (isBelow ? lift <= 0.0 : lift >= 0.0)) return form;
+    if (!std::isfinite(lift) || (isBelow ? lift : -lift) <= leastLift * size) return form;
     // lift * (1 - y), or lift * y where the binary is off at 1.
     form.column.push_back(own.binary);
     form.coefficient.push_back(own.off == 0.0 ? -lift : lift);

@@ -35,6 +35,7 @@ constexpr double shareOfTrials = 0.5;
 /// Pivots of the first tightening, for each definition and on the whole.
 constexpr std::int64_t tighteningPivotsPerDefinition = 200;
 constexpr std::int64_t fewTighteningPivots = 2'000;
+constexpr std::int64_t mostTighteningWork = 70'000'000;
 /// Local solves may take this part of the work that the tree takes, and this much in any case.
 constexpr double shareOfImprovement = 0.3;
 constexpr std::int64_t firstImprovementWork = 30'000'000;
@@ -509,7 +510,7 @@ bool SpatialTree::tightenRoot() {
     const auto nbEntries = static_cast<std::int64_t>(relaxation_.rows().column.size());
     const std::int64_t nbPivots =
         fewTighteningPivots + tighteningPivotsPerDefinition * nbDefinitions;
-    PartOfPace pace(treePace_, nbPivots * (1000 + nbEntries / 2));
+    PartOfPace pace(treePace_, std::min(nbPivots * (1000 + nbEntries / 2), mostTighteningWork));
     const bool isOpen =
         tightenByOptimisation(relaxation_, *simplex_, pace, propagator_, nodeWork_, restrictions);
     if (isOpen) root_ = propagator_.mark();
