@@ -21,7 +21,7 @@ constexpr double endOfTheWorld = 1e12;
 constexpr double largestBound = 1e20;
 constexpr double tolerance = 1e-9;
 /// Of scaling, factorising and pricing, once a call.
-constexpr std::int64_t workPerEntry = 20;
+constexpr std::int64_t workPerEntry = 40;
 
 double clpNumber(double bound) {
     return std::fabs(bound) < largestBound ? bound : std::copysign(COIN_DBL_MAX, bound);

@@ -73,19 +73,106 @@ std::optional<Cone> RowReader::coneOf(std::size_t row, double sign, double upper
     return std::move(cone_);
 }
 
+/// Drops the rows that are marked.
+void dropRows(LinearModel& m, const std::vector<std::uint8_t>& isDropped) {
+    std::size_t nbRows = 0;
+    std::size_t nbEntries = 0;
+    std::size_t first = 0;
+    for (std::size_t i = 0; i < isDropped.size(); ++i) {
+        const auto last = static_cast<std::size_t>(m.rowStart[i + 1]);
+        if (isDropped[i] == 0) {
+            for (std::size_t k = first; k < last; ++k, ++nbEntries) {
+                m.column[nbEntries] = m.column[k];
+                m.coefficient[nbEntries] = m.coefficient[k];
+            }
+            m.rowLower[nbRows] = m.rowLower[i];
+            m.rowUpper[nbRows] = m.rowUpper[i];
+            m.tolerance[nbRows] = m.tolerance[i];
+            m.rowStart[++nbRows] = static_cast<std::int32_t>(nbEntries);
+        }
+        first = last;
+    }
+    m.rowStart.resize(nbRows + 1);
+    m.rowLower.resize(nbRows);
+    m.rowUpper.resize(nbRows);
+    m.tolerance.resize(nbRows);
+    m.column.resize(nbEntries);
+    m.coefficient.resize(nbEntries);
+}
+
+void dropUnusedDefinitions(FactorableModel& model) {
+    std::vector<std::uint8_t> isUsed(model.linear.nbColumns(), 0);
+    const auto use = [&isUsed](std::int32_t column) {
+        if (column != noColumn) isUsed[static_cast<std::size_t>(column)] = 1;
+    };
+    const auto useAll = [&use](const LinearForm& form) {
+        for (const std::int32_t column : form.column) use(column);
+    };
+    for (const std::int32_t column : model.linear.column) use(column);
+    for (const LinearObjective& objective : model.linear.objective) useAll(objective.form);
+    for (const CurvedForm& curved : model.curved) useAll(curved.form);
+    for (const Cone& cone : model.cone) {
+        useAll(cone.head);
+        for (const LinearForm& part : cone.parts) useAll(part);
+    }
+    std::vector<Definition> kept;
+    // Results come after what they are made of.
+    for (auto d = model.definition.rbegin(); d != model.definition.rend(); ++d) {
+        if (isUsed[static_cast<std::size_t>(d->result)] == 0) continue;
+        use(d->first);
+        use(d->second);
+        for (const LinearForm& form : d->forms) useAll(form);
+        kept.push_back(std::move(*d));
+    }
+    std::reverse(kept.begin(), kept.end());
+    model.definition = std::move(kept);
+    for (ColumnOrigin& origin : model.origin) origin.definition = -1;
+    for (std::size_t k = 0; k < model.definition.size(); ++k) {
+        model.origin[static_cast<std::size_t>(model.definition[k].result)].definition =
+            static_cast<std::int32_t>(k);
+    }
+}
+
+double normOf(const Cone& cone, std::span<const double> levels) {
+    double square = cone.constant;
+    for (const LinearForm& part : cone.parts) {
+        const double value = valueOf(part, levels);
+        square += value * value;
+    }
+    return std::sqrt(square);
+}
+
 }  // namespace
 
-std::vector<Cone> conesOf(const FactorableModel& model) {
-    std::vector<Cone> cones;
+void takeConesOut(FactorableModel& model) {
+    LinearModel& m = model.linear;
     RowReader reader(model);
-    for (std::size_t i = 0; i < model.linear.nbRows(); ++i) {
-        for (const double sign : {1.0, -1.0}) {
-            const double upper = sign > 0.0 ? model.linear.rowUpper[i] : -model.linear.rowLower[i];
-            if (std::isinf(upper)) continue;
-            if (auto cone = reader.coneOf(i, sign, upper)) cones.push_back(std::move(*cone));
-        }
+    std::vector<std::uint8_t> isCone(m.nbRows(), 0);
+    for (std::size_t i = 0; i < m.nbRows(); ++i) {
+        const bool hasUpper = !std::isinf(m.rowUpper[i]);
+        if (hasUpper == !std::isinf(m.rowLower[i])) continue;
+        auto cone =
+            reader.coneOf(i, hasUpper ? 1.0 : -1.0, hasUpper ? m.rowUpper[i] : -m.rowLower[i]);
+        if (!cone) continue;
+        model.cone.push_back(std::move(*cone));
+        isCone[i] = 1;
     }
-    return cones;
+    if (model.cone.empty()) return;
+    dropRows(m, isCone);
+    dropUnusedDefinitions(model);
+}
+
+bool raiseHeads(std::span<const Cone> cones, std::span<double> levels) {
+    bool isAnyRaised = false;
+    for (const Cone& cone : cones) {
+        if (cone.head.column.size() != 1) continue;
+        const double least = normOf(cone, levels) / cone.head.coefficient.front();
+        double& head = levels[static_cast<std::size_t>(cone.head.column.front())];
+        if (!std::isfinite(least) || head >= least) continue;
+        head = least;
+        isAnyRaised = true;
+    }
+    return isAnyRaised;
 }
 
 std::size_t addPlanes(std::span<const Cone> cones, std::span<const double> levels, Planes which,
@@ -93,17 +180,11 @@ std::size_t addPlanes(std::span<const Cone> cones, std::span<const double> level
     const std::size_t before = cuts.size();
     FormSum sum;
     for (const Cone& cone : cones) {
-        double square = cone.constant;
-        std::vector<double> value;
-        for (const LinearForm& part : cone.parts) {
-            value.push_back(valueOf(part, levels));
-            square += value.back() * value.back();
-        }
-        const double norm = std::sqrt(square);
+        const double norm = normOf(cone, levels);
         if (!std::isfinite(norm) || !(norm > 0.0)) continue;
         const double beyond = norm - valueOf(cone.head, levels);
         if (which == Planes::Violated && !(beyond > leastViolation * std::max(1.0, norm))) continue;
-        for (std::size_t k = 0; k < value.size(); ++k) sum.add(cone.parts[k], value[k] / norm);
+        for (const LinearForm& part : cone.parts) sum.add(part, valueOf(part, levels) / norm);
         sum.add(cone.head, -1.0);
         sum.add(constantForm(cone.constant / norm - rounding * norm), 1.0);
         cuts.push_back(sum.take());

@@ -8,18 +8,14 @@
 
 namespace engine {
 
-/// A row that is convex although its terms are not: sum parts^2 + constant <= head^2, where head is
-/// not negative. Its norm is at most head (Lobo et al., "Applications of second-order cone
-/// programming", Linear Algebra Appl. 284, 1998, sections 1 and 2.3).
-struct Cone {
-    std::vector<LinearForm> parts;
-    double constant;  ///< not negative
-    LinearForm head;
-};
+/// Makes cones of the rows of squares, one of which is negative, or a product that is (with y z =
+/// ((y + z)^2 - (y - z)^2) / 4). Definitions that only such rows used are dropped.
+void takeConesOut(FactorableModel& model);
 
-/// Rows of squares, one of which is negative, or a product that is (with y z = ((y + z)^2 - (y -
-/// z)^2) / 4).
-std::vector<Cone> conesOf(const FactorableModel& model);
+/// Raises heads of a single column to the norms: planes leave them a little too low for ever.
+/// @param levels  [nbColumns]
+/// @return whether any was.
+bool raiseHeads(std::span<const Cone> cones, std::span<double> levels);
 
 /// Adds the planes of cones at `levels` [nbColumns]: those that they are beyond, or all.
 /// @return how many.

@@ -6,6 +6,7 @@
 #include <map>
 #include <utility>
 
+#include "global/cones.hpp"
 #include "global/curved_forms.hpp"
 #include "global/form_arithmetic.hpp"
 #include "linear/linear_view.hpp"
@@ -233,6 +234,7 @@ std::optional<FactorableModel> FactorableBuilder::run() {
     }
     for (const ExpressionIndex e : model_.constraint) addConstraint(e);
     out_.curved = curvedFormsOf(model_, propagator_, values_, out_, form_, isNeeded_);
+    takeConesOut(out_);
     return std::move(out_);
 }
 

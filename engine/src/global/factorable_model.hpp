@@ -52,15 +52,25 @@ struct CurvedForm {
     bool isConvex;
 };
 
+/// A row that is convex although its terms are not: sum parts^2 + constant <= head^2, where head is
+/// not negative. Its norm is at most head (Lobo et al., "Applications of second-order cone
+/// programming", Linear Algebra Appl. 284, 1998, sections 1 and 2.3).
+struct Cone {
+    std::vector<LinearForm> parts;
+    double constant;  ///< not negative
+    LinearForm head;
+};
+
 /// The model as linear rows over columns, some of which are nonlinear functions of others
 /// (McCormick, "Computability of global solutions to factorable nonconvex programs", Math. Prog.
 /// 10, 1976): one column a distinct nonlinear expression. At every feasible point that the judge
-/// would accept with tolerance 0 the rows and the definitions hold.
+/// would accept with tolerance 0 the rows, the definitions and the cones hold.
 struct FactorableModel {
     LinearModel linear;                ///< with the columns' bounds as far as propagation knew them
     std::vector<ColumnOrigin> origin;  ///< [nbColumns]
     std::vector<Definition> definition;  ///< arguments before results
     std::vector<CurvedForm> curved;      ///< whose tangent planes say more than their parts
+    std::vector<Cone> cone;              ///< instead of rows
     bool isComplete = true;              ///< otherwise some constraint is known to propagation only
 };
 

@@ -70,6 +70,7 @@ private:
     [[nodiscard]] const Point& inside() const;
     void supportIncumbent(std::vector<Cut>& cuts);
     void offer(const std::vector<double>& levels);
+    [[nodiscard]] Point pointAt(const std::vector<double>& levels) const;
     [[nodiscard]] std::vector<double> weightsOf(const std::vector<double>& multipliers) const;
     void keepUsefulCuts(const std::vector<Cut>& cuts);
     bool mayTry();
@@ -97,7 +98,6 @@ private:
     std::unique_ptr<SimplexSolver> simplex_;
     Relaxation relaxation_;
     ConvexTangents tangents_;
-    std::vector<Cone> cones_;
     Branching branching_;
     NodeQueue queue_{mostWaitingNodes};
     std::size_t root_ = 0;  ///< mark of the propagator
@@ -137,7 +137,6 @@ SpatialTree::SpatialTree(const ClosedModel& model, const FactorableModel& factor
       simplex_(makeSimplexSolver()),
       relaxation_(factorable, model, propagator),
       tangents_(factorable, model, propagator),
-      cones_(conesOf(factorable)),
       branching_(relaxation_),
       treePace_(settings.pace),
       improvementPace_(settings.pace),
@@ -198,6 +197,14 @@ Fate SpatialTree::boundByPropagation(BoxNode& node) {
 }
 
 void SpatialTree::offer(const std::vector<double>& levels) {
+    points_.offer(pointAt(levels));
+    if (factorable_.cone.empty()) return;
+    std::vector<double> raised = levels;
+    if (raiseHeads(factorable_.cone, raised)) points_.offer(pointAt(raised));
+}
+
+/// Within the box, integers rounded.
+Point SpatialTree::pointAt(const std::vector<double>& levels) const {
     Point point = start_;
     for (std::size_t j = 0; j < levels.size(); ++j) {
         const DecisionIndex d = factorable_.linear.decision[j];
@@ -207,7 +214,7 @@ void SpatialTree::offer(const std::vector<double>& levels) {
         point[static_cast<std::size_t>(d)] =
             valueFor(model_, d, std::clamp(level, domain.lower, domain.upper));
     }
-    points_.offer(point);
+    return point;
 }
 
 /// What reduced costs say of the columns: farther from its bound a column makes the box too dear.
@@ -255,7 +262,7 @@ bool SpatialTree::isContradicted(const Box& box) {
 
 std::size_t SpatialTree::separate(std::vector<Cut>& cuts) {
     return relaxation_.separate(levels_, cuts) + tangents_.separate(levels_, inside(), cuts) +
-           addPlanes(cones_, levels_, Planes::Violated, cuts);
+           addPlanes(factorable_.cone, levels_, Planes::Violated, cuts);
 }
 
 /// Solves and cuts until nothing is gained. `isTightened` tells whether ranges were found to be
@@ -333,7 +340,7 @@ void SpatialTree::supportIncumbent(std::vector<Cut>& cuts) {
     judge(model_, incumbent_.point(), values);
     const std::vector<double> levels = relaxation_.levelsAt(values);
     relaxation_.supportAt(levels, cuts);
-    addPlanes(cones_, levels, Planes::All, cuts);
+    addPlanes(factorable_.cone, levels, Planes::All, cuts);
     tangents_.supportAt(incumbent_.point(), cuts);
 }
 

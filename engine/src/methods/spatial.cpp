@@ -29,7 +29,8 @@ std::string Spatial::reasonAgainst() {
     judge(model(), ground().start, values);
     factorable_ = factorableModelOf(model(), ground().propagator, values);
     if (!factorable_) return "the model is too large for a relaxation of its parts";
-    if (factorable_->definition.empty() && factorable_->isComplete) return "the model is linear";
+    if (factorable_->definition.empty() && factorable_->cone.empty() && factorable_->isComplete)
+        return "the model is linear";
     return "";
 }
 
