@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <map>
+#include <tuple>
 #include <utility>
 
 #include "global/cones.hpp"
@@ -129,6 +130,8 @@ private:
     std::vector<std::uint8_t> isNeeded_;  ///< [nbExpressions] as a number
     std::vector<std::uint8_t> depends_;   ///< [nbExpressions] on a decision
     std::vector<LinearForm> form_;        ///< [nbExpressions] of those needed
+    std::map<std::tuple<std::vector<std::int32_t>, std::vector<double>, double>, std::int32_t>
+        sumColumn_;  ///< equal sums share one
     std::map<std::pair<Curve, std::int32_t>, std::int32_t> curveColumn_;
     std::map<std::pair<std::int32_t, std::int32_t>, std::int32_t> productColumn_;
     FormSum scratch_;
@@ -334,7 +337,10 @@ LinearForm FactorableBuilder::difference(ExpressionIndex e) {
 
 std::int32_t FactorableBuilder::columnOf(const LinearForm& form) {
     if (isTerm(form) && form.coefficient.front() == 1.0) return form.column.front();
-    const std::int32_t column = makeColumn();
+    const auto [known, isNew] =
+        sumColumn_.try_emplace({form.column, form.coefficient, form.constant}, noColumn);
+    if (!isNew) return known->second;
+    const std::int32_t column = known->second = makeColumn();
     scratch_.add(form, 1.0);
     scratch_.add(columnForm(column), -1.0);
     addRow(scratch_.take(), 0.0, 0.0, 0.0);

@@ -11,6 +11,8 @@ namespace {
 
 /// Rows with larger coefficients cost the simplex method more digits than they tell.
 constexpr double largestCoefficient = 1e7;
+/// Smaller ones cannot be told from rounding, and the simplex method would drop them in silence.
+constexpr double leastCoefficient = 1e-15;
 /// Levels this far beyond a line deserve a cut; relative above 1.
 constexpr double leastViolation = 1e-8;
 /// Less is not worth a coefficient, relative to the line.
@@ -152,18 +154,28 @@ void Relaxation::addRow(const LinearForm& form, std::int32_t column, double fact
                           (isUseful(lower) || std::isinf(lower)) &&
                           (isUseful(upper) || std::isinf(upper)) &&
                           std::all_of(form.coefficient.begin(), form.coefficient.end(), isUseful);
-    if (!isUsable) return addFreeRow(column);
+    if (!isUsable) return addFreeRow(column == noColumn ? 0 : column);
     double size = std::fabs(form.constant);
-    for (std::size_t k = 0; k < form.column.size(); ++k) {
-        rows_.column.push_back(form.column[k]);
-        rows_.coefficient.push_back(form.coefficient[k]);
-        size = std::max(size, std::fabs(form.coefficient[k]));
+    double dropped = 0.0;
+    const std::size_t first = rows_.column.size();
+    const auto add = [&](std::int32_t j, double coefficient) {
+        const Range r = rangeOf(j);
+        if (std::fabs(coefficient) >= leastCoefficient) {
+            rows_.column.push_back(j);
+            rows_.coefficient.push_back(coefficient);
+            size = std::max(size, std::fabs(coefficient));
+        } else if (coefficient != 0.0) {
+            dropped += std::fabs(coefficient) * std::max(std::fabs(r.lower), std::fabs(r.upper));
+        }
+    };
+    for (std::size_t k = 0; k < form.column.size(); ++k) add(form.column[k], form.coefficient[k]);
+    if (factor != 0.0) add(column, factor);
+    if (std::isinf(dropped) || rows_.column.size() == first) {
+        rows_.column.resize(first);
+        rows_.coefficient.resize(first);
+        return addFreeRow(column == noColumn ? 0 : column);
     }
-    if (factor != 0.0) {
-        rows_.column.push_back(column);
-        rows_.coefficient.push_back(factor);
-    }
-    const double slack = rounding * size;
+    const double slack = rounding * size + dropped;
     rows_.rowStart.push_back(static_cast<std::int32_t>(rows_.column.size()));
     rows_.rowLower.push_back(lower - form.constant - slack);
     rows_.rowUpper.push_back(upper - form.constant + slack);

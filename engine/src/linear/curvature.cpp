@@ -50,6 +50,12 @@ public:
     }
 
 private:
+    struct Term {
+        ExpressionIndex expression;
+        double factor;
+    };
+    using LinearPart = std::map<ExpressionIndex, double>;  ///< coefficients of decisions
+
     [[nodiscard]] Curvature of(ExpressionIndex e) const {
         return result_[static_cast<std::size_t>(e)].curvature;
     }
@@ -58,14 +64,17 @@ private:
     }
     [[nodiscard]] Curvature curvatureOf(ExpressionIndex e) const;
     Curvature curvatureOfForm(ExpressionIndex sum);
-    bool addToForm(ExpressionIndex term);
+    [[nodiscard]] std::vector<ExpressionIndex> factorsOf(ExpressionIndex e, double& factor) const;
+    bool linearPartOf(ExpressionIndex affine, LinearPart& part) const;
+    bool addProduct(ExpressionIndex a, ExpressionIndex b, double factor);
+    bool addToForm(ExpressionIndex sum);
     std::size_t positionInForm(ExpressionIndex e);
 
     const ClosedModel& model_;
     const Propagator& propagator_;
     const std::vector<Value>& values_;
     std::vector<CurvatureOfExpression> result_;
-    std::map<ExpressionIndex, std::size_t> position_;  ///< of factors in the form
+    std::map<ExpressionIndex, std::size_t> position_;  ///< of decisions in the form
     struct Entry {
         std::size_t row;
         std::size_t column;
@@ -86,44 +95,101 @@ std::size_t Analysis::positionInForm(ExpressionIndex e) {
     return position_.emplace(e, position_.size()).first->second;
 }
 
-/// @return false: the term is neither affine nor a multiple of two affine factors.
-bool Analysis::addToForm(ExpressionIndex term) {
-    double factor = 1.0;
-    std::vector<ExpressionIndex> factors{term};
-    while (factors.size() == 1 && !isAffine(of(factors[0]))) {
-        const ExpressionIndex e = factors[0];
+/// factor * the product of what is not constant among the operands of `e`.
+std::vector<ExpressionIndex> Analysis::factorsOf(ExpressionIndex e, double& factor) const {
+    std::vector<ExpressionIndex> factors;
+    for (const ExpressionIndex x : model_.operandsOf(e)) {
+        if (of(x) == Constant) {
+            factor *= number(x);
+        } else {
+            factors.push_back(x);
+        }
+    }
+    return factors;
+}
+
+/// The linear part of an affine expression, over decisions. @return false: it has another shape.
+bool Analysis::linearPartOf(ExpressionIndex affine, LinearPart& part) const {
+    std::vector<Term> open{{affine, 1.0}};
+    while (!open.empty()) {
+        const auto [e, factor] = open.back();
+        open.pop_back();
         const auto x = model_.operandsOf(e);
-        if (model_.operatorOf(e) == LS_OP_POW) {
-            if (of(x[1]) != Constant || number(x[1]) != 2.0) return false;
-            factors.assign(2, x[0]);
-        } else if (model_.operatorOf(e) == LS_OP_PROD) {
-            factors.clear();
-            for (const ExpressionIndex k : x) {
-                if (of(k) == Constant) {
-                    factor *= number(k);
-                } else {
-                    factors.push_back(k);
-                }
+        const ls_operator op = model_.operatorOf(e);
+        double total = factor;
+        if (of(e) == Constant) continue;
+        if (model_.decisionOf[static_cast<std::size_t>(e)] >= 0) {
+            part[e] += factor;
+        } else if (op == LS_OP_SUM || op == LS_OP_SUB) {
+            for (std::size_t k = 0; k < x.size(); ++k) {
+                open.push_back({x[k], op == LS_OP_SUB && k > 0 ? -factor : factor});
+            }
+        } else if (op == LS_OP_DIV && of(x[1]) == Constant) {
+            open.push_back({x[0], factor / number(x[1])});
+        } else if (op == LS_OP_PROD) {
+            const auto factors = factorsOf(e, total);
+            if (factors.size() != 1) return false;
+            open.push_back({factors[0], total});
+        } else {
+            return false;
+        }
+    }
+    return part.size() <= largestForm;
+}
+
+bool Analysis::addProduct(ExpressionIndex a, ExpressionIndex b, double factor) {
+    LinearPart first;
+    LinearPart second;
+    if (!isAffine(of(a)) || !isAffine(of(b)) || !linearPartOf(a, first)) return false;
+    if (a != b && !linearPartOf(b, second)) return false;
+    for (const auto& [x, c] : first) {
+        for (const auto& [y, d] : a == b ? first : second) {
+            const std::size_t i = positionInForm(x);
+            const std::size_t j = positionInForm(y);
+            form_.push_back({i, j, 0.5 * factor * c * d});
+            form_.push_back({j, i, 0.5 * factor * c * d});
+        }
+    }
+    formWork_ += first.size() * (first.size() + second.size());
+    return std::isfinite(factor) && position_.size() <= largestForm && formWork_ <= mostFormWork;
+}
+
+/// @return false: the sum is no quadratic polynomial.
+bool Analysis::addToForm(ExpressionIndex sum) {
+    std::vector<Term> open{{sum, 1.0}};
+    while (!open.empty()) {
+        const auto [e, factor] = open.back();
+        open.pop_back();
+        if (isAffine(of(e))) continue;
+        const auto x = model_.operandsOf(e);
+        const ls_operator op = model_.operatorOf(e);
+        double total = factor;
+        if (op == LS_OP_SUM || op == LS_OP_SUB) {
+            for (std::size_t k = 0; k < x.size(); ++k) {
+                open.push_back({x[k], op == LS_OP_SUB && k > 0 ? -factor : factor});
+            }
+        } else if (op == LS_OP_DIV && of(x[1]) == Constant) {
+            open.push_back({x[0], factor / number(x[1])});
+        } else if (op == LS_OP_POW && of(x[1]) == Constant && number(x[1]) == 2.0) {
+            if (!addProduct(x[0], x[0], factor)) return false;
+        } else if (op == LS_OP_PROD) {
+            const auto factors = factorsOf(e, total);
+            if (factors.size() == 1) {
+                open.push_back({factors[0], total});
+            } else if (factors.size() != 2 || !addProduct(factors[0], factors[1], total)) {
+                return false;
             }
         } else {
             return false;
         }
     }
-    if (factors.size() == 1) return true;
-    if (factors.size() != 2 || !isAffine(of(factors[0])) || !isAffine(of(factors[1]))) return false;
-    const std::size_t i = positionInForm(factors[0]);
-    const std::size_t j = positionInForm(factors[1]);
-    form_.push_back({i, j, 0.5 * factor});
-    form_.push_back({j, i, 0.5 * factor});
-    return std::isfinite(factor) && position_.size() <= largestForm;
+    return true;
 }
 
 Curvature Analysis::curvatureOfForm(ExpressionIndex sum) {
     position_.clear();
     form_.clear();
-    for (const ExpressionIndex k : model_.operandsOf(sum)) {
-        if (!addToForm(k)) return Unknown;
-    }
+    if (!addToForm(sum)) return Unknown;
     const std::size_t n = position_.size();
     formWork_ += n * n * n;
     if (formWork_ > mostFormWork) return Unknown;
