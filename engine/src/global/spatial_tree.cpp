@@ -275,6 +275,7 @@ Fate SpatialTree::solveRelaxation(BoxNode& node, std::vector<Cut>& cuts, bool& i
     simplex_->load(relaxation_.rows(), cost_, node.basis ? *node.basis : SimplexBasis{});
     levels_.clear();
     multipliers_.clear();
+    double before = -infinity;
     for (int round = 0;; ++round) {
         const SimplexSolver::Status status = simplex_->solve(treePace_, mostPivots);
         const LinearModel& rows = relaxation_.rows();
@@ -290,13 +291,14 @@ Fate SpatialTree::solveRelaxation(BoxNode& node, std::vector<Cut>& cuts, bool& i
         levels_ = simplex_->levels();
         multipliers_ = simplex_->multipliers();
         const SafeBound safe = safeBoundOf(rows, cost_, box, multipliers_, RowSides::AsTheyStand);
-        const double before = node.bound;
-        if (raise(node, safe.lower + costConstant_)) return Fate::Closed;
+        const double lower = safe.lower + costConstant_;
+        if (raise(node, lower)) return Fate::Closed;
         offer(levels_);
         if (node.bound >= cutoff()) return Fate::Closed;
-        const double gap = std::min(cutoff() - node.bound, std::max(1.0, std::fabs(node.bound)));
-        const bool isSlow =
-            round > 1 && std::isfinite(before) && node.bound - before < leastGain * gap;
+        // Of the program's own bound: the box may have a better one for a long while.
+        const double gap = std::min(cutoff() - lower, std::max(1.0, std::fabs(lower)));
+        const bool isSlow = round > 1 && std::isfinite(before) && lower - before < leastGain * gap;
+        before = lower;
         const std::size_t nbCuts = cuts.size();
         const bool isLast =
             round >= mostRounds || isSlow || treePace_.mustEnd() || separate(cuts) == 0;
