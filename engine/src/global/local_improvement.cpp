@@ -13,7 +13,7 @@ LocalImprovement::LocalImprovement(const ClosedModel& model, CleanPoints& points
 
 bool LocalImprovement::run(const Point& start, const std::vector<Interval>& box, Pace& pace) {
     // Beyond this, making the program alone takes longer than all else is given.
-    constexpr std::size_t largestModel = 60'000;
+    constexpr std::size_t largestModel = 300'000;
     if (model_.operand.size() > largestModel || pace.mustEnd()) return false;
     if (!program_) program_.emplace(model_);
     NonlinearProblem problem{*program_, {}, {}, {}};
