@@ -39,6 +39,17 @@ public:
         }
         return text;
     }
+    /// A real decision r that a boolean one switches off, and often a cone whose head it is.
+    std::string switchedDecision() {
+        std::string text = "s: bool; r: real 0 3; leq(r, prod(3, s));";
+        if (below(2) == 0) {
+            text += "leq(sum(prod(0.5, pow(" + name() + ",2)), pow(" + name() + ",2)," +
+                    std::to_string(below(2)) + ")," +
+                    (below(2) == 0 ? "pow(r,2));" : "prod(r,s));");
+        }
+        names_.insert(names_.end(), {"s", "r", "r"});
+        return text;
+    }
     /// A name for an expression, which later ones may use.
     std::string definition(int depth) {
         const std::string name = "t" + std::to_string(names_.size());

@@ -8,6 +8,7 @@
 #include "back_ends/simplex.hpp"
 #include "engine/random_models.hpp"
 #include "global/bound_tightening.hpp"
+#include "global/cones.hpp"
 #include "global/convex_tangents.hpp"
 #include "global/safe_bound.hpp"
 #include "global/spatial_tree.hpp"
@@ -18,6 +19,7 @@ namespace {
 /// A random model with constraints and an objective from all operators.
 std::string randomModel(testing::RandomModels& random, bool withReals) {
     std::string text = random.decisions(withReals);
+    if (withReals && random.below(3) == 0) text += random.switchedDecision();
     for (int i = random.below(3); i > 0; --i) {
         text += (random.below(2) == 0 ? "leq(" : "geq(") + random.expression(2) + "," +
                 random.linear(false) + ");";
@@ -66,6 +68,7 @@ double excessOf(const LinearModel& rows, const std::vector<double>& levels) {
 TEST(Relaxations, HoldAtEveryFeasiblePointOfEveryBox) {
     testing::RandomModels random(7);
     int nbPoints = 0;
+    std::size_t nbCones = 0;
     for (int trial = 0; trial < 1500; ++trial) {
         const std::string text = randomModel(random, /*withReals=*/true);
         Relaxed relaxed(text);
@@ -90,6 +93,7 @@ TEST(Relaxations, HoldAtEveryFeasiblePointOfEveryBox) {
             relaxation.separate(anywhere, cuts);
             relaxation.supportAt(anywhere, cuts);
             tangents.separate(anywhere, testing::startOf(model), cuts);
+            nbCones += addPlanes(relaxed.factorable->cone, anywhere, Planes::All, cuts);
             for (const Cut& cut : cuts) relaxation.addCut(cut);
         }
         std::vector<Value> values;
@@ -107,6 +111,7 @@ TEST(Relaxations, HoldAtEveryFeasiblePointOfEveryBox) {
         if (HasFatalFailure()) return;
     }
     EXPECT_GT(nbPoints, 10'000);
+    EXPECT_GT(nbCones, 50);
 }
 
 TEST(Relaxations, NarrowNoRangeBeyondAFeasiblePoint) {
