@@ -8,6 +8,7 @@
 #include <CoinError.hpp>
 
 #include "back_ends/cbc_watch.hpp"
+#include "back_ends/integer_cuts.hpp"
 
 namespace engine {
 namespace {
@@ -34,6 +35,26 @@ double clpBound(double bound, double side, bool isGoal) {
     return side * std::max(outward, -endOfTheWorld);
 }
 
+/// A column for each side of a row, at a cost of 1, in the place of all other costs.
+void addViolations(ClpSimplex& solver) {
+    std::fill_n(solver.objective(), solver.numberColumns(), 0.0);
+    std::vector<CoinBigIndex> start{0};
+    std::vector<int> row;
+    std::vector<double> side;
+    for (int i = 0; i < solver.numberRows(); ++i) {
+        for (const double s : {1.0, -1.0}) {
+            const double bound = s > 0.0 ? solver.rowLower()[i] : solver.rowUpper()[i];
+            if (std::fabs(bound) >= largestBound) continue;
+            row.push_back(i);
+            side.push_back(s);
+            start.push_back(static_cast<CoinBigIndex>(row.size()));
+        }
+    }
+    const std::vector<double> ones(row.size(), 1.0);
+    solver.addColumns(static_cast<int>(row.size()), /*columnLower=*/nullptr,
+                      /*columnUpper=*/nullptr, ones.data(), start.data(), row.data(), side.data());
+}
+
 class ClpSimplexMethod final : public SimplexSolver {
 public:
     void load(const LinearModel& model, const std::vector<double>& cost,
@@ -48,6 +69,8 @@ public:
     bool minimiseViolation(Pace& pace, int mostPivots) override;
     Trial tryBranches(std::int32_t column, double below, double above, Pace& pace,
                       int mostPivots) override;
+    std::vector<LinearForm> integerCuts(const std::vector<std::uint8_t>& isInteger,
+                                        std::size_t most, Pace& pace) override;
     [[nodiscard]] const std::vector<double>& levels() const override { return levels_; }
     [[nodiscard]] const std::vector<double>& multipliers() const override { return multipliers_; }
     [[nodiscard]] SimplexBasis basis() const override;
@@ -152,8 +175,6 @@ void ClpSimplexMethod::addRows(const LinearModel& model, std::size_t firstRow) {
 }
 
 SimplexSolver::Status ClpSimplexMethod::run(CbcWatch& watch, int mostPivots) {
-    PivotEvents events(watch);
-    solver_->passInEventHandler(&events);
     solver_->setMaximumIterations(solver_->numberIterations() + mostPivots);
     solver_->dual();
     if (watch.stopped()) return Status::Open;
@@ -184,12 +205,17 @@ SimplexSolver::Status ClpSimplexMethod::watched(Pace& pace, Body body) {
     const auto nbEntries = static_cast<std::size_t>(solver_->getNumElements());
     CbcWatch watch(pace, nbEntries, /*grace=*/0);
     Status status = Status::Open;
+    // Copies of the solver have the watch, too, and none of them may keep it.
+    const PivotEvents events(watch);
+    solver_->passInEventHandler(&events);
     try {
         pace.spend(workPerEntry * static_cast<std::int64_t>(nbEntries));
         status = body(watch);
     } catch (const CoinError&) {
         status = Status::Open;
     }
+    const ClpEventHandler nobody;
+    solver_->passInEventHandler(&nobody);
     watch.rethrow();
     return status;
 }
@@ -199,33 +225,15 @@ SimplexSolver::Status ClpSimplexMethod::solve(Pace& pace, int mostPivots) {
 }
 
 bool ClpSimplexMethod::minimiseViolation(Pace& pace, int mostPivots) {
-    ClpSimplex elastic(*solver_);
-    std::fill_n(elastic.objective(), elastic.numberColumns(), 0.0);
-    std::vector<CoinBigIndex> start{0};
-    std::vector<int> row;
-    std::vector<double> side;
-    for (int i = 0; i < elastic.numberRows(); ++i) {
-        for (const double s : {1.0, -1.0}) {
-            if (std::fabs(s > 0.0 ? elastic.rowLower()[i] : elastic.rowUpper()[i]) >=
-                largestBound) {
-                continue;
-            }
-            row.push_back(i);
-            side.push_back(s);
-            start.push_back(static_cast<CoinBigIndex>(row.size()));
-        }
-    }
-    const std::vector<double> ones(row.size(), 1.0);
-    elastic.addColumns(static_cast<int>(row.size()), /*columnLower=*/nullptr,
-                       /*columnUpper=*/nullptr, ones.data(), start.data(), row.data(), side.data());
     const Status status = watched(pace, [&](CbcWatch& watch) {
-        PivotEvents events(watch);
-        elastic.passInEventHandler(&events);
+        ClpSimplex elastic(*solver_);
+        addViolations(elastic);
         elastic.setMaximumIterations(elastic.numberIterations() + mostPivots);
         elastic.primal();
-        return !watch.stopped() && elastic.status() == 0 ? Status::Optimal : Status::Open;
+        if (watch.stopped() || elastic.status() != 0) return Status::Open;
+        takeOptimum(elastic);
+        return Status::Optimal;
     });
-    if (status == Status::Optimal) takeOptimum(elastic);
     return status == Status::Optimal;
 }
 
@@ -245,9 +253,7 @@ SimplexSolver::Trial ClpSimplexMethod::tryBranches(std::int32_t column, double b
     double upper = below;
     double lower = above;
     const int mostBefore = solver_->maximumIterations();
-    watched(pace, [&](CbcWatch& watch) {
-        PivotEvents events(watch);
-        solver_->passInEventHandler(&events);
+    watched(pace, [&](CbcWatch&) {
         solver_->setMaximumIterations(solver_->numberIterations() + mostPivots);
         solver_->strongBranching(1, &j, &lower, &upper, levelsAt, status, nbPivots,
                                  /*stopOnFirstInfeasible=*/false, /*alwaysFinish=*/true);
@@ -256,6 +262,18 @@ SimplexSolver::Trial ClpSimplexMethod::tryBranches(std::int32_t column, double b
     solver_->setMaximumIterations(mostBefore);
     return {status[0] == isInfeasible ? HUGE_VAL : upper,
             status[1] == isInfeasible ? HUGE_VAL : lower};
+}
+
+std::vector<LinearForm> ClpSimplexMethod::integerCuts(const std::vector<std::uint8_t>& isInteger,
+                                                      std::size_t most, Pace& pace) {
+    constexpr std::int64_t workPerEntryOfCuts = 1000;
+    std::vector<LinearForm> cuts;
+    watched(pace, [&](CbcWatch&) {
+        pace.spend(workPerEntryOfCuts * static_cast<std::int64_t>(solver_->getNumElements()));
+        cuts = integerCutsOf(*solver_, isInteger, most);
+        return Status::Optimal;
+    });
+    return cuts;
 }
 
 SimplexBasis ClpSimplexMethod::basis() const {

@@ -57,6 +57,11 @@ public:
     virtual Trial tryBranches(std::int32_t column, double below, double above, Pace& pace,
                               int mostPivots) = 0;
 
+    /// After Optimal: rows form <= 0 that cut the levels off and hold, as far as doubles tell, at
+    /// every point of the program at which the integer columns are integers.
+    virtual std::vector<LinearForm> integerCuts(const std::vector<std::uint8_t>& isInteger,
+                                                std::size_t most, Pace& pace) = 0;
+
     /// After Optimal, and after a least violation.
     [[nodiscard]] virtual const std::vector<double>& levels() const = 0;  ///< [nbColumns]
     /// After Optimal and a least violation the dual values, after Infeasible a ray of them if there
