@@ -4,7 +4,6 @@
 #include <array>
 #include <cmath>
 #include <map>
-#include <tuple>
 #include <utility>
 
 #include "global/cones.hpp"
@@ -127,11 +126,10 @@ private:
     const Propagator& propagator_;
     const std::vector<Value>& values_;
     FactorableModel out_;
-    std::vector<std::uint8_t> isNeeded_;  ///< [nbExpressions] as a number
-    std::vector<std::uint8_t> depends_;   ///< [nbExpressions] on a decision
-    std::vector<LinearForm> form_;        ///< [nbExpressions] of those needed
-    std::map<std::tuple<std::vector<std::int32_t>, std::vector<double>, double>, std::int32_t>
-        sumColumn_;  ///< equal sums share one
+    std::vector<std::uint8_t> isNeeded_;            ///< [nbExpressions] as a number
+    std::vector<std::uint8_t> depends_;             ///< [nbExpressions] on a decision
+    std::vector<LinearForm> form_;                  ///< [nbExpressions] of those needed
+    std::map<LinearForm, std::int32_t> sumColumn_;  ///< equal sums share one
     std::map<std::pair<Curve, std::int32_t>, std::int32_t> curveColumn_;
     std::map<std::pair<std::int32_t, std::int32_t>, std::int32_t> productColumn_;
     FormSum scratch_;
@@ -272,9 +270,7 @@ void FactorableBuilder::addRelation(ExpressionIndex e) {
     const double step = hasStep && (op == LS_OP_GT || op == LS_OP_LT) ? 1.0 : 0.0;
     const bool isUpper = op == LS_OP_LEQ || op == LS_OP_LT || op == LS_OP_EQ;
     const bool isLower = op == LS_OP_GEQ || op == LS_OP_GT || op == LS_OP_EQ;
-    scratch_.add(formOf(sides[0]), 1.0);
-    scratch_.add(formOf(sides[1]), -1.0);
-    addRow(scratch_.take(), isLower ? step : -infinity, isUpper ? -step : infinity, toleranceOf(e));
+    addRow(difference(e), isLower ? step : -infinity, isUpper ? -step : infinity, toleranceOf(e));
 }
 
 void FactorableBuilder::addRow(const LinearForm& form, double lower, double upper,
@@ -330,15 +326,12 @@ LinearForm FactorableBuilder::sum(ExpressionIndex e) {
 }
 
 LinearForm FactorableBuilder::difference(ExpressionIndex e) {
-    scratch_.add(formOf(operands(e)[0]), 1.0);
-    scratch_.add(formOf(operands(e)[1]), -1.0);
-    return scratch_.take();
+    return sumOf(formOf(operands(e)[0]), formOf(operands(e)[1]), -1.0);
 }
 
 std::int32_t FactorableBuilder::columnOf(const LinearForm& form) {
     if (isTerm(form) && form.coefficient.front() == 1.0) return form.column.front();
-    const auto [known, isNew] =
-        sumColumn_.try_emplace({form.column, form.coefficient, form.constant}, noColumn);
+    const auto [known, isNew] = sumColumn_.try_emplace(form, noColumn);
     if (!isNew) return known->second;
     const std::int32_t column = known->second = makeColumn();
     scratch_.add(form, 1.0);
@@ -455,8 +448,8 @@ LinearForm FactorableBuilder::power(ExpressionIndex e) {
         return curveOf({Curve::Kind::Exp}, scaled(termOf(exponent), std::log(constant(base))));
     }
     if (!(propagator_.rangeOf(base).lower > 0.0)) return unknown(e);
-    const LinearForm logarithm = curveOf({Curve::Kind::Log}, termOf(base));
-    return curveOf({Curve::Kind::Exp}, productOf(termOf(exponent), logarithm));
+    const LinearForm log = curveOf({Curve::Kind::Log}, termOf(base));
+    return curveOf({Curve::Kind::Exp}, productOf(termOf(exponent), log));
 }
 
 LinearForm FactorableBuilder::largest(ExpressionIndex e) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <vector>
 
@@ -12,6 +13,8 @@ struct LinearForm {
     std::vector<std::int32_t> column;  ///< no duplicates, no order
     std::vector<double> coefficient;   ///< [column.size()], none is 0
     double constant = 0.0;
+
+    auto operator<=>(const LinearForm&) const = default;
 };
 
 struct LinearObjective {
