@@ -59,6 +59,12 @@ bool SearchTeam::share(Solution& solution) {
     return true;
 }
 
+void SearchTeam::tighten(const std::vector<Interval>& domain) {
+    for (const auto& searcher : searchers_) {
+        if (searcher) searcher->tighten(domain);
+    }
+}
+
 void SearchTeam::spread() {
     std::fill(mustAdopt_.begin(), mustAdopt_.end(), char{1});
 }

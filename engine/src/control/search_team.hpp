@@ -28,6 +28,8 @@ public:
     // On the solve thread, while the workers rest:
     /// Puts the best point into `solution` if it is better. @return whether it was.
     bool share(Solution& solution);
+    /// Has every searcher stay inside `domain` [nbDecisions], none empty.
+    void tighten(const std::vector<Interval>& domain);
     /// Has every searcher take over the current point before its next move.
     void spread();
     /// Adds the moves since the last call. @return the work since then.

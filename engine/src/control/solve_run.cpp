@@ -280,6 +280,7 @@ void SolveRun::takeDomain(const std::vector<Interval>& tightened) {
         // Searchers need a value for every decision; a contradiction is the methods' to claim.
         if (!both.isEmpty()) domain_[d] = both;
     }
+    if (searchers_ && !tightened.empty()) searchers_->tighten(domain_);
 }
 
 void SolveRun::acceptOptimum(Incumbent claimed) {

@@ -64,7 +64,7 @@ private:
     /// Takes over what a method has found out, while it is held.
     void accept(Method& method);
     void acceptAll();
-    /// Searchers that are still to be made stay inside.
+    /// Searchers stay inside, those that run and those that are still to be made.
     void takeDomain(const std::vector<Interval>& tightened);
     void acceptOptimum(Incumbent claimed);
     /// Has the methods end with what they have in hand.

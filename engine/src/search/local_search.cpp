@@ -38,10 +38,31 @@ LocalSearch::LocalSearch(const ClosedModel& model, std::vector<Interval> domain,
     sideMoves_.push_back(std::move(dive));
     stepSize_.reserve(domain_.size());
     for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
+        stepSize_.push_back(initialStep(domain_[static_cast<std::size_t>(d)]));
+    }
+    findMovable();
+}
+
+void LocalSearch::findMovable() {
+    movable_.clear();
+    for (DecisionIndex d = 0; d < model_.nbDecisions(); ++d) {
         const Interval& interval = domain_[static_cast<std::size_t>(d)];
         if (interval.lower < interval.upper) movable_.push_back(d);
-        stepSize_.push_back(initialStep(interval));
     }
+}
+
+/// The inverse walk and the side moves look at the same domains.
+void LocalSearch::tighten(const std::vector<Interval>& domain) {
+    Point here;
+    for (std::size_t d = 0; d < domain_.size(); ++d) {
+        const Interval both{std::fmax(domain_[d].lower, domain[d].lower),
+                            std::fmin(domain_[d].upper, domain[d].upper)};
+        if (!both.isEmpty()) domain_[d] = both;
+        here.push_back(evaluator_.decisionValue(static_cast<DecisionIndex>(d)));
+    }
+    findMovable();
+    moveTo(here);
+    for (DecisionIndex d = 0; d < model_.nbDecisions(); ++d) best_.noteMoved(d);
 }
 
 void LocalSearch::startFrom(const Point& point) {

@@ -42,6 +42,7 @@ public:
     void startFrom(const Point& point);
     void run(std::int64_t nbIterations, const std::atomic<bool>& stop);
     void spend(std::int64_t work, const std::atomic<bool>& stop);
+    void tighten(const std::vector<Interval>& domain);
     void adopt(const Incumbent& incumbent);
     [[nodiscard]] const Incumbent& best() const { return best_.incumbent(); }
     [[nodiscard]] const SearchStatistics& statistics() const { return statistics_; }
@@ -82,6 +83,7 @@ private:
     [[nodiscard]] bool accepts(double before, double after);
     /// Puts the evaluator to `point`, moved into the domain.
     void moveTo(const Point& point);
+    void findMovable();
 
     /// An iteration stops drawing after this many values computed, so that its time is bounded by
     /// the columns' lengths and not by their product with the number of draws.

@@ -54,7 +54,9 @@ void Restoration::begin(Point point, std::vector<DecisionIndex> free) {
         columnOf_[index(d)] = static_cast<std::int32_t>(k);
         point_[index(d)] = Value::ofDouble(point_[index(d)].asDouble());
         const double width = domain_[index(d)].upper - domain_[index(d)].lower;
-        scale_.push_back(std::fmin(width, 1.0 + std::fabs(point_[index(d)].asDouble())));
+        // A domain may have shrunk to a point since the decision was found to be free.
+        const double size = 1.0 + std::fabs(point_[index(d)].asDouble());
+        scale_.push_back(width > 0.0 ? std::fmin(width, size) : size);
     }
     judge(model_, point_, values_);
     trialValues_ = values_;

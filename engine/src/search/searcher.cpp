@@ -24,6 +24,9 @@ void Searcher::run(std::int64_t nbIterations, const std::atomic<bool>& stop) {
 void Searcher::spend(std::int64_t work, const std::atomic<bool>& stop) {
     impl_->spend(work, stop);
 }
+void Searcher::tighten(const std::vector<Interval>& domain) {
+    impl_->tighten(domain);
+}
 const Incumbent& Searcher::best() const {
     return impl_->best();
 }

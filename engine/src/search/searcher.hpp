@@ -48,6 +48,8 @@ public:
     void spend(std::int64_t work, const std::atomic<bool>& stop);
 
     [[nodiscard]] const Incumbent& best() const;
+    /// Stays inside `domain` [nbDecisions], none empty, from now on; wider than known is ignored.
+    void tighten(const std::vector<Interval>& domain);
     /// Takes over a better point found by another searcher.
     void adopt(const Incumbent& incumbent);
     [[nodiscard]] const SearchStatistics& statistics() const;

@@ -112,6 +112,22 @@ TEST(Searcher, AdoptsABetterPointOnlyAndGoesOnFromIt) {
     EXPECT_FALSE(isBetter(model, good.verdict, searcher.best().verdict));
 }
 
+TEST(Searcher, StaysInsideADomainThatIsTightenedOnTheWay) {
+    const ClosedModel model = ModelText(
+                                  "x, y, z: real 0 9; n: int 0 9; x + y + z + n == 12;"
+                                  "maximise x + 0.5*n;")
+                                  .model;
+    Searcher searcher(model, model.domain, {1, 1});
+    searcher.startFrom(lowerBounds(model));
+    searcher.tighten({{0, 4}, {-1, 5}, {2, 2}, {3, 3}});
+    searcher.run(3000, never);
+    const Incumbent& best = searcher.best();
+    ASSERT_TRUE(best.verdict.feasible);
+    EXPECT_NEAR(best.verdict.objectives[0].asDouble(), 5.5, 1e-5);
+    EXPECT_EQ(best.point[2].asDouble(), 2.0);
+    EXPECT_EQ(best.point[3].asInt(), 3);
+}
+
 TEST(Searcher, TakesObjectivesByPriority) {
     // x first; then y counts against 3y - x.
     const ClosedModel model =
