@@ -5,10 +5,14 @@
 namespace engine {
 namespace {
 
-/// A few passes: what takes more converges slowly, and the methods propagate further where they
-/// branch.
+/// Integers profit from every step, and reach an end. Ranges of reals that take more than a few
+/// passes converge slowly, and the methods propagate further where they branch.
 std::int64_t workLimitFor(const ClosedModel& model) {
-    return 20'000 + 3 * static_cast<std::int64_t>(model.operand.size() + model.op.size());
+    const auto size = static_cast<std::int64_t>(model.operand.size() + model.op.size());
+    for (DecisionIndex d = 0; d < model.nbDecisions(); ++d) {
+        if (model.isDiscrete(d)) return 100'000 + 8 * size;
+    }
+    return 20'000 + 3 * size;
 }
 
 std::vector<Interval> domainsOf(const ClosedModel& model, const Propagator& propagator) {
