@@ -39,6 +39,7 @@ public:
     [[nodiscard]] LSErrorCode getErrorCode() const { return code_; }
     /// Source file of the optimizer that raised the error, perhaps empty.
     [[nodiscard]] const std::string& getFileName() const { return fileName_; }
+    /// From 1 in that file; 0: not known.
     [[nodiscard]] int getLineNumber() const { return line_; }
     /// The function that refused, "ls_close" for instance.
     [[nodiscard]] const std::string& getFunctionName() const { return functionName_; }
@@ -65,7 +66,7 @@ public:
     /// The owner, borrowed; null for no expression.
     [[nodiscard]] ls_solver* getSolver() const { return solver_; }
 
-    /// In any state.
+    /// What it is; never changes. In any state.
     [[nodiscard]] LSOperator getOperator() const {
         return static_cast<LSOperator>(ls_expr_get_operator(solver_, index_));
     }
@@ -74,6 +75,7 @@ public:
     /// Are its values doubles (else 64-bit integers)? That follows from the operator and the
     /// operands that it has so far. In any state.
     [[nodiscard]] bool isDouble() const { return ls_expr_is_double(solver_, index_) != 0; }
+    /// Has it a label? In any state.
     [[nodiscard]] bool isNamed() const { return ls_expr_is_named(solver_, index_) != 0; }
     /// Empty without one. A copy. In any state.
     [[nodiscard]] std::string getName() const {
@@ -87,7 +89,7 @@ public:
     /// A label, copied; never a key, several expressions may have the same. Modelling state.
     void setName(const char* name) const { ls_expr_set_name(solver_, index_, name); }
 
-    /// In any state.
+    /// As many as were added so far; the bounds of a decision count. In any state.
     [[nodiscard]] std::int32_t getNbOperands() const {
         return ls_expr_nb_operands(solver_, index_);
     }
@@ -131,12 +133,14 @@ private:
 /// 2^31 - 1 are refused with LS_ERROR_LIMIT. Reading is allowed in any state.
 class LSModel {
 public:
+    /// @param owner  borrowed; outlives the handle.
     explicit LSModel(ls_solver* owner) : solver_(owner) {}
 
     /// Without operands; they follow with addOperand().
     [[nodiscard]] LSExpression createExpression(LSOperator op) const {
         return {solver_, ls_create_expression(solver_, op)};
     }
+    /// A new one at each call, also for a value that there is already.
     [[nodiscard]] LSExpression createConstant(std::int64_t value) const {
         return {solver_, ls_create_int_constant(solver_, value)};
     }
@@ -155,6 +159,7 @@ public:
     /// ends with the first feasible point. O(expressions + operands).
     void close() const { ls_close(solver_); }
 
+    /// In any state, as all below.
     [[nodiscard]] std::int32_t getNbObjectives() const { return ls_nb_objectives(solver_); }
     /// @param position  from 0, in the order of adding.
     [[nodiscard]] LSExpression getObjective(std::int32_t position) const {
@@ -174,6 +179,7 @@ private:
 /// best point, or of the least violated one while there is no feasible point.
 class LSSolution {
 public:
+    /// @param owner  borrowed; outlives the handle.
     explicit LSSolution(ls_solver* owner) : solver_(owner) {}
 
     /// Optimal and inconsistent are proved.

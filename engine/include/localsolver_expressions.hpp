@@ -63,11 +63,12 @@ requires Formula<T...>
 
 // Decisions. Bounds are inclusive; an empty domain makes the model inconsistent.
 
-/// 0 or 1.
+/// 0 or 1; an integer. O(1), as all three.
 [[nodiscard]] inline LSExpression boolean(const LSModel& model) {
     return model.createExpression(LS_OP_BOOL);
 }
-/// An integer, lower <= x <= upper.
+/// A 64-bit integer, lower <= x <= upper, from wherever the search likes to start;
+/// LSExpression::setIntValue says where, once the model is closed.
 [[nodiscard]] inline LSExpression integer(const LSModel& model, std::int64_t lower,
                                           std::int64_t upper) {
     const LSExpression result = model.createExpression(LS_OP_INT);
@@ -75,7 +76,8 @@ requires Formula<T...>
     result.addOperand(model.createConstant(upper));
     return result;
 }
-/// A real number, lower <= x <= upper; infinite bounds are allowed.
+/// A real number, lower <= x <= upper; infinite bounds are allowed, NaN is refused.
+/// Methods that split domains need finite ones.
 [[nodiscard]] inline LSExpression real(const LSModel& model, double lower, double upper) {
     const LSExpression result = model.createExpression(LS_OP_FLOAT);
     result.addOperand(model.createConstant(lower));
@@ -86,24 +88,29 @@ requires Formula<T...>
 // Operators of the language. Each is one expression with two operands: prefer `sum` and `product`
 // for long lists, whose one expression has them all.
 
+/// An integer when both are integers, else a double; an integer beyond 64 bits becomes a double.
 template <class A, class B>
 requires Formula<A, B>
 [[nodiscard]] LSExpression operator+(A a, B b) {
     return make(LS_OP_SUM, a, b);
 }
+/// Likewise.
 template <class A, class B>
 requires Formula<A, B>
 [[nodiscard]] LSExpression operator-(A a, B b) {
     return make(LS_OP_SUB, a, b);
 }
+/// 0 - a.
 [[nodiscard]] inline LSExpression operator-(LSExpression a) {
     return make(LS_OP_SUB, 0, a);
 }
+/// Likewise; 0 times an infinity is 0.
 template <class A, class B>
 requires Formula<A, B>
 [[nodiscard]] LSExpression operator*(A a, B b) {
     return make(LS_OP_PROD, a, b);
 }
+/// A double, also between integers; 0 / 0 is NaN.
 template <class A, class B>
 requires Formula<A, B>
 [[nodiscard]] LSExpression operator/(A a, B b) {
@@ -116,52 +123,60 @@ requires Formula<A, B>
 [[nodiscard]] LSExpression operator<=(A a, B b) {
     return make(LS_OP_LEQ, a, b);
 }
+/// Likewise.
 template <class A, class B>
 requires Formula<A, B>
 [[nodiscard]] LSExpression operator>=(A a, B b) {
     return make(LS_OP_GEQ, a, b);
 }
+/// Likewise. An equation between real numbers holds within the tolerance, on both sides.
 template <class A, class B>
 requires Formula<A, B>
 [[nodiscard]] LSExpression equal(A a, B b) {
     return make(LS_OP_EQ, a, b);
 }
 
-// Functions of any number of operands.
+// Functions of any number of operands, at least one of them an expression: one expression with all
+// of them, O(operands).
 
+/// Typed as `+`.
 template <class... T>
 requires Formula<T...>
 [[nodiscard]] LSExpression sum(T... operands) {
     return make(LS_OP_SUM, operands...);
 }
+/// Typed as `*`.
 template <class... T>
 requires Formula<T...>
 [[nodiscard]] LSExpression product(T... operands) {
     return make(LS_OP_PROD, operands...);
 }
+/// The largest one, of the type that all have, or a double.
 template <class... T>
 requires Formula<T...>
 [[nodiscard]] LSExpression max(T... operands) {
     return make(LS_OP_MAX, operands...);
 }
+/// The smallest one, likewise.
 template <class... T>
 requires Formula<T...>
 [[nodiscard]] LSExpression min(T... operands) {
     return make(LS_OP_MIN, operands...);
 }
-/// 1 when all are nonzero.
+/// 1 when all are nonzero, else 0; operands of any type.
 template <class... T>
 requires Formula<T...>
 [[nodiscard]] LSExpression all(T... operands) {
     return make(LS_OP_AND, operands...);
 }
-/// 1 when one is nonzero.
+/// 1 when one is nonzero, else 0; operands of any type.
 template <class... T>
 requires Formula<T...>
 [[nodiscard]] LSExpression any(T... operands) {
     return make(LS_OP_OR, operands...);
 }
-/// The sum of a range of expressions, not empty: std::vector<LSExpression> and the like.
+/// The sum of a range of expressions: std::vector<LSExpression> and the like.
+/// @param operands  at least one, all of the same model; undefined for an empty range.
 template <class Range>
 requires(!Operand<Range>) [[nodiscard]] LSExpression sum(const Range& operands) {
     const LSExpression result = LSModel(operands.begin()->getSolver()).createExpression(LS_OP_SUM);
@@ -172,31 +187,38 @@ requires(!Operand<Range>) [[nodiscard]] LSExpression sum(const Range& operands) 
 // Functions of one or two operands, of their mathematical meaning; angles in radians. Outside their
 // domain they are NaN, which counts as violated, and as the worst objective.
 
+/// Of the operand's type.
 [[nodiscard]] inline LSExpression abs(LSExpression a) {
     return make(LS_OP_ABS, a);
 }
+/// A double, as all further down; from 0 on.
 [[nodiscard]] inline LSExpression sqrt(LSExpression a) {
     return make(LS_OP_SQRT, a);
 }
+/// Infinite beyond 709.
 [[nodiscard]] inline LSExpression exp(LSExpression a) {
     return make(LS_OP_EXP, a);
 }
-/// The natural logarithm.
+/// The natural logarithm; minus infinity at 0.
 [[nodiscard]] inline LSExpression log(LSExpression a) {
     return make(LS_OP_LOG, a);
 }
+/// Of an angle in radians.
 [[nodiscard]] inline LSExpression sin(LSExpression a) {
     return make(LS_OP_SIN, a);
 }
+/// Likewise.
 [[nodiscard]] inline LSExpression cos(LSExpression a) {
     return make(LS_OP_COS, a);
 }
+/// NaN for a negative base with an exponent that is not integral.
 template <class A, class B>
 requires Formula<A, B>
 [[nodiscard]] LSExpression pow(A base, B exponent) {
     return make(LS_OP_POW, base, exponent);
 }
-/// `yes` where `condition` is nonzero, else `no`.
+/// `yes` where `condition` is nonzero, else `no`; what is not taken may be NaN.
+/// @param condition  of any type.
 template <class A, class B>
 requires Formula<LSExpression, A, B>
 [[nodiscard]] LSExpression ifThen(LSExpression condition, A yes, B no) {
@@ -205,9 +227,11 @@ requires Formula<LSExpression, A, B>
 
 // Objectives: the first one added comes first, later ones break its ties.
 
+/// @param e  a number of either type; NaN is the worst of all values.
 inline void minimize(const LSModel& model, LSExpression e) {
     model.addObjective(e, LS_MINIMIZE);
 }
+/// Likewise.
 inline void maximize(const LSModel& model, LSExpression e) {
     model.addObjective(e, LS_MAXIMIZE);
 }

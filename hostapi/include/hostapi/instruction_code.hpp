@@ -8,9 +8,14 @@
 
 /// The host's instruction code for nonlinear functions: lists of opcode and field, postfix, for an
 /// evaluation stack. Made from opcodes.inc and functions.inc, which name each of them once.
+///
+/// An instruction takes its operands off the top of the stack and puts its result there; what a
+/// list leaves is its value. 2 * sin(x) is nlPushV x, nlCallArg1 sin, nlMulI 2, between nlHeader
+/// and nlStore, which do nothing.
 
 namespace hostapi {
 
+/// Their numbers, 0 to 30.
 enum Opcode : std::int32_t {
 #define HOST_OPCODE(number, name, action, operand) name = number,
 #include "hostapi/opcodes.inc"
@@ -42,6 +47,7 @@ enum class Operand : std::uint8_t {
     zero,
 };
 
+/// All that there is to know of an opcode.
 struct OpcodeTraits {
     Opcode code;
     std::string_view name;
@@ -56,6 +62,7 @@ constexpr auto opcodeTable = std::to_array<OpcodeTraits>({
 #undef HOST_OPCODE
 });
 
+/// Is it in the table? Lists from outside may hold anything.
 constexpr bool isOpcode(std::int32_t number) {
     return number >= 0 && number < static_cast<std::int32_t>(opcodeTable.size());
 }
@@ -65,15 +72,17 @@ constexpr const OpcodeTraits& traitsOf(std::int32_t opcode) {
     return opcodeTable[static_cast<std::size_t>(opcode)];
 }
 
+/// Codes of functions, 0 to 112, as fields of calls have them.
 enum class Function : std::int32_t {
 #define HOST_FUNCTION(code, name, nbArguments) name = code,
 #include "hostapi/functions.inc"
 #undef HOST_FUNCTION
 };
 
+/// All that there is to know of a function.
 struct FunctionTraits {
-    static constexpr std::int32_t anyCount = -1;
-    static constexpr std::int32_t unused = -2;
+    static constexpr std::int32_t anyCount = -1;  ///< as many as the call announces
+    static constexpr std::int32_t unused = -2;    ///< not for models
 
     Function code;
     std::string_view name;
@@ -93,10 +102,12 @@ constexpr auto functionTable = [] {
     });
 }();
 
+/// Is it in the table?
 constexpr bool isFunction(std::int32_t code) {
     return code >= 0 && code < static_cast<std::int32_t>(functionTable.size());
 }
 
+/// @param function  one of the table.
 constexpr const FunctionTraits& traitsOf(Function function) {
     return functionTable[static_cast<std::size_t>(function)];
 }

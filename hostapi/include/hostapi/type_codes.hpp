@@ -14,15 +14,17 @@
 
 namespace hostapi {
 
+/// The code of a result or argument, TypeCode<Type>::value.
 template <class Type>
 struct TypeCode;  // no definition: only the types below may cross the interface
 
+/// A code as a type, to inherit from.
 template <std::int32_t Code>
 struct TypeCodeIs {
     static constexpr std::int32_t value = Code;
 };
 
-// Fixed by the host.
+// Fixed by the host: nothing, handles of any kind, a 32-bit integer by value, a text that is read.
 template <>
 struct TypeCode<void> : TypeCodeIs<0> {};
 template <>
@@ -39,7 +41,7 @@ template <>
 struct TypeCode<std::int32_t> : TypeCodeIs<3> {};
 template <>
 struct TypeCode<const char*> : TypeCodeIs<11> {};
-// Ours.
+// Ours until the host's list has them: correct them here, and nowhere else.
 template <>
 struct TypeCode<char*> : TypeCodeIs<12> {};  ///< text buffer
 template <>
@@ -53,11 +55,13 @@ struct TypeCode<const double*> : TypeCodeIs<16> {};  ///< array, read
 template <>
 struct TypeCode<void**> : TypeCodeIs<17> {};  ///< cursor of a walk
 
+/// The codes of a whole operation: Signature<std::int32_t(ModelHandle, double)> and the like.
 template <class Function>
 struct Signature;
 
 template <class Result, class Object, class... Arguments>
 struct Signature<Result(Object, Arguments...)> {
+    /// Without the object.
     static constexpr std::int32_t nbArguments = sizeof...(Arguments);
     /// [nbArguments + 1], the result's code first.
     static constexpr std::array<std::int32_t, sizeof...(Arguments) + 1> codes = {

@@ -90,8 +90,8 @@ public:
     /// [nbVariables] Projected on the bounds at first, later as the link wrote them.
     [[nodiscard]] std::span<const double> levels() const noexcept;
     void setLevel(std::int32_t variable, double level);
-    /// All levels at once [nbVariables]; the objective in the statistics becomes that of this point.
-    /// O(variables + entries of the objective).
+    /// All levels at once [nbVariables]; the objective in the statistics becomes that of this
+    /// point. O(variables + entries of the objective).
     void setLevels(std::span<const double> point);
 
     /// Levels, statuses and statistics of a model that begins with this one's variables.
