@@ -111,14 +111,25 @@ TEST(Endings, giveTheirTextsStatusesAndTraces) {
 TEST(Endings, aSecondSignalEndsTheProcess) {
     setVariable("FAKE_LINK_HANGS", "yes");
     const std::string model = scratchFile("ending.mps");
+    const std::string solution = scratchFile("point.txt");
     writeFile(model, easy);
-    for (const auto& [first, second] : {std::pair(SIGINT, SIGINT), std::pair(SIGINT, SIGTERM)}) {
-        const RunningProgram program({NORVSOLVE_PROGRAM, model, "--link", FAKE_LINK});
+    struct Case {
+        int first, second;
+        const char* level;    ///< of the best point, which was looked at by then
+        const char* content;  ///< left in the file of the solution
+    };
+    for (const auto& [first, second, level, content] :
+         {Case{SIGINT, SIGINT, "4", "x\t4\n"}, Case{SIGINT, SIGTERM, "7", "before"}}) {
+        setVariable("FAKE_LINK_LEVEL", level);
+        writeFile(solution, "before");
+        const RunningProgram program(
+            {NORVSOLVE_PROGRAM, model, "--link", FAKE_LINK, "--solution", solution});
         program.waitForOutput("hanging\n");
         program.send(first);
         program.waitForOutput("asked to stop\n");
         program.send(second);
         EXPECT_EQ(program.wait().exitCode, 128 + second);
+        EXPECT_EQ(contentOf(solution), content);
     }
 }
 

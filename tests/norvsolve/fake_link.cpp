@@ -7,6 +7,7 @@
 /// FAKE_LINK_LEVEL    level that every variable gets
 /// FAKE_LINK_HANGS    "yes": vexCallSolver says so in the log, heeds the terminate request with one
 ///                    more line, and never returns
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
@@ -116,6 +117,12 @@ EXPORT std::int32_t vexReadyAPI(void* handle, hostapi::ModelHandle model,
                  word(CnevGetIntOpt(environment, "IterLim")) + word(nevThreads(environment));
     CnevLogStat(environment, "a line for log and status");
     return succeeds("vexReadyAPI", arguments) ? 0 : 1;
+}
+
+/// The best point of a search that hangs: FAKE_LINK_LEVEL for all variables.
+EXPORT std::int32_t vexGetIncumbent(void*, double* levels, std::int32_t nbLevels) {
+    std::fill_n(levels, nbLevels, std::strtod(setting("FAKE_LINK_LEVEL").c_str(), nullptr));
+    return 1;
 }
 
 EXPORT std::int32_t vexCallSolver(void* handle) {
