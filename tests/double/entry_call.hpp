@@ -26,7 +26,7 @@ public:
     template <class Result, class... Arguments>
     std::string run(Result (*function)(Arguments...)) {
         std::tuple<Arguments...> arguments{};
-        std::apply([this](auto&... argument) { (set(argument), ...); }, arguments);
+        std::apply([&](auto&... argument) { (set(argument), ...); }, arguments);
         const auto call = [&] {
             const Holding inside(isInLink, true);
             return std::apply(function, arguments);
