@@ -109,7 +109,11 @@ bool BoxBound::tighten(const SafeBound& safe) {
 bool BoxBound::isContradicted(const Box& box) {
     const LinearModel& rows = relaxation_.rows();
     std::vector<double> multipliers = simplex_->multipliers();
-    if (provesInfeasibility(rows, box, multipliers)) return true;
+    if (provesInfeasibility(rows, box, multipliers)) {
+        // Rows of cones and cuts have no tolerance.
+        isClosedStrictly_ = isClosedStrictly_ || hasIntegerCuts_ || !factorable_.cone.empty();
+        return true;
+    }
     const std::vector<double> nothing(rows.nbColumns(), 0.0);
     for (int sign = 0; sign < 2; ++sign) {
         if (safeBoundOf(rows, nothing, box, multipliers, RowSides::AsTheyStand).lower > 0.0) {
@@ -155,6 +159,7 @@ Fate BoxBound::solveRelaxation(BoxNode& node, std::vector<Cut>& cuts, bool& isTi
         const Box box{rows.lower, rows.upper};
         if (status == SimplexSolver::Status::Infeasible) {
             levels_.clear();
+            multipliers_.clear();
             if (isContradicted(box)) return Fate::Closed;
             if (!simplex_->minimiseViolation(pace_, mostPivots)) return Fate::Open;
             levels_ = simplex_->levels();
@@ -226,15 +231,16 @@ void BoxBound::supportIncumbent(std::vector<Cut>& cuts) {
 /// stay only when they gain much.
 Fate BoxBound::boundWithIntegerCuts(BoxNode& node) {
     const LinearModel& rows = relaxation_.rows();
-    if (std::find(rows.isInteger.begin(), rows.isInteger.end(), 1) == rows.isInteger.end()) {
-        return Fate::Open;
-    }
+    const bool hasIntegers =
+        std::find(rows.isInteger.begin(), rows.isInteger.end(), 1) != rows.isInteger.end();
+    if (!hasIntegers || !mayCutIntegers_) return Fate::Open;
     const double before = lower_;
     for (const bool withIntegerCuts : {true, false}) {
         std::vector<Cut> cuts = *usefulCuts_;
         node.basis = basis_;
         if (!relaxation_.refresh()) return Fate::Closed;
         cutBound_ = withIntegerCuts ? lower_ : infinity;
+        hasIntegerCuts_ = withIntegerCuts;
         bool isTightened = false;
         if (solveRelaxation(node, cuts, isTightened) == Fate::Closed) return Fate::Closed;
         const double room = goal_.cutoff() - before;
@@ -266,6 +272,12 @@ Fate BoxBound::bound(BoxNode& node, bool withSupport) {
         node.basis = basis_;
     }
     return node.depth == 0 ? boundWithIntegerCuts(node) : Fate::Open;
+}
+
+bool BoxBound::dropIntegerCuts() {
+    isClosedStrictly_ = false;
+    mayCutIntegers_ = false;
+    return std::exchange(hasIntegerCuts_, false);
 }
 
 std::vector<double> BoxBound::weights() const {

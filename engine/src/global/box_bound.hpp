@@ -51,6 +51,9 @@ public:
     [[nodiscard]] const std::vector<ValueLimit>& found() const { return found_; }
     /// Some box was closed without regard to the tolerance of rows.
     [[nodiscard]] bool hasClosedStrictly() const { return isClosedStrictly_; }
+    /// From now on there are no cuts of integers, which rest on doubles, and nothing was closed.
+    /// @return whether there were any.
+    bool dropIntegerCuts();
     /// Operands that propagation may look at for a box.
     [[nodiscard]] std::int64_t propagationWork() const { return propagationWork_; }
 
@@ -81,6 +84,8 @@ private:
     ConvexTangents tangents_;
     std::int64_t propagationWork_;
     bool isClosedStrictly_ = false;
+    bool mayCutIntegers_ = true;
+    bool hasIntegerCuts_ = false;
     int nbVainCutRounds_ = 0;
     double cutBound_ = infinity;  ///< with the integer cuts so far; infinite: there are none to add
     // Of the box under examination.

@@ -46,6 +46,7 @@ private:
     void improve(const Point& point);
     void improveFromRelaxation();
     bool tightenRoot();
+    bool search();
     bool spendOnNode();
     BoxNode takeNode();
     void report();
@@ -258,10 +259,9 @@ bool SpatialTree::spendOnNode() {
     return treePace_.spend(1000 + propagated + workPerEntry * nbEntries);
 }
 
-SpatialOutcome SpatialTree::run() {
-    root_ = propagator_.mark();
-    if (settings_.improve && !goal_.incumbent().hasPoint()) improve(start_);
-    if (tightenRoot()) queue_.push({.bound = -infinity, .number = nbMade_++});
+/// From the first box on. @return false: the pace has ended.
+bool SpatialTree::search() {
+    queue_.push({.bound = -infinity, .number = nbMade_++});
     while (next_ || !queue_.isEmpty()) {
         if (settings_.exchange) settings_.exchange();
         takeIncumbent();
@@ -270,14 +270,24 @@ SpatialOutcome SpatialTree::run() {
         if (!spendOnNode() || treePace_.mustEnd()) {
             queue_.push(std::move(node));
             report();
-            return outcome(/*isFinished=*/false);
+            return false;
         }
         examine(node);
         takeIncumbent();
         report();
     }
-    report();
-    return outcome(/*isFinished=*/true);
+    return true;
+}
+
+SpatialOutcome SpatialTree::run() {
+    root_ = propagator_.mark();
+    if (settings_.improve && !goal_.incumbent().hasPoint()) improve(start_);
+    bool isFinished = !tightenRoot() || search();
+    // What rests on doubles is not enough for a proof that there is no point at all.
+    const bool isEmpty = isFinished && !goal_.incumbent().hasPoint() && std::isinf(unresolved_);
+    if (isEmpty && box_.dropIntegerCuts()) isFinished = search();
+    if (isFinished) report();
+    return outcome(isFinished);
 }
 
 }  // namespace
