@@ -123,7 +123,7 @@ std::string randomInstance(Dice& dice, int nbVariables, int nbRows) {
         text << (dice(12) > 0 ? " in 0 1 ; " : " in 1 1 ; ");
     }
     const char* relations[] = {"<=", ">=", "=logic="};
-    const int mostTerms = 2 + dice(3);
+    const int mostTerms = 2 + dice(6);
     for (int i = 0; i < nbRows; ++i) {
         text << "r" << i << " :";
         for (int k = 1 + dice(mostTerms); k > 0; --k) {
@@ -153,10 +153,10 @@ void addKnownPairs(Dice& dice, vex::ModelHandle nmo, vex::DefinedVariables& defi
 TEST(Detection, AgreesWithThePlainSearchOnRandomInstances) {
     doubles::bindHost();
     std::size_t nbDefined = 0;
-    for (unsigned seed = 0; seed < 2000; ++seed) {
+    for (unsigned seed = 0; seed < 3000; ++seed) {
         Dice dice{std::mt19937(seed)};
         const int size = seed % 20 == 0 ? 60 : 8;
-        const std::string instance = randomInstance(dice, 2 + dice(size), 1 + dice(size));
+        const std::string instance = randomInstance(dice, 2 + dice(size), 1 + dice(2 * size));
         const norv::Environment environment;
         const norv::Model model = readInstance(instance, environment);
         const vex::ModelHandle nmo = model.handle();
