@@ -21,6 +21,8 @@ constexpr double endOfTheWorld = 1e12;
 /// Numbers beyond this are no bounds for the simplex method, which would add them up.
 constexpr double largestBound = 1e20;
 constexpr double tolerance = 1e-9;
+/// The usual one: bounds are proved by the multipliers, whatever they are.
+constexpr double dualTolerance = 1e-7;
 /// Of scaling, factorising and pricing, once a call.
 constexpr std::int64_t workPerEntry = 40;
 
@@ -114,7 +116,7 @@ void ClpSimplexMethod::load(const LinearModel& model, const std::vector<double>&
                          rowUpper.data());
     setBounds();
     solver_->setPrimalTolerance(tolerance);
-    solver_->setDualTolerance(1e-7);
+    solver_->setDualTolerance(dualTolerance);
     solver_->createStatus();
     if (!start.isEmpty()) takeStatus(start);
     repairStatus();

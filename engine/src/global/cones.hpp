@@ -17,9 +17,10 @@ void takeConesOut(FactorableModel& model);
 /// @return whether any was.
 bool raiseHeads(std::span<const Cone> cones, std::span<double> levels);
 
-/// Adds the planes of cones at `levels` [nbColumns]: those that they are beyond, or all.
-/// @return how many.
+/// Those that levels are beyond, or all.
 enum class Planes { Violated, All };
+
+/// Adds planes of cones at `levels` [nbColumns]. @return how many.
 std::size_t addPlanes(std::span<const Cone> cones, std::span<const double> levels, Planes which,
                       std::vector<Cut>& cuts);
 

@@ -139,8 +139,9 @@ bool Relaxation::refresh() {
     return true;
 }
 
+/// Of any column where there is none: it keeps the place of a row.
 void Relaxation::addFreeRow(std::int32_t column) {
-    rows_.column.push_back(column);
+    rows_.column.push_back(std::max(column, 0));
     rows_.coefficient.push_back(1.0);
     rows_.rowStart.push_back(static_cast<std::int32_t>(rows_.column.size()));
     rows_.rowLower.push_back(-infinity);
@@ -154,7 +155,7 @@ void Relaxation::addRow(const LinearForm& form, std::int32_t column, double fact
                           (isUseful(lower) || std::isinf(lower)) &&
                           (isUseful(upper) || std::isinf(upper)) &&
                           std::all_of(form.coefficient.begin(), form.coefficient.end(), isUseful);
-    if (!isUsable) return addFreeRow(column == noColumn ? 0 : column);
+    if (!isUsable) return addFreeRow(column);
     double size = std::fabs(form.constant);
     double dropped = 0.0;
     const std::size_t first = rows_.column.size();
@@ -173,7 +174,7 @@ void Relaxation::addRow(const LinearForm& form, std::int32_t column, double fact
     if (std::isinf(dropped) || rows_.column.size() == first) {
         rows_.column.resize(first);
         rows_.coefficient.resize(first);
-        return addFreeRow(column == noColumn ? 0 : column);
+        return addFreeRow(column);
     }
     const double slack = rounding * size + dropped;
     rows_.rowStart.push_back(static_cast<std::int32_t>(rows_.column.size()));

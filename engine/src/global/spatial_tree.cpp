@@ -56,7 +56,6 @@ private:
     const FactorableModel& factorable_;
     Propagator& propagator_;
     const Point& start_;
-    CleanPoints& points_;
     SpatialSettings settings_;
     PartOfPace treePace_;
     CostGoal goal_;
@@ -84,7 +83,6 @@ SpatialTree::SpatialTree(const ClosedModel& model, const FactorableModel& factor
       factorable_(factorable),
       propagator_(propagator),
       start_(start),
-      points_(points),
       settings_(settings),
       treePace_(settings.pace),
       goal_(model, factorable, points.best()),
